@@ -1,0 +1,148 @@
+// The platform functions on Linux.
+#include <cerrno>
+#include <cstdio>
+#include <cstdlib>
+#include <sys/stat.h>
+
+#include "util/platform/platform.h"
+
+namespace orvel::util::platform {
+namespace {
+
+constexpr char32_t kReplacement = 0xFFFD;
+
+bool IsHighSurrogate(char32_t unit) { return unit >= 0xD800 && unit <= 0xDBFF; }
+bool IsLowSurrogate(char32_t unit) { return unit >= 0xDC00 && unit <= 0xDFFF; }
+
+// A byte that was no UTF-8, as PathFromWide and WideFromPath carry it.
+bool IsEscapedByte(char32_t unit) { return unit >= 0xDC80 && unit <= 0xDCFF; }
+
+void AppendUtf8(std::string& text, char32_t point) {
+    const auto put = [&text](char32_t byte) { text.push_back(static_cast<char>(byte)); };
+    if (point < 0x80) {
+        put(point);
+    } else if (point < 0x800) {
+        put(0xC0 | point >> 6);
+        put(0x80 | (point & 0x3F));
+    } else if (point < 0x10000) {
+        put(0xE0 | point >> 12);
+        put(0x80 | (point >> 6 & 0x3F));
+        put(0x80 | (point & 0x3F));
+    } else {
+        put(0xF0 | point >> 18);
+        put(0x80 | (point >> 12 & 0x3F));
+        put(0x80 | (point >> 6 & 0x3F));
+        put(0x80 | (point & 0x3F));
+    }
+}
+
+std::string ConvertToUtf8(std::wstring_view units, bool restoreEscapedBytes) {
+    std::string text;
+    text.reserve(units.size());
+    for (std::size_t i = 0; i < units.size(); ++i) {
+        const auto unit = static_cast<char32_t>(units[i]) & 0xFFFF;
+        const char32_t next = i + 1 < units.size() ? static_cast<char32_t>(units[i + 1]) & 0xFFFF : 0;
+        if (IsHighSurrogate(unit) && IsLowSurrogate(next)) {
+            AppendUtf8(text, 0x10000 + ((unit - 0xD800) << 10) + (next - 0xDC00));
+            ++i;
+        } else if (restoreEscapedBytes && IsEscapedByte(unit)) {
+            text.push_back(static_cast<char>(unit & 0xFF));
+        } else {
+            AppendUtf8(text, IsHighSurrogate(unit) || IsLowSurrogate(unit) ? kReplacement : unit);
+        }
+    }
+    return text;
+}
+
+// Decodes one well-formed UTF-8 sequence at the start of text (RFC 3629); its length is 0 if there is none.
+struct Decoded {
+    char32_t point = 0;
+    std::size_t length = 0;
+};
+
+Decoded DecodeUtf8(std::string_view text) {
+    const auto byte = [text](std::size_t i) {
+        return static_cast<char32_t>(static_cast<unsigned char>(text[i]));
+    };
+    const char32_t first = byte(0);
+    const std::size_t length = first < 0x80   ? 1
+                               : first < 0xC2 ? 0
+                               : first < 0xE0 ? 2
+                               : first < 0xF0 ? 3
+                               : first < 0xF5 ? 4
+                                              : 0;
+    if (length == 0 || length > text.size()) return {};
+    if (length == 1) return {first, 1};
+    char32_t point = first & (0x7Fu >> length);
+    for (std::size_t i = 1; i < length; ++i) {
+        if ((byte(i) & 0xC0) != 0x80) return {};
+        point = point << 6 | (byte(i) & 0x3F);
+    }
+    const bool overlong = (length == 3 && point < 0x800) || (length == 4 && point < 0x10000);
+    if (overlong || point > 0x10FFFF || IsHighSurrogate(point) || IsLowSurrogate(point)) return {};
+    return {point, length};
+}
+
+}  // namespace
+
+std::string WideToUtf8(std::wstring_view units) { return ConvertToUtf8(units, false); }
+
+std::filesystem::path PathFromWide(std::wstring_view units) { return ConvertToUtf8(units, true); }
+
+std::wstring WideFromPath(const std::filesystem::path& path) {
+    std::wstring units;
+    std::string_view rest = path.native();
+    units.reserve(rest.size());
+    while (!rest.empty()) {
+        const Decoded decoded = DecodeUtf8(rest);
+        if (decoded.length == 0) {
+            units.push_back(static_cast<wchar_t>(0xDC00 | static_cast<unsigned char>(rest.front())));
+            rest.remove_prefix(1);
+            continue;
+        }
+        if (decoded.point >= 0x10000) {
+            units.push_back(static_cast<wchar_t>(0xD800 + ((decoded.point - 0x10000) >> 10)));
+            units.push_back(static_cast<wchar_t>(0xDC00 + ((decoded.point - 0x10000) & 0x3FF)));
+        } else {
+            units.push_back(static_cast<wchar_t>(decoded.point));
+        }
+        rest.remove_prefix(decoded.length);
+    }
+    return units;
+}
+
+void OpenShared(std::fstream& stream, const std::wstring& path) {
+    const std::filesystem::path name = PathFromWide(path);
+    // Looked at before it is opened: opening a pipe would wait for its writer.
+    struct stat status {};
+    if (path.find(L'\0') != std::wstring::npos || ::stat(name.c_str(), &status) != 0 ||
+        !S_ISREG(status.st_mode)) {
+        stream.setstate(std::ios_base::failbit);
+        return;
+    }
+    stream.open(name, std::ios_base::in | std::ios_base::binary);
+}
+
+std::optional<std::filesystem::path> LocalApplicationDataFolder() {
+    for (const char* name : {"LOCALAPPDATA", "XDG_DATA_HOME"}) {
+        const char* folder = std::getenv(name);
+        if (folder != nullptr && *folder != '\0') return folder;
+    }
+    const char* home = std::getenv("HOME");
+    if (home == nullptr || *home == '\0') return std::nullopt;
+    return std::filesystem::path(home) / ".local" / "share";
+}
+
+std::optional<std::int64_t> LastWriteTime(const std::filesystem::path& path, std::error_code& error) {
+    struct stat status {};
+    if (::stat(path.c_str(), &status) != 0) {
+        error.assign(errno, std::generic_category());
+        return std::nullopt;
+    }
+    error.clear();
+    return std::int64_t{status.st_mtim.tv_sec} * 1'000'000'000 + status.st_mtim.tv_nsec;
+}
+
+void DebugOutput(const char* text) { std::fputs(text, stderr); }
+
+}  // namespace orvel::util::platform

@@ -1,0 +1,42 @@
+// Everything in which Windows and Linux differ, behind one set of functions. Any thread may call each of
+// them.
+//
+// Paths are wide strings of 16-bit (UTF-16) units on both systems, one unit per wchar_t; on Linux, where
+// wchar_t has 32 bits, the upper half is unused. A Linux file name that is not valid UTF-8 is kept: each
+// offending byte 0x80 to 0xFF stands as the unpaired unit U+DC80 to U+DCFF and becomes that byte again when
+// the file is opened.
+#pragma once
+
+#include <cstdint>
+#include <filesystem>
+#include <fstream>
+#include <optional>
+#include <string>
+#include <string_view>
+
+namespace orvel::util::platform {
+
+// UTF-16 to UTF-8 as WideCharToMultiByte does it at code page 65001: an unpaired surrogate becomes EF BF BD.
+std::string WideToUtf8(std::wstring_view units);
+
+// The path of a wide string, and back. Both keep names that are not valid Unicode.
+std::filesystem::path PathFromWide(std::wstring_view units);
+std::wstring WideFromPath(const std::filesystem::path& path);
+
+// Opens a file for binary input so that others may go on writing to it. What is no regular file (a folder, a
+// pipe) is not opened. On failure the stream's failbit is set, which throws if its exception mask says so.
+void OpenShared(std::fstream& stream, const std::wstring& path);
+
+// The user's local application data folder, asked for afresh by every call: nothing if there is none. On
+// Linux $LOCALAPPDATA if set, else $XDG_DATA_HOME, else ~/.local/share.
+std::optional<std::filesystem::path> LocalApplicationDataFolder();
+
+// A file's last-write time in the file system's full resolution (Windows: units of 100 ns since 1601; Linux:
+// nanoseconds since 1970), asked for by path and following links. Nothing if it cannot be read; error then
+// says why.
+std::optional<std::int64_t> LastWriteTime(const std::filesystem::path& path, std::error_code& error);
+
+// Text for a debugger: OutputDebugStringA, or standard error on Linux.
+void DebugOutput(const char* text);
+
+}  // namespace orvel::util::platform
