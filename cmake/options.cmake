@@ -8,6 +8,9 @@ if(CORVANE_WERROR)
   target_compile_options(corvane_options INTERFACE -Werror)
 endif()
 
+# No path of the building machine in what ships.
+add_compile_options(-ffile-prefix-map=${PROJECT_SOURCE_DIR}/=)
+
 if(CORVANE_SANITIZE)
   add_compile_options(-fsanitize=${CORVANE_SANITIZE} -fno-sanitize-recover=all -fno-omit-frame-pointer)
   add_link_options(-fsanitize=${CORVANE_SANITIZE})

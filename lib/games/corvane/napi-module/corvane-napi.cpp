@@ -1,0 +1,34 @@
+// The add-on's entry: registers the module "corvane_napi" and publishes its three functions.
+#include <napi.h>
+
+#include "games/corvane/napi-module/read-corvane-demo.h"
+#include "games/corvane/napi-module/watcher-bridge.h"
+
+namespace {
+
+void Publish(Napi::Env env, Napi::Object exports, const char* name,
+             Napi::Value (*function)(const Napi::CallbackInfo&)) {
+    exports.Set(name, Napi::Function::New(env, function, name));
+}
+
+Napi::Object Publish(Napi::Env env, Napi::Object exports) {
+    Publish(env, exports, "ReadCorvaneDemo", orvel::corvane::ReadCorvaneDemo);
+    Publish(env, exports, "StartCorvaneWatcher", orvel::corvane::StartCorvaneWatcher);
+    Publish(env, exports, "StopCorvaneWatcher", orvel::corvane::StopCorvaneWatcher);
+    return exports;
+}
+
+napi_value Initialise(napi_env env, napi_value exports) {
+    return Napi::RegisterModule(env, exports, Publish);
+}
+
+napi_module module = {NAPI_MODULE_VERSION, 0, "corvane-napi.cpp", Initialise, "corvane_napi", nullptr, {}};
+
+// Registers while the host loads this file, before it asks for anything. Nothing to destroy: the host keeps
+// the record.
+struct Registration {
+    Registration() { napi_module_register(&module); }
+};
+const Registration registration;
+
+}  // namespace
