@@ -3,6 +3,7 @@
 set -euo pipefail
 
 root=$(cd "$(dirname "${BASH_SOURCE[0]}")/.." && pwd)
+invoked_from=$PWD
 tools="$root/build/tools"   # downloaded and generated helpers; kept out of the repository
 cd "$root"
 

@@ -1,7 +1,8 @@
 // The platform functions on Windows.
+#include <windows.h>
+
 #include <climits>
 #include <shlobj.h>
-#include <windows.h>
 
 #include "util/platform/platform.h"
 

@@ -1,6 +1,7 @@
 // The delay-load hook: "NODE.EXE" is whatever program has loaded this file, whatever its name is.
-#include <delayimp.h>
 #include <windows.h>
+
+#include <delayimp.h>
 
 namespace {
 
@@ -12,4 +13,6 @@ FARPROC WINAPI MapNodeToHost(unsigned notification, PDelayLoadInfo info) {
 
 }  // namespace
 
-extern "C" PfnDliHook __pfnDliNotifyHook2 = MapNodeToHost;
+extern "C" {
+PfnDliHook __pfnDliNotifyHook2 = MapNodeToHost;
+}
