@@ -43,7 +43,7 @@ need_packages() {
 need_node() {
     local major
     major=$(node -p 'process.versions.node.split(".")[0]' 2>/dev/null || echo 0)
-    [ "$major" -ge 18 ] || need_packages nodejs
+    [ "$major" -ge 18 ] || need_packages ca-certificates nodejs
     command -v npm >/dev/null || need_packages npm
 }
 
