@@ -1,0 +1,120 @@
+// Reading of the network demo header, and its form in the document.
+#include "games/corvane/corvane-lib/src/header-chunk.h"
+
+#include <array>
+#include <utility>
+
+#include "util/console.h"
+
+namespace orvel::corvane {
+namespace {
+
+constexpr std::uint32_t NETWORK_DEMO_MAGIC = 0x2CF5A13D;
+constexpr std::uint32_t MIN_NETWORK_DEMO_VERSION = 5;
+constexpr std::uint32_t HISTORY_ENGINENETVERSION_LATEST = 23;
+
+// The first Version that has a field.
+constexpr std::uint32_t kVersionLevelList = 6;
+constexpr std::uint32_t kVersionLevelTimes = 7;
+constexpr std::uint32_t kVersionFlags = 9;
+constexpr std::uint32_t kVersionEngineVersion = 11;
+constexpr std::uint32_t kVersionGuid = 12;
+
+void Report(const std::string& text) {
+    util::WriteConsole("[ orvel::corvane::ReplayParser::ParseHeaderChunk ] " + text + "\n");
+}
+
+// Calls readElement once for each element of a list.
+template <typename ReadElement>
+void ReadList(ue4::FStreamReader& archive, ReadElement readElement) {
+    const std::int32_t count = archive.ReadInt32();
+    if (count < 0 || count > kMaxHeaderListCount) return archive.Reader().runOut();
+    for (std::int32_t i = 0; i < count && !archive.Reader().fail(); ++i) readElement();
+}
+
+EngineVersion ReadEngineVersion(ue4::FStreamReader& archive) {
+    std::array<char, 12> block{};
+    archive.Reader().read(block.data(), block.size());
+    const auto word = [&block](std::size_t at) {
+        return static_cast<std::uint16_t>(static_cast<unsigned char>(block[at]) |
+                                          static_cast<unsigned char>(block[at + 1]) << 8);
+    };
+    EngineVersion version;
+    version.Major = word(0);
+    version.Minor = word(2);
+    version.Patch = word(4);
+    version.Changelist = word(8) | static_cast<std::uint32_t>(word(10)) << 16;
+    archive.ReadString(version.Branch);
+    return version;
+}
+
+void ReadLevels(ue4::FStreamReader& archive, NetworkDemoHeader& header) {
+    const auto readLevel = [&] {
+        LevelNameAndTime level;
+        archive.ReadString(level.Name);
+        if (header.Version >= kVersionLevelTimes) level.Time = archive.ReadUInt32();
+        header.LevelNamesAndTimes.push_back(std::move(level));
+    };
+    if (header.Version < kVersionLevelList) {
+        readLevel();
+    } else {
+        ReadList(archive, readLevel);
+    }
+}
+
+}  // namespace
+
+bool ReadNetworkDemoHeader(ue4::FStreamReader& archive, NetworkDemoHeader& header) {
+    header.Magic = archive.ReadUInt32();
+    if (header.Magic != NETWORK_DEMO_MAGIC) {
+        Report("Header.Magic != NETWORK_DEMO_MAGIC");
+        return false;
+    }
+    header.Version = archive.ReadUInt32();
+    if (header.Version < MIN_NETWORK_DEMO_VERSION) {
+        Report(
+            "Header.Version < MIN_NETWORK_DEMO_VERSION. Header.Version: " + std::to_string(header.Version) +
+            ", MIN_NETWORK_DEMO_VERSION: " + std::to_string(MIN_NETWORK_DEMO_VERSION));
+        return false;
+    }
+    header.NetworkChecksum = archive.ReadUInt32();
+    header.EngineNetworkProtocolVersion = archive.ReadUInt32();
+    header.GameNetworkProtocolVersion = archive.ReadUInt32();
+    if (header.EngineNetworkProtocolVersion > HISTORY_ENGINENETVERSION_LATEST) {
+        Report("EngineNetworkProtocolVersion != HISTORY_ENGINENETVERSION_LATEST");
+        return false;
+    }
+    if (header.Version >= kVersionGuid) header.Guid = ReadGuid(archive);
+    if (header.Version >= kVersionEngineVersion) {
+        header.EngineVersion = ReadEngineVersion(archive);
+    } else {
+        header.EngineVersion.Changelist = archive.ReadUInt32();
+    }
+    ReadLevels(archive, header);
+    if (header.Version >= kVersionFlags) header.Flags = archive.ReadUInt32();
+    ReadList(archive, [&] { header.GameSpecificData.push_back(archive.ReadString()); });
+    return true;
+}
+
+nlohmann::json HeaderObject(const NetworkDemoHeader& header) {
+    nlohmann::json levels = nlohmann::json::array();
+    for (const LevelNameAndTime& level : header.LevelNamesAndTimes) levels.push_back(level.Name);
+    return {
+        {"magic", header.Magic},
+        {"NetworkVersion", header.Version},
+        {"NetworkChecksum", header.NetworkChecksum},
+        {"EngineNetworkVersion", header.EngineNetworkProtocolVersion},
+        {"GameNetworkProtocolVersion", header.GameNetworkProtocolVersion},
+        {"guid", FormatGuid(header.Guid)},
+        {"EngineVersion",
+         {{"branch", header.EngineVersion.Branch},
+          {"major", header.EngineVersion.Major},
+          {"minor", header.EngineVersion.Minor},
+          {"patch", header.EngineVersion.Patch},
+          {"changelist", header.EngineVersion.Changelist}}},
+        {"levels", std::move(levels)},
+        {"GameSpecificData", header.GameSpecificData},
+    };
+}
+
+}  // namespace orvel::corvane

@@ -1,0 +1,50 @@
+// One replay file -> one JSON document.
+//
+//     "ReplayFileMeta"  object  the container's information block; absent if the file is no replay
+//     "header"          object  absent if there is no header chunk, or none that this reader knows
+#pragma once
+
+#include <cstdint>
+#include <string>
+#include <vector>
+
+#include <nlohmann/json.hpp>
+
+#include "games/corvane/corvane-lib/src/header-chunk.h"
+#include "games/corvane/corvane-lib/src/ue4/local-file-replay-streamer.h"
+#include "games/corvane/corvane-lib/src/ue4/replay-info.h"
+#include "games/corvane/corvane-lib/src/ue4/util/ue4-binary-streams.h"
+
+namespace orvel::corvane {
+
+// Serves one file and one parse, on one thread; parsers share nothing. It is itself the archive over its
+// file, which stays open while the parser lives.
+class ReplayParser : public ue4::FArchiveReader {
+  public:
+    // path: UTF-16 units, one per wchar_t. Throws std::ios_base::failure if the file cannot be opened.
+    explicit ReplayParser(std::wstring path);
+    ReplayParser(const ReplayParser&) = delete;
+    ReplayParser& operator=(const ReplayParser&) = delete;
+
+    // Reads the whole replay into the document. To be called once.
+    //   resumePosition, resumeFlag  the caller's for each file, at first 0 and false (ReadReplayInfo says
+    //   more) key                         the AES key for encrypted payloads if the file has none; may be
+    //   empty
+    // Throws what reading throws: ReplayException (after a line on standard output), std::ios_base::failure
+    // if the header is cut short, char* for a broken container. The document then holds what was read before.
+    void ParseReplay(std::uint32_t& resumePosition, bool& resumeFlag, std::vector<std::uint8_t> key);
+
+    // Null before the parse. The parser's own; callers may take it or add to it.
+    nlohmann::json& Document() { return m_document; }
+    const ue4::ReplayFileInfo& FileInfo() const { return m_fileInfo; }
+
+  private:
+    bool ParseHeaderChunk();
+
+    ue4::FLocalFileNetworkReplayStreamer m_streamer;
+    ue4::ReplayFileInfo m_fileInfo;
+    NetworkDemoHeader m_header;
+    nlohmann::json m_document;
+};
+
+}  // namespace orvel::corvane

@@ -1,0 +1,104 @@
+// Archive readers over files and memory.
+#include "games/corvane/corvane-lib/src/ue4/util/ue4-binary-streams.h"
+
+#include <algorithm>
+#include <bit>
+#include <span>
+#include <utility>
+
+#include "util/mem-stream.h"
+#include "util/platform/platform.h"
+
+namespace ue4 {
+namespace {
+
+// Where a ReplayException says it comes from. The text is what people search for, so it stays the same
+// wherever the throwing lines move to.
+constexpr const char* kSourceFile = "lib/games/corvane/corvane-lib/src/ue4/util/ue4-binary-streams.cpp";
+constexpr int kInvalidSaveNumLine = 23;
+
+// std::isspace of the "C" locale, whatever the host program's locale is.
+bool IsWhitespace(char c) { return c == ' ' || (c >= '\t' && c <= '\r'); }
+
+}  // namespace
+
+ReplayException::ReplayException(const std::string& message, const char* file, int line)
+    : std::runtime_error(std::string(file) + ":" + std::to_string(line) + ": " + message) {}
+
+FStreamReader::FStreamReader(std::istream* stream, Endianess endianness, bool giveOwnership) {
+    std::unique_ptr<std::istream> owned(giveOwnership ? stream : nullptr);
+    m_reader = std::make_unique<CppUtilities::BinaryReader>(stream, endianness, giveOwnership);
+    static_cast<void>(owned.release());
+}
+
+void FStreamReader::ReadString(std::string& text) {
+    text.clear();
+    const std::int32_t saveNum = ReadInt32();
+    if (saveNum == INT32_MIN) {
+        throw ReplayException("Invalid SaveNum, corrupted FArchive.", kSourceFile, kInvalidSaveNumLine);
+    }
+    if (saveNum < 0) {
+        const auto units = static_cast<std::uint64_t>(-std::int64_t{saveNum});
+        text = orvel::util::platform::WideToUtf8(m_reader->readWString(units));
+    } else {
+        text = m_reader->readTerminatedString();
+    }
+    std::erase_if(text, IsWhitespace);
+}
+
+std::string FStreamReader::ReadString() {
+    std::string text;
+    ReadString(text);
+    return text;
+}
+
+std::int32_t FStreamReader::ReadInt32() {
+    std::int32_t value = 0;
+    m_reader->read(value);
+    return value;
+}
+
+std::uint32_t FStreamReader::ReadUInt32() {
+    std::uint32_t value = 0;
+    m_reader->read(value);
+    return value;
+}
+
+std::uint64_t FStreamReader::ReadUInt64() {
+    std::uint64_t value = 0;
+    m_reader->read(value);
+    return value;
+}
+
+bool FStreamReader::ReadBool() { return ReadInt32() != 0; }
+
+float FStreamReader::ReadFloat() { return std::bit_cast<float>(ReadUInt32()); }
+
+std::uint8_t FStreamReader::ReadByte() {
+    char byte = 0;
+    m_reader->read(&byte, 1);
+    return static_cast<std::uint8_t>(byte);
+}
+
+std::vector<std::uint8_t> FStreamReader::ReadByteArray(std::int32_t maxCount) {
+    std::vector<std::uint8_t> bytes;
+    const std::int32_t count = ReadInt32();
+    if (count < 0 || count > maxCount) {
+        m_reader->runOut();
+    } else {
+        m_reader->read(bytes, static_cast<std::uint64_t>(count));
+    }
+    return bytes;
+}
+
+FDataReader::FDataReader(const std::uint8_t* data, std::size_t size, Endianess endianness)
+    : FStreamReader(new orvel::util::MemStream(data, size), endianness, true) {}
+
+FArchiveReader::FArchiveReader(const std::wstring& path, Endianess endianness, bool /*giveOwnership*/) {
+    m_reader = std::make_unique<CppUtilities::BinaryReader>(&m_file, endianness, false);
+    m_file.exceptions(std::ios_base::failbit | std::ios_base::badbit);
+    m_file.rdbuf()->pubsetbuf(m_buffer.data(), static_cast<std::streamsize>(m_buffer.size()));
+    orvel::util::WithFailureText(m_file, [&] { orvel::util::platform::OpenShared(m_file, path); });
+}
+
+}  // namespace ue4

@@ -1,0 +1,150 @@
+// The reader over standard input streams.
+#include "util/binary-reader.h"
+
+#include <algorithm>
+#include <array>
+#include <limits>
+#include <span>
+
+namespace CppUtilities {
+namespace {
+
+using orvel::util::WithFailureText;
+
+// Up to here a length is believed without asking the stream for its size, which costs more than the memory.
+constexpr std::uint64_t kBelievedBytes = 4096;
+
+template <typename Word>
+Word FromBytes(std::span<const char, sizeof(Word)> bytes, bool bigEndian) {
+    Word word = 0;
+    for (std::size_t i = 0; i < sizeof(Word); ++i) {
+        const std::size_t from = bigEndian ? i : sizeof(Word) - 1 - i;
+        word = static_cast<Word>(word << 8 | static_cast<unsigned char>(bytes[from]));
+    }
+    return word;
+}
+
+}  // namespace
+
+BinaryReader::BinaryReader(std::istream* stream, Endianess endianess, bool giveOwnership)
+    : m_stream(*stream), m_owned(giveOwnership ? stream : nullptr), m_bigEndian(endianess != LittleEndian) {}
+
+template <typename Word>
+bool BinaryReader::readWord(Word& value, bool bigEndian) {
+    std::array<char, sizeof(Word)> bytes;
+    read(bytes.data(), bytes.size());
+    if (fail()) return false;
+    value = FromBytes<Word>(bytes, bigEndian);
+    return true;
+}
+
+void BinaryReader::read(std::int32_t& value) {
+    std::uint32_t word = 0;
+    if (readWord(word, m_bigEndian)) value = static_cast<std::int32_t>(word);
+}
+
+void BinaryReader::read(std::uint32_t& value) { readWord(value, m_bigEndian); }
+
+void BinaryReader::read(std::uint64_t& value) { readWord(value, m_bigEndian); }
+
+std::int32_t BinaryReader::readInt32LE() {
+    std::uint32_t word = 0;
+    readWord(word, false);
+    return static_cast<std::int32_t>(word);
+}
+
+std::int32_t BinaryReader::readInt32BE() {
+    std::uint32_t word = 0;
+    readWord(word, true);
+    return static_cast<std::int32_t>(word);
+}
+
+void BinaryReader::read(char* buffer, std::streamsize length) {
+    WithFailureText(m_stream, [&] { m_stream.read(buffer, length); });
+}
+
+void BinaryReader::read(std::string& text) {
+    text.clear();
+    std::uint32_t length = 0;
+    read(length);
+    if (length > kMaxStringBytes || !canHold(length)) return runOut();
+    std::string bytes(length, '\0');
+    read(bytes.data(), static_cast<std::streamsize>(length));
+    if (!fail()) text = std::move(bytes);
+}
+
+std::string BinaryReader::readTerminatedString(char terminator) {
+    std::string text;
+    WithFailureText(m_stream, [&] {
+        char next = 0;
+        while (m_stream.get(next) && next != terminator) {
+            if (text.size() == kMaxStringBytes) return runOut();
+            text.push_back(next);
+        }
+    });
+    return fail() ? std::string{} : text;
+}
+
+std::wstring BinaryReader::readWString(std::uint64_t count) {
+    constexpr std::uint64_t kUnitBytes = 2;
+    if (count > kMaxStringBytes / kUnitBytes || !canHold(count * kUnitBytes)) {
+        runOut();
+        return {};
+    }
+    std::wstring text(static_cast<std::size_t>(count), L'\0');
+    // Through a block on the stack, so that the stored form is never held as a whole beside the wide one.
+    std::array<char, 1024> block;
+    for (std::span<wchar_t> rest = text; !rest.empty() && !fail();) {
+        const std::size_t units = std::min(rest.size(), block.size() / kUnitBytes);
+        read(block.data(), static_cast<std::streamsize>(units * kUnitBytes));
+        for (std::size_t i = 0; i < units; ++i) {
+            const std::span<const char, kUnitBytes> unit(block.data() + i * kUnitBytes, kUnitBytes);
+            rest[i] = static_cast<wchar_t>(FromBytes<std::uint16_t>(unit, false));
+        }
+        rest = rest.subspan(units);
+    }
+    return fail() ? std::wstring{} : text;
+}
+
+void BinaryReader::skip(std::uint64_t length) {
+    if (length > remaining()) return runOut();
+    WithFailureText(m_stream, [&] { m_stream.ignore(static_cast<std::streamsize>(length)); });
+}
+
+std::int64_t BinaryReader::tellg() {
+    return WithFailureText(m_stream, [&] { return std::int64_t{std::streamoff{m_stream.tellg()}}; });
+}
+
+void BinaryReader::seekg(std::int64_t position) {
+    WithFailureText(m_stream, [&] { m_stream.seekg(std::streampos{std::streamoff{position}}); });
+}
+
+std::uint64_t BinaryReader::remaining() {
+    if (!m_stream.good()) return 0;
+    const std::int64_t here = tellg();
+    // No position: a stream over memory, whose buffer holds all there is.
+    if (here < 0)
+        return static_cast<std::uint64_t>(std::max<std::streamsize>(m_stream.rdbuf()->in_avail(), 0));
+    return WithFailureText(m_stream, [&] {
+        m_stream.seekg(0, std::ios_base::end);
+        const std::int64_t end = std::streamoff{m_stream.tellg()};
+        m_stream.seekg(std::streampos{std::streamoff{here}});
+        return static_cast<std::uint64_t>(std::max<std::int64_t>(end - here, 0));
+    });
+}
+
+void BinaryReader::runOut() {
+    WithFailureText(m_stream, [&] { m_stream.setstate(std::ios_base::eofbit | std::ios_base::failbit); });
+}
+
+void BinaryReader::clear() {
+    WithFailureText(m_stream, [&] { m_stream.clear(); });
+}
+
+bool BinaryReader::canHold(std::uint64_t length) {
+    // A 32-bit size_t cannot name more than this, whatever the file holds.
+    if (length > static_cast<std::uint64_t>(std::numeric_limits<std::ptrdiff_t>::max())) return false;
+    return length <= kBelievedBytes || length <= remaining();
+}
+
+}  // namespace CppUtilities
