@@ -1,0 +1,244 @@
+// One step of the frame: a block header where one is due, then one quantum.
+#include <algorithm>
+#include <bit>
+#include <cstring>
+
+#include "oodle/oodle2/core/compressor_sets.h"
+#include "oodle/oodle2/core/decoder_state.h"
+#include "oodle/oodle2/core/newlz.h"
+
+namespace oo2 {
+namespace {
+
+constexpr std::int64_t kBlockLen = OODLELZ_BLOCK_LEN;
+constexpr int kMaxCallsWithoutProgress = 1000;
+constexpr int kVerbose = 3;
+
+enum class StepStatus { Done, NeedMore, Failed };
+
+StepStatus Failed(LogText text) {
+    Fail(text);
+    return StepStatus::Failed;
+}
+
+// Repeats the `distance` bytes before `out` over it.
+void CopyPattern(std::uint8_t* out, std::size_t distance, std::size_t length) {
+    const std::uint8_t* const from = out - distance;
+    while (length > 0) {
+        const std::size_t step = std::min(length, static_cast<std::size_t>(out - from));
+        std::memcpy(out, from, step);
+        out += step;
+        length -= step;
+    }
+}
+
+Phases PhasesOf(int threadPhase) {
+    return {.unpack = threadPhase != OodleLZ_Decode_ThreadPhase2,
+            .write = threadPhase != OodleLZ_Decode_ThreadPhase1};
+}
+
+class Step {
+  public:
+    Step(OodleLZDecoderState& state, const DecodeSomeArgs& args)
+        : state_(state),
+          args_(args),
+          phases_(PhasesOf(args.threadPhase)),
+          comp_(args.comp, static_cast<std::size_t>(std::max<std::ptrdiff_t>(args.compAvail, 0))) {}
+
+    StepStatus Run(DecodeSomeResult& result);
+
+  private:
+    StepStatus ReadHeader();
+    bool BlockIsDecodable(OodleLZ_Compressor compressor) const;
+    bool WindowIsWhole() const;
+    StepStatus CopyBlock();
+    StepStatus DecodeQuantum();
+    bool DecodePayload(const QuantumHeader& header);
+    bool WriteSimple(const QuantumHeader& header);
+    bool DecodeCoded(const QuantumHeader& header);
+
+    std::uint8_t* Out() const { return args_.windowBase + args_.rawPos; }
+    std::span<const std::uint8_t> Rest() const { return comp_.subspan(used_); }
+
+    OodleLZDecoderState& state_;
+    const DecodeSomeArgs& args_;
+    const Phases phases_;
+    const std::span<const std::uint8_t> comp_;
+    std::size_t used_ = 0;    // of comp_
+    std::size_t rawLen_ = 0;  // of this step
+};
+
+StepStatus Step::Run(DecodeSomeResult& result) {
+    const std::int64_t inBlock = args_.rawPos % kBlockLen;
+    const std::int64_t wanted =
+        std::min({args_.rawAvail, kBlockLen - inBlock, args_.windowEnd - args_.rawPos});
+    if (wanted <= 0) return Failed("OODLE ERROR : you didn't give me enough window!\n");
+    rawLen_ = static_cast<std::size_t>(wanted);
+
+    const std::int64_t formerHeaderPos = state_.blockHeaderPos;
+    StepStatus status = StepStatus::Done;
+    if (inBlock == 0 && args_.rawPos != state_.blockHeaderPos) status = ReadHeader();
+    if (status == StepStatus::Done && !WindowIsWhole()) return StepStatus::Failed;
+    if (status == StepStatus::Done) status = state_.block.memcpy ? CopyBlock() : DecodeQuantum();
+    if (status == StepStatus::Done) {
+        result = {static_cast<std::ptrdiff_t>(rawLen_), static_cast<std::ptrdiff_t>(used_)};
+        state_.rawPos = args_.rawPos + static_cast<std::int64_t>(rawLen_);
+        state_.callsWithoutProgress = 0;
+    } else {
+        state_.blockHeaderPos = formerHeaderPos;  // it was not used, so the next call reads it again
+    }
+    return status;
+}
+
+StepStatus Step::ReadHeader() {
+    if (comp_.size() < BlockHeader::kSize) return StepStatus::NeedMore;
+    const std::optional<BlockHeader> header = ReadBlockHeader(comp_);
+    if (!header) return Failed("OODLE ERROR : LZ corruption : invalid header..\n");
+    const OodleLZ_Compressor compressor = CompressorOf(*header);
+    if (!BlockIsDecodable(compressor)) return StepStatus::Failed;
+
+    state_.block = *header;
+    state_.blockHeaderPos = args_.rawPos;
+    used_ = BlockHeader::kSize;
+    if (header->reset) {
+        state_.resetPos = args_.rawPos;
+        Log(kLogDetail, "RESET : %d\n", static_cast<int>(args_.rawPos));
+    }
+    if (args_.verbosity >= kVerbose) {
+        Log(kLogInfo, "CHUNK header @ %lld  , compressor %d=%s %s %s\n", static_cast<long long>(args_.rawPos),
+            static_cast<int>(compressor), CompressorName(compressor), header->reset ? "reset" : "",
+            header->memcpy ? "memcpy" : "");
+    }
+    return StepStatus::Done;
+}
+
+bool Step::BlockIsDecodable(OodleLZ_Compressor compressor) const {
+    if (args_.fuzzSafe && !IsIn(kFuzzSafeCompressors, compressor)) {
+        return Fail("OODLE ERROR : Requested Fuzz Safety, saw a compressor that can't decode Safe\n");
+    }
+    if (ScratchSizeNeeded(compressor, args_.windowEnd) > state_.scratchSize) {
+        return Fail("OODLE ERROR : Heterogenous compressor file with insufficient decoder memory size!\n");
+    }
+    return Check(!IsIn(kLegacyCompressors, compressor), "OODLE ERROR : Legacy LZ VTable not installed");
+}
+
+bool Step::WindowIsWhole() const {
+    const OodleLZ_Compressor compressor = CompressorOf(state_.block);
+    if (!Check(compressor != OodleLZ_Compressor_Invalid, "OODLE ERROR : invalid decodeType!\n")) return false;
+    if (args_.rawPos + args_.rawAvail <= args_.windowEnd) return true;
+    // The output would have to slide through a smaller window.
+    return Check(std::has_single_bit(static_cast<std::uint64_t>(args_.windowEnd)),
+                 "OODLE ERROR : sliding window must be pow2!\n") &&
+           Check(IsIn(kLegacyCompressors, compressor),
+                 "OODLE ERROR : only legacy compressors do sliding window!\n");
+}
+
+StepStatus Step::CopyBlock() {
+    if (Rest().size() < rawLen_) return StepStatus::NeedMore;
+    if (args_.verbosity >= kVerbose) Log(kLogInfo, " decoder memcpy %d\n", static_cast<int>(rawLen_));
+    if (phases_.write) std::memcpy(Out(), Rest().data(), rawLen_);
+    used_ += rawLen_;
+    return StepStatus::Done;
+}
+
+StepStatus Step::DecodeQuantum() {
+    if (!HasLongQuanta(state_.block.decodeType)) rawLen_ = std::min(rawLen_, kShortQuantumRawLen);
+    QuantumHeader header;
+    switch (ReadQuantumHeader(Rest(), state_.block, rawLen_, header)) {
+        case HeaderStatus::Ok:
+            break;
+        case HeaderStatus::NeedMore:
+            return StepStatus::NeedMore;
+        case HeaderStatus::UnusedSpecial:
+            return Failed("OODLE ERROR : invalid QH ; unused special value\n");
+        case HeaderStatus::NumberTooLarge:
+            return Failed("OODLE ERROR : LZ corruption : wholematch offset too large!\n");
+    }
+    if (args_.verbosity >= kVerbose) {
+        Log(kLogInfo, "QH : %d , %d , %08X\n", static_cast<int>(rawLen_), static_cast<int>(header.compLen),
+            header.checkValue);
+    }
+    if (header.compLen > rawLen_) return Failed("OODLE ERROR : LZ corruption : qh.compLen > qh_rawLen!\n");
+    used_ += header.size;
+    if (header.compLen > Rest().size()) return StepStatus::NeedMore;
+    if (args_.checkCRC && header.hasCheck) {
+        return Failed("OODLE ERROR : check value not verified : its hash is not known to this decoder\n");
+    }
+    if (!DecodePayload(header)) return StepStatus::Failed;
+    used_ += header.compLen;
+    return StepStatus::Done;
+}
+
+bool Step::DecodePayload(const QuantumHeader& header) {
+    return header.kind == QuantumKind::Coded ? DecodeCoded(header) : WriteSimple(header);
+}
+
+bool Step::WriteSimple(const QuantumHeader& header) {
+    if (!Check(static_cast<std::int64_t>(rawLen_) <= args_.windowEnd - args_.rawPos,
+               "OODLE ERROR : LZ corruption : overrun!\n")) {
+        return false;
+    }
+    if (header.kind == QuantumKind::WholeMatch) {
+        const auto reach = static_cast<std::uint64_t>(args_.rawPos - state_.resetPos);
+        if (!Check(header.distance <= reach,
+                   "OODLE ERROR : LZ corruption : wholematch offset too large!\n") ||
+            !Check(header.distance > 1, "OODLE ERROR : corruption : matchOff > 1\n")) {
+            return false;
+        }
+    }
+    if (!phases_.write) return true;
+    switch (header.kind) {
+        case QuantumKind::WholeMatch:
+            CopyPattern(Out(), static_cast<std::size_t>(header.distance), rawLen_);
+            break;
+        case QuantumKind::Memset:
+            std::memset(Out(), header.fill, rawLen_);
+            break;
+        default:
+            std::memcpy(Out(), Rest().data(), rawLen_);
+            break;
+    }
+    return true;
+}
+
+bool Step::DecodeCoded(const QuantumHeader& header) {
+    const std::span<std::uint8_t> scratch(reinterpret_cast<std::uint8_t*>(&state_) + kStateSize,
+                                          static_cast<std::size_t>(state_.scratchSize - kStateSize));
+    std::ptrdiff_t used = -1;
+    switch (state_.block.decodeType) {
+        case kDecodeKraken:
+            used = Kraken_DecodeOneQuantum(
+                {.raw = Out(),
+                 .rawLen = rawLen_,
+                 .payload = Rest().first(header.compLen),
+                 .bytesSinceReset = static_cast<std::size_t>(args_.rawPos - state_.resetPos),
+                 .rawPos = args_.rawPos,
+                 .scratch = scratch,
+                 .phases = phases_,
+                 .path = args_.path});
+            break;
+        case kDecodeMermaid:
+        case kDecodeLeviathan:
+        case kDecodeLzb16:
+            break;  // these have no decoder
+        default:
+            return Fail("OODLE ERROR : LZ corruption : DecodeOneQ invalid decodeType!\n");
+    }
+    if (!Check(used >= 0, "OODLE ERROR : LZ corruption : DecodeOneQuantum fail!\n")) return false;
+    return Check(static_cast<std::int64_t>(rawLen_) <= args_.windowEnd - args_.rawPos,
+                 "OODLE ERROR : LZ corruption : overrun!\n") &&
+           Check(static_cast<std::size_t>(used) == header.compLen,
+                 "OODLE ERROR : LZ corruption : not complen!\n");
+}
+
+}  // namespace
+
+bool DecodeSome(OodleLZDecoderState& state, DecodeSomeResult& result, const DecodeSomeArgs& args) {
+    result = {};
+    if (++state.callsWithoutProgress >= kMaxCallsWithoutProgress) {
+        return Fail("OODLE ERROR : 1000 calls without progress!\n");
+    }
+    return Step(state, args).Run(result) != StepStatus::Failed;
+}
+
+}  // namespace oo2
