@@ -31,6 +31,5 @@ if(WIN32)
   if(CMAKE_SIZEOF_VOID_P EQUAL 4)
     # Node.js itself needs SSE2. Its callers align the stack to 4 bytes only, so entry points realign it.
     add_compile_options(-msse2 -mfpmath=sse -mstackrealign)
-    add_link_options(-Wl,--large-address-aware)
   endif()
 endif()

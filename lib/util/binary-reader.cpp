@@ -95,7 +95,7 @@ std::wstring BinaryReader::readWString(std::uint64_t count) {
     // Through a block on the stack, so that the stored form is never held as a whole beside the wide one.
     std::array<char, 1024> block;
     for (std::span<wchar_t> rest = text; !rest.empty() && !fail();) {
-        const std::size_t units = std::min(rest.size(), block.size() / kUnitBytes);
+        const std::size_t units = std::min<std::size_t>(rest.size(), block.size() / kUnitBytes);
         read(block.data(), static_cast<std::streamsize>(units * kUnitBytes));
         for (std::size_t i = 0; i < units; ++i) {
             const std::span<const char, kUnitBytes> unit(block.data() + i * kUnitBytes, kUnitBytes);
