@@ -1,0 +1,67 @@
+'use strict';
+// Finds and loads the native add-on: prebuilds/<platform>-<architecture>/corvane_napi.node, one Node-API file each, so
+// that the version of Node.js or Electron does not matter. Exactly one place is tried, and the error says which.
+
+const fs = require('node:fs');
+const path = require('node:path');
+
+const prebuilds = path.join(__dirname, 'prebuilds');
+const host = `${process.platform}-${process.arch}`;
+
+function runtime() {
+  const { electron, node, napi } = process.versions;
+  const name = electron ? `Electron ${electron} with Node.js ${node}` : `Node.js ${node}`;
+  return `${name}, Node-API ${napi}`;
+}
+
+function prebuiltHosts() {
+  try {
+    return fs.readdirSync(prebuilds).sort();
+  } catch {
+    return [];
+  }
+}
+
+function isMusl() {
+  return process.platform === 'linux' && !process.report.getReport().header.glibcVersionRuntime;
+}
+
+function advice(file) {
+  const hosts = prebuiltHosts();
+  if (process.env.CORVANE_ADDON)
+    return 'CORVANE_ADDON must be the absolute path of an add-on for this host, or unset.';
+  if (hosts.length === 0)
+    return 'The package is incomplete: install it anew (in a checkout: run scripts/prebuild).';
+  if (!hosts.includes(host)) return `Run it in a Node.js or Electron for one of: ${hosts.join(', ')}.`;
+  if (!fs.existsSync(file)) return 'The package is incomplete: install it anew.';
+  if (isMusl()) return 'The Linux add-on needs the GNU C library; this system has another one.';
+  return 'The file is there, but the system refused it: the reason above is its own.';
+}
+
+function loadFailure(file, reason) {
+  const lines = [
+    'corvane_napi: the native add-on could not be loaded.',
+    `  platform:     ${process.platform}`,
+    `  architecture: ${process.arch}`,
+    `  runtime:      ${runtime()}`,
+    `  tried:        ${file}`,
+    `  reason:       ${reason.message.trim()}`,
+    `  what to do:   ${advice(file)} See docs/troubleshooting.md.`,
+  ];
+  return Object.assign(new Error(lines.join('\n'), { cause: reason }), { code: 'ERR_CORVANE_ADDON' });
+}
+
+// The native module. CORVANE_ADDON, an absolute path, replaces the packaged file: for builds of one's own.
+// Throws an Error with code ERR_CORVANE_ADDON.
+function loadAddon() {
+  const file = process.env.CORVANE_ADDON || path.join(prebuilds, host, 'corvane_napi.node');
+  try {
+    if (!path.isAbsolute(file)) throw new Error('the path is not absolute');
+    if (!fs.existsSync(file)) throw new Error('there is no such file');
+    return require(file);
+  } catch (reason) {
+    throw loadFailure(file, reason);
+  }
+}
+
+module.exports = loadAddon;
