@@ -2,12 +2,14 @@
 
 #include <cstdio>
 #include <exception>
+#include <string_view>
 
 namespace orvel::corvane {
 
 void EndProcess(const char* text) noexcept {
     std::fflush(stdout);
-    std::fprintf(stderr, "%s\n", text);
+    const bool endsLine = std::string_view(text).ends_with('\n');
+    std::fprintf(stderr, endsLine ? "%s" : "%s\n", text);
     std::fflush(stderr);
     std::terminate();
 }

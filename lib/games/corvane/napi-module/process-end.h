@@ -3,7 +3,7 @@
 
 namespace orvel::corvane {
 
-// Writes text and a newline to standard error and calls std::terminate. Meant for a catch block, so that the
+// Writes text as a line to standard error and calls std::terminate. Meant for a catch block, so that the
 // runtime names the exception's type as well. Any thread.
 [[noreturn]] void EndProcess(const char* text) noexcept;
 
