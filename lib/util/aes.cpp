@@ -1,0 +1,66 @@
+#include "util/aes.h"
+
+#include <algorithm>
+#include <array>
+
+#include "util/aes/aes-decryption-key.h"
+#include "util/aes/aes-paths.h"
+
+namespace orvel::util::data {
+namespace {
+
+const AesImplementation& Implementation(AesPath path) {
+    const bool useNi = path == AesPath::AesNi || (path == AesPath::Automatic && AesNiAvailable());
+    return useNi ? kAesNiImplementation : kAesTableImplementation;
+}
+
+// Writes the last block without its padding to the output, which has room for capacity bytes.
+int WriteWithoutPadding(const std::array<std::uint8_t, kAesBlockBytes>& block, std::uint8_t* output,
+                        std::size_t capacity, std::uint32_t* paddingLength) {
+    const std::size_t padding = block.back();
+    *paddingLength = block.back();
+    if (padding > kAesBlockBytes) return kAesInvalidPadding;
+    const std::size_t kept = kAesBlockBytes - padding;
+    const auto paddingBegin = block.begin() + static_cast<std::ptrdiff_t>(kept);
+    if (std::any_of(paddingBegin, block.end(), [=](std::uint8_t byte) { return byte != padding; })) {
+        return kAesInvalidPadding;
+    }
+    if (capacity < kept) return kAesOutputTooSmall;
+    std::copy(block.begin(), paddingBegin, output);
+    return kAesSuccess;
+}
+
+}  // namespace
+
+int AesDecryptOn(AesPath path, const std::uint8_t* input, std::size_t inputLength, const std::uint8_t* key,
+                 std::size_t keyLength, std::uint8_t* output, std::size_t outputCapacity,
+                 std::uint32_t* paddingLength) {
+    if (inputLength % kAesBlockBytes != 0) return kAesBadInputLength;
+    if (!AesDecryptionKey::IsKeyLength(keyLength)) return kAesBadKeyLength;
+    if (inputLength == 0) {
+        if (paddingLength != nullptr) *paddingLength = 0;
+        return kAesSuccess;
+    }
+    const std::size_t lastBlock = inputLength - kAesBlockBytes;
+    if (outputCapacity < (paddingLength != nullptr ? lastBlock : inputLength)) return kAesOutputTooSmall;
+
+    const AesImplementation& aes = Implementation(path);
+    const AesDecryptionKey expandedKey(key, keyLength, aes.invMixColumns);
+    if (paddingLength == nullptr) {
+        aes.decryptBlocks(expandedKey, input, inputLength / kAesBlockBytes, output);
+        return kAesSuccess;
+    }
+    aes.decryptBlocks(expandedKey, input, lastBlock / kAesBlockBytes, output);
+    std::array<std::uint8_t, kAesBlockBytes> scratch;
+    aes.decryptBlocks(expandedKey, input + lastBlock, 1, scratch.data());
+    return WriteWithoutPadding(scratch, output + lastBlock, outputCapacity - lastBlock, paddingLength);
+}
+
+int AesDecrypt(const std::uint8_t* input, std::size_t inputLength, const std::uint8_t* key,
+               std::size_t keyLength, std::uint8_t* output, std::size_t outputCapacity,
+               std::uint32_t* paddingLength) {
+    return AesDecryptOn(AesPath::Automatic, input, inputLength, key, keyLength, output, outputCapacity,
+                        paddingLength);
+}
+
+}  // namespace orvel::util::data

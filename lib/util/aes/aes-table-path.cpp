@@ -1,0 +1,73 @@
+// AES decryption for any processor: a round is sixteen table look-ups.
+#include <array>
+#include <bit>
+
+#include "util/aes/aes-field.h"
+#include "util/aes/aes-paths.h"
+
+namespace orvel::util::data {
+namespace {
+
+using Columns = std::array<std::uint32_t, 4>;
+
+// Entry b of table r is what a byte b in row r adds to its column: InvSubBytes and InvMixColumns in one.
+// Four tables of 1 KiB; one table with rotations instead is slower.
+constexpr auto kRowTables = [] {
+    std::array<std::array<std::uint32_t, 256>, 4> tables{};
+    for (std::size_t byte = 0; byte < 256; ++byte) {
+        const std::uint32_t column = AesInvMixColumn(kAesInverseSBox[byte]);
+        for (int row = 0; row < 4; ++row)
+            tables[static_cast<std::size_t>(row)][byte] = std::rotl(column, 8 * row);
+    }
+    return tables;
+}();
+
+// One column after a round; the arguments are the columns that InvShiftRows takes rows 0 to 3 from.
+inline std::uint32_t RoundColumn(std::uint32_t row0, std::uint32_t row1, std::uint32_t row2,
+                                 std::uint32_t row3) {
+    return kRowTables[0][row0 & 0xff] ^ kRowTables[1][(row1 >> 8) & 0xff] ^
+           kRowTables[2][(row2 >> 16) & 0xff] ^ kRowTables[3][row3 >> 24];
+}
+
+// The same for the last round, which has no InvMixColumns.
+inline std::uint32_t LastRoundColumn(std::uint32_t row0, std::uint32_t row1, std::uint32_t row2,
+                                     std::uint32_t row3) {
+    return AesSubWord(kAesInverseSBox,
+                      (row0 & 0xff) | (row1 & 0xff00) | (row2 & 0xff0000) | (row3 & 0xff000000));
+}
+
+// One round: InvShiftRows, what columnFunction does, AddRoundKey.
+template <auto columnFunction>
+Columns Round(const Columns& state, const std::uint32_t* roundKey) {
+    return {columnFunction(state[0], state[3], state[2], state[1]) ^ roundKey[0],
+            columnFunction(state[1], state[0], state[3], state[2]) ^ roundKey[1],
+            columnFunction(state[2], state[1], state[0], state[3]) ^ roundKey[2],
+            columnFunction(state[3], state[2], state[1], state[0]) ^ roundKey[3]};
+}
+
+void DecryptBlock(const AesDecryptionKey& key, const std::uint8_t* input, std::uint8_t* output) {
+    Columns state;
+    for (std::size_t i = 0; i < 4; ++i) state[i] = AesLoadColumn(input + 4 * i) ^ key.roundKey(0)[i];
+    for (std::size_t round = 1; round < key.rounds(); ++round) {
+        state = Round<RoundColumn>(state, key.roundKey(round));
+    }
+    state = Round<LastRoundColumn>(state, key.roundKey(key.rounds()));
+    for (std::size_t i = 0; i < 4; ++i) AesStoreColumn(state[i], output + 4 * i);
+}
+
+void DecryptBlocks(const AesDecryptionKey& key, const std::uint8_t* input, std::size_t blockCount,
+                   std::uint8_t* output) {
+    for (; blockCount != 0; --blockCount, input += kAesBlockBytes, output += kAesBlockBytes) {
+        DecryptBlock(key, input, output);
+    }
+}
+
+void InvMixColumns(std::uint32_t* columns, std::size_t count) {
+    for (std::size_t i = 0; i < count; ++i) columns[i] = AesInvMixColumn(columns[i]);
+}
+
+}  // namespace
+
+constinit const AesImplementation kAesTableImplementation{InvMixColumns, DecryptBlocks};
+
+}  // namespace orvel::util::data
