@@ -3,8 +3,8 @@
 
 #include <algorithm>
 #include <array>
-#include <limits>
 #include <span>
+#include <utility>
 
 namespace CppUtilities {
 namespace {
@@ -67,7 +67,7 @@ void BinaryReader::read(std::string& text) {
     text.clear();
     std::uint32_t length = 0;
     read(length);
-    if (length > kMaxStringBytes || !canHold(length)) return runOut();
+    if (length > kMaxStringBytes || !isCredible(length)) return runOut();
     std::string bytes(length, '\0');
     read(bytes.data(), static_cast<std::streamsize>(length));
     if (!fail()) text = std::move(bytes);
@@ -87,7 +87,7 @@ std::string BinaryReader::readTerminatedString(char terminator) {
 
 std::wstring BinaryReader::readWString(std::uint64_t count) {
     constexpr std::uint64_t kUnitBytes = 2;
-    if (count > kMaxStringBytes / kUnitBytes || !canHold(count * kUnitBytes)) {
+    if (count > kMaxStringBytes / kUnitBytes || !isCredible(count * kUnitBytes)) {
         runOut();
         return {};
     }
@@ -107,7 +107,7 @@ std::wstring BinaryReader::readWString(std::uint64_t count) {
 }
 
 void BinaryReader::skip(std::uint64_t length) {
-    if (length > remaining()) return runOut();
+    if (!holds(length)) return runOut();
     WithFailureText(m_stream, [&] { m_stream.ignore(static_cast<std::streamsize>(length)); });
 }
 
@@ -141,10 +141,11 @@ void BinaryReader::clear() {
     WithFailureText(m_stream, [&] { m_stream.clear(); });
 }
 
-bool BinaryReader::canHold(std::uint64_t length) {
-    // A 32-bit size_t cannot name more than this, whatever the file holds.
-    if (length > static_cast<std::uint64_t>(std::numeric_limits<std::ptrdiff_t>::max())) return false;
-    return length <= kBelievedBytes || length <= remaining();
+bool BinaryReader::holds(std::uint64_t length) {
+    // A 32-bit size cannot name more than this, whatever the file holds.
+    return std::in_range<std::ptrdiff_t>(length) && length <= remaining();
 }
+
+bool BinaryReader::isCredible(std::uint64_t length) { return length <= kBelievedBytes || holds(length); }
 
 }  // namespace CppUtilities

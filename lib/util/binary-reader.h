@@ -74,7 +74,10 @@ class BinaryReader {
   private:
     template <typename Word>
     bool readWord(Word& value, bool bigEndian);
-    bool canHold(std::uint64_t length);
+    // Whether the stream has so many more bytes.
+    bool holds(std::uint64_t length);
+    // The same, but a small length is believed without asking the stream, which costs more than the memory.
+    bool isCredible(std::uint64_t length);
 
     std::istream& m_stream;
     std::unique_ptr<std::istream> m_owned;
@@ -84,9 +87,10 @@ class BinaryReader {
 template <ByteValue Byte>
 void BinaryReader::read(std::vector<Byte>& bytes, std::uint64_t length) {
     bytes.clear();
-    if (!canHold(length)) return runOut();
+    if (!isCredible(length)) return runOut();
     bytes.resize(static_cast<std::size_t>(length));
     read(reinterpret_cast<char*>(bytes.data()), static_cast<std::streamsize>(length));
+    if (fail()) bytes.clear();
 }
 
 }  // namespace CppUtilities

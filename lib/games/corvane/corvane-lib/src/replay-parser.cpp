@@ -3,11 +3,29 @@
 
 #include <utility>
 
+#include "games/corvane/corvane-lib/src/event-handlers.h"
 #include "util/console.h"
 
 namespace orvel::corvane {
 
-ReplayParser::ReplayParser(std::wstring path) : FArchiveReader(path, CppUtilities::LittleEndian, false) {}
+ReplayParser::ReplayParser(std::wstring path) : FArchiveReader(path, CppUtilities::LittleEndian, false) {
+    m_handlers["AthenaMatchStats"] = [this](auto& payload, const auto& info) {
+        nlohmann::json event;
+        if (ReadMatchStats(payload, event)) AppendEvent(std::move(event), info);
+        return true;
+    };
+    m_handlers["AthenaMatchTeamStats"] = [this](auto& payload, const auto& info) {
+        nlohmann::json event;
+        if (ReadMatchTeamStats(payload, event)) AppendEvent(std::move(event), info);
+        return true;
+    };
+    m_handlers["playerElim"] = [this](auto& payload, const auto& info) {
+        nlohmann::json event;
+        ReadElimination(payload, event);
+        AppendEvent(std::move(event), info);
+        return true;
+    };
+}
 
 void ReplayParser::ParseReplay(std::uint32_t& resumePosition, bool& resumeFlag,
                                std::vector<std::uint8_t> key) {
@@ -17,6 +35,7 @@ void ReplayParser::ParseReplay(std::uint32_t& resumePosition, bool& resumeFlag,
         // The scan of the chunk table ended by running into the end of the file.
         Reader().clear();
         if (m_fileInfo.HeaderChunkIndex != -1) ParseHeaderChunk();
+        ParseEvents();
     } catch (const ue4::ReplayException& exception) {
         util::WriteConsole("[ orvel::corvane::ReplayParser::ParseReplay ] [Replay Exception] " +
                            std::string(exception.what()) + "\n");
@@ -30,6 +49,32 @@ bool ReplayParser::ParseHeaderChunk() {
     if (!ReadNetworkDemoHeader(*this, m_header)) return false;
     m_document["header"] = HeaderObject(m_header);
     return true;
+}
+
+void ReplayParser::ParseEvents() {
+    constexpr std::uint8_t kPlain = 1;
+    const std::uint8_t mode = m_fileInfo.bEncrypted ? kPayloadEncrypted : kPlain;
+    for (const ue4::FLocalFileEventInfo& info : m_fileInfo.Events) {
+        Reader().seekg(info.DataOffset);
+        std::vector<std::uint8_t> payload = ReadPayload(static_cast<std::uint32_t>(info.SizeInBytes), mode);
+        const Handler* handler = payload.empty() ? nullptr : FindHandler(info);
+        if (handler == nullptr) continue;
+        if (!m_document.contains("events")) m_document["events"] = nlohmann::json::array();
+        (*handler)(payload, info);
+    }
+}
+
+const ReplayParser::Handler* ReplayParser::FindHandler(const ue4::FLocalFileEventInfo& info) const {
+    for (const std::string* name : {&info.Metadata, &info.Group}) {
+        const auto entry = m_handlers.find(*name);
+        if (entry != m_handlers.end()) return &entry->second;
+    }
+    return nullptr;
+}
+
+void ReplayParser::AppendEvent(nlohmann::json event, const ue4::FLocalFileEventInfo& info) {
+    event["eventMeta"] = {{"time1", info.Time1}, {"time2", info.Time2}};
+    m_document["events"].push_back(std::move(event));
 }
 
 }  // namespace orvel::corvane

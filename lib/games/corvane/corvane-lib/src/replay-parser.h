@@ -2,10 +2,13 @@
 //
 //     "ReplayFileMeta"  object  the container's information block; absent if the file is no replay
 //     "header"          object  absent if there is no header chunk, or none that this reader knows
+//     "events"          array   absent if no event with a handler has a payload
 #pragma once
 
 #include <cstdint>
+#include <functional>
 #include <string>
+#include <unordered_map>
 #include <vector>
 
 #include <nlohmann/json.hpp>
@@ -39,11 +42,17 @@ class ReplayParser : public ue4::FArchiveReader {
     const ue4::ReplayFileInfo& FileInfo() const { return m_fileInfo; }
 
   private:
+    using Handler = std::function<bool(std::vector<std::uint8_t>&, const ue4::FLocalFileEventInfo&)>;
+
     bool ParseHeaderChunk();
+    void ParseEvents();
+    const Handler* FindHandler(const ue4::FLocalFileEventInfo& info) const;
+    void AppendEvent(nlohmann::json event, const ue4::FLocalFileEventInfo& info);
 
     ue4::FLocalFileNetworkReplayStreamer m_streamer;
     ue4::ReplayFileInfo m_fileInfo;
     NetworkDemoHeader m_header;
+    std::unordered_map<std::string, Handler> m_handlers;
     nlohmann::json m_document;
 };
 

@@ -6,6 +6,7 @@
 #include <span>
 #include <utility>
 
+#include "util/data.h"
 #include "util/mem-stream.h"
 #include "util/platform/platform.h"
 
@@ -16,9 +17,27 @@ namespace {
 // wherever the throwing lines move to.
 constexpr const char* kSourceFile = "lib/games/corvane/corvane-lib/src/ue4/util/ue4-binary-streams.cpp";
 constexpr int kInvalidSaveNumLine = 23;
+constexpr int kMissingKeyLine = 51;
 
 // std::isspace of the "C" locale, whatever the host program's locale is.
 bool IsWhitespace(char c) { return c == ' ' || (c >= '\t' && c <= '\r'); }
+
+// A compressed payload: int32 decompressed size, int32 compressed size, then the compressed stream. Returns
+// the payload itself if that fails. Sizes that the payload cannot hold are cut down to what it can, and then
+// it fails or not.
+std::vector<std::uint8_t> Decompressed(std::vector<std::uint8_t> payload) {
+    constexpr std::size_t kPrefixBytes = 8;
+    FDataReader prefix(payload.data(), payload.size(), CppUtilities::LittleEndian);
+    const auto size = static_cast<std::size_t>(std::max(prefix.ReadInt32(), 0));
+    const auto compressedSize = static_cast<std::size_t>(std::max(prefix.ReadInt32(), 0));
+
+    const auto stored = std::span(payload).subspan(std::min(kPrefixBytes, payload.size()));
+    const auto compressed = stored.first(std::min(compressedSize, stored.size()));
+    const bool possible = size <= orvel::util::data::largestDecompressedSize(compressed.size());
+    std::vector<std::uint8_t> output(possible ? size : 0);
+    const auto length = static_cast<std::int32_t>(compressed.size());
+    return orvel::util::data::decompress(compressed.data(), length, output) ? output : payload;
+}
 
 }  // namespace
 
@@ -89,6 +108,20 @@ std::vector<std::uint8_t> FStreamReader::ReadByteArray(std::int32_t maxCount) {
         m_reader->read(bytes, static_cast<std::uint64_t>(count));
     }
     return bytes;
+}
+
+std::vector<std::uint8_t> FStreamReader::ReadPayload(std::uint32_t size, std::uint8_t flags) {
+    std::vector<std::uint8_t> payload;
+    m_reader->read(payload, size);
+    if ((flags & kPayloadEncrypted) != 0) {
+        if (EncryptionKey.empty()) {
+            throw ReplayException("Data was encrypted, but encryption key was not set.", kSourceFile,
+                                  kMissingKeyLine);
+        }
+        payload = orvel::util::data::decrypt(payload, EncryptionKey);
+        if (payload.empty()) return payload;
+    }
+    return (flags & kPayloadCompressed) != 0 ? Decompressed(std::move(payload)) : payload;
 }
 
 FDataReader::FDataReader(const std::uint8_t* data, std::size_t size, Endianess endianness)

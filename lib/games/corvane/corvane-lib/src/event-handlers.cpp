@@ -1,0 +1,129 @@
+// Decoding of the three kinds of event.
+#include "games/corvane/corvane-lib/src/event-handlers.h"
+
+#include <bit>
+#include <string>
+
+#include "games/corvane/corvane-lib/src/guid.h"
+#include "games/corvane/corvane-lib/src/ue4/util/ue4-binary-streams.h"
+#include "util/console.h"
+
+namespace orvel::corvane {
+namespace {
+
+std::uint32_t WordAt(std::span<const std::uint8_t> payload, std::size_t offset) {
+    return payload[offset] | static_cast<std::uint32_t>(payload[offset + 1]) << 8 |
+           static_cast<std::uint32_t>(payload[offset + 2]) << 16 |
+           static_cast<std::uint32_t>(payload[offset + 3]) << 24;
+}
+
+bool HoldsLayout(std::span<const std::uint8_t> payload, std::size_t layoutBytes, const char* function) {
+    if (payload.size() >= layoutBytes) return true;
+    util::WriteConsole("[ orvel::corvane::" + std::string(function) + " ] Skipping event: payload of " +
+                       std::to_string(payload.size()) + " bytes, " + std::to_string(layoutBytes) +
+                       " expected.\n");
+    return false;
+}
+
+struct Position {
+    float X = 0;
+    float Y = 0;
+    float Z = 0;
+};
+
+Position ReadPosition(ue4::FStreamReader& archive) {
+    Position position;
+    position.X = archive.ReadFloat();
+    position.Y = archive.ReadFloat();
+    position.Z = archive.ReadFloat();
+    return position;
+}
+
+constexpr std::uint8_t kUnnamedBot = 3;
+constexpr std::uint8_t kNamedBot = 16;
+constexpr std::uint8_t kPlayer = 17;
+
+struct PlayerId {
+    std::uint8_t type = 0;
+    std::string text;
+};
+
+PlayerId ReadPlayerId(ue4::FStreamReader& archive) {
+    PlayerId id;
+    id.type = archive.ReadByte();
+    if (id.type == kUnnamedBot) {
+        id.text = "Unnamed Bot";
+    } else if (id.type == kNamedBot) {
+        archive.ReadString(id.text);
+    } else if (id.type == kPlayer) {
+        archive.Reader().skip(1);
+        const Guid player = ReadGuid(archive);
+        if (!archive.Reader().fail()) id.text = FormatGuid(player);
+    }
+    return id;
+}
+
+// role: "killed" or "killer", the beginning of all the keys.
+void AddParticipant(nlohmann::json& event, const std::string& role, const Position& position, PlayerId id) {
+    event[role + "X"] = double{position.X};
+    event[role + "Y"] = double{position.Y};
+    event[role + "Z"] = double{position.Z};
+    event[id.type == kPlayer ? role : role + "Bot"] = std::move(id.text);
+}
+
+}  // namespace
+
+bool ReadMatchStats(std::span<const std::uint8_t> payload, nlohmann::json& event) {
+    if (!HoldsLayout(payload, 48, "ReadMatchStats")) return false;
+    event = {
+        {"evtName", "AthenaMatchStats"},
+        {"accuracy", double{std::bit_cast<float>(WordAt(payload, 4))}},
+        {"assists", WordAt(payload, 8)},
+        {"kills", WordAt(payload, 12)},
+        {"weapon_damage", WordAt(payload, 16)},
+        {"other_damage", WordAt(payload, 20)},
+        {"revives", WordAt(payload, 24)},
+        {"damage_taken", WordAt(payload, 28)},
+        {"damage_to_structures", WordAt(payload, 32)},
+        {"materials_gathered", WordAt(payload, 36)},
+        {"materials_used", WordAt(payload, 40)},
+        {"total_traveled", WordAt(payload, 44)},
+    };
+    return true;
+}
+
+bool ReadMatchTeamStats(std::span<const std::uint8_t> payload, nlohmann::json& event) {
+    if (!HoldsLayout(payload, 12, "ReadMatchTeamStats")) return false;
+    event = {
+        {"evtName", "AthenaMatchTeamStats"},
+        {"finalRanking", WordAt(payload, 4)},
+        {"totalPlayers", WordAt(payload, 8)},
+    };
+    return true;
+}
+
+void ReadElimination(std::span<const std::uint8_t> payload, nlohmann::json& event) {
+    ue4::FDataReader archive(payload.data(), payload.size(), CppUtilities::LittleEndian);
+    CppUtilities::BinaryReader& reader = archive.Reader();
+    const std::int32_t length = archive.ReadInt32();
+    // A negative length is one that no payload holds.
+    if (length < 0) reader.runOut();
+    reader.skip(static_cast<std::uint64_t>(length));
+    reader.skip(8);
+    const Position killed = ReadPosition(archive);
+    reader.skip(28);
+    const Position killer = ReadPosition(archive);
+    reader.skip(12);
+    PlayerId killedId = ReadPlayerId(archive);
+    PlayerId killerId = ReadPlayerId(archive);
+    const std::uint8_t damageType = archive.ReadByte();
+    const bool knocked = archive.ReadUInt32() == 1;
+
+    event["evtName"] = "playerElim";
+    AddParticipant(event, "killed", killed, std::move(killedId));
+    AddParticipant(event, "killer", killer, std::move(killerId));
+    event["damageType"] = damageType;
+    event["knocked"] = knocked;
+}
+
+}  // namespace orvel::corvane

@@ -1,0 +1,41 @@
+// Decryption and decompression of payload bytes.
+#include "util/data.h"
+
+#include "oodle/oodle2/core/oodlelzcompressors.h"
+#include "util/aes.h"
+#include "util/console.h"
+
+namespace orvel::util::data {
+
+std::vector<std::uint8_t> decrypt(const std::vector<std::uint8_t>& data,
+                                  const std::vector<std::uint8_t>& key) {
+    // The block routine must not be given nothing: it has a last block.
+    if (data.empty()) return {};
+    std::vector<std::uint8_t> output(data.size());
+    const int result =
+        AesDecrypt(data.data(), data.size(), key.data(), key.size(), output.data(), output.size(), nullptr);
+    if (result == kAesSuccess) return output;
+    WriteConsole("[ orvel::util::data::decrypt ] Decryption failed.\n");
+    return {};
+}
+
+bool decompress(const std::uint8_t* compressed, std::int32_t compressedSize, std::vector<std::uint8_t>& out) {
+    constexpr int kFuzzSafe = 1;
+    constexpr int kNoCheckValues = 0;
+    constexpr int kQuiet = 0;
+    const std::ptrdiff_t decoded = OodleLZ_Decompress(
+        compressed, compressedSize, out.data(), static_cast<std::ptrdiff_t>(out.size()), kFuzzSafe,
+        kNoCheckValues, kQuiet, nullptr, 0, nullptr, nullptr, nullptr, 0, OodleLZ_Decode_Unthreaded);
+    if (decoded != 0) return true;
+    WriteConsole("[ orvel::util::data::decompress ] Failed to decompress data.\n");
+    return false;
+}
+
+std::uint64_t largestDecompressedSize(std::uint64_t compressedSize) {
+    // A block's header takes 2 bytes; the smallest quantum that can fill the block takes a 3-byte header and
+    // 1 more.
+    constexpr std::uint64_t kSmallestBlockBytes = 6;
+    return compressedSize / kSmallestBlockBytes * OODLELZ_BLOCK_LEN;
+}
+
+}  // namespace orvel::util::data

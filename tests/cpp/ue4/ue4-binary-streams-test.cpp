@@ -1,0 +1,120 @@
+// Engine encodings, and archives over files and memory.
+#include "games/corvane/corvane-lib/src/ue4/util/ue4-binary-streams.h"
+
+#include <gmock/gmock.h>
+
+#include "support/replay-builder.h"
+#include "util/platform/platform.h"
+
+namespace {
+
+using corvane_test::Bytes;
+using corvane_test::Writer;
+using CppUtilities::LittleEndian;
+using testing::EndsWith;
+using testing::HasSubstr;
+using testing::StartsWith;
+
+TEST(EngineString, is_read_as_this_formats_readers_do) {
+    using namespace std::string_literals;
+    struct Case {
+        const char* what;
+        Bytes bytes;
+        std::string text;
+        int rest;  // bytes left behind the string; -1: the data has run out
+    };
+    const Case cases[] = {
+        {"8-bit", Writer().Str("abcd").U8(9).bytes, "abcd", 1},
+        {"8-bit, length too short and ignored", Writer().I32(1).Add({'a', 'b', 0, 9}).bytes, "ab", 1},
+        {"8-bit, length too long and ignored", Writer().I32(INT32_MAX).Add({'a', 'b', 0, 9}).bytes, "ab", 1},
+        {"length 0 reads on to the next zero", Writer().I32(0).Add({'x', 'y', 0, 9}).bytes, "xy", 1},
+        {"empty", Writer().I32(1).U8(0).bytes, "", 0},
+        {"whitespace goes", Writer().Str(" A\tB \r\n\v\f").bytes, "AB", 0},
+        {"bytes pass as they are", Writer().Str("\xC3\xA9\x85\xA0").bytes, "\xC3\xA9\x85\xA0", 0},
+        {"UTF-16 keeps its zero", Writer().Str16(u"\u00E9!").U8(9).bytes, "\xC3\xA9!\0"s, 1},
+        {"UTF-16 whitespace goes", Writer().Str16(u" A\tB\u00A0").bytes, "AB\xC2\xA0\0"s, 0},
+        {"UTF-16 pair", Writer().Str16(u"\U0001F600").bytes, "\xF0\x9F\x98\x80\0"s, 0},
+        {"UTF-16 unpaired", Writer().I32(-2).U16(0xDC00).U16(0xD800).bytes, "\xEF\xBF\xBD\xEF\xBF\xBD", 0},
+        {"UTF-16 cut", Writer().I32(-3).U16('a').U16('b').U8(0).bytes, "", -1},
+        {"UTF-16 far too long", Writer().I32(-INT32_MAX).U16('a').bytes, "", -1},
+        {"8-bit without end", Writer().I32(3).Add({'a', 'b'}).bytes, "", -1},
+        {"no length", {5, 0}, "", -1},
+    };
+    for (const Case& c : cases) {
+        SCOPED_TRACE(c.what);
+        ue4::FDataReader archive(c.bytes.data(), c.bytes.size(), LittleEndian);
+        std::string text = "old";
+        archive.ReadString(text);
+        EXPECT_EQ(text, c.text);
+        EXPECT_EQ(archive.Reader().fail() ? -1 : static_cast<int>(archive.Reader().remaining()), c.rest);
+    }
+}
+
+TEST(EngineString, an_impossible_length_is_a_replay_exception) {
+    const Bytes bytes = Writer().I32(INT32_MIN).Str("x").bytes;
+    ue4::FDataReader archive(bytes.data(), bytes.size(), LittleEndian);
+    std::string text = "old";
+    try {
+        archive.ReadString(text);
+        ADD_FAILURE() << "nothing was thrown";
+    } catch (const ue4::ReplayException& exception) {
+        EXPECT_THAT(exception.what(), HasSubstr("ue4-binary-streams"));
+        EXPECT_THAT(exception.what(), EndsWith(":23: Invalid SaveNum, corrupted FArchive."));
+    }
+    EXPECT_EQ(text, "");
+}
+
+TEST(EngineValues, of_each_type) {
+    const Bytes bytes = Writer().I32(-2).U64(0x1122334455667788).U32(2).U32(0).F32(-1.5F).U8(0xFE).bytes;
+    ue4::FDataReader archive(bytes.data(), bytes.size(), LittleEndian);
+    EXPECT_EQ(archive.ReadInt32(), -2);
+    EXPECT_EQ(archive.ReadUInt64(), 0x1122334455667788U);
+    EXPECT_TRUE(archive.ReadBool());
+    EXPECT_FALSE(archive.ReadBool());
+    EXPECT_EQ(archive.ReadFloat(), -1.5F);
+    EXPECT_EQ(archive.ReadByte(), 0xFE);
+    EXPECT_FALSE(archive.Reader().fail());
+    EXPECT_EQ(archive.ReadFloat(), 0);
+    EXPECT_TRUE(archive.Reader().fail());
+}
+
+TEST(EngineValues, a_byte_array_is_as_long_as_its_count_or_fails) {
+    for (const auto& [count, most, good] :
+         {std::tuple(3, 3, true), std::tuple(0, 3, true), std::tuple(4, 3, false), std::tuple(4, 100, false),
+          std::tuple(-1, 100, false), std::tuple(INT32_MIN, 100, false),
+          std::tuple(INT32_MAX, INT32_MAX, false)}) {
+        SCOPED_TRACE(count);
+        const Bytes bytes = Writer().I32(count).Add({1, 2, 3}).bytes;
+        ue4::FDataReader archive(bytes.data(), bytes.size(), LittleEndian);
+        const Bytes array = archive.ReadByteArray(most);
+        EXPECT_EQ(archive.Reader().fail(), !good);
+        EXPECT_EQ(array.size(), good ? static_cast<std::size_t>(count) : 0U);
+    }
+}
+
+TEST(FArchiveReader, opens_what_is_a_file_and_nothing_else) {
+    const auto folder = orvel::util::platform::WideFromPath(std::filesystem::temp_directory_path());
+    for (const std::wstring& path : {std::wstring(L"/no/such/file.replay"), std::wstring(), folder}) {
+        try {
+            ue4::FArchiveReader archive(path, LittleEndian, false);
+            ADD_FAILURE() << "nothing was thrown";
+        } catch (const std::ios_base::failure& failure) {
+            EXPECT_THAT(failure.what(), StartsWith("ios_base::failbit set"));
+        }
+    }
+}
+
+TEST(FArchiveReader, throws_when_the_data_runs_out_and_sees_what_is_written_meanwhile) {
+    const corvane_test::TemporaryFile file(Writer().U32(1).bytes);
+    std::ofstream game(file.path, std::ios_base::binary | std::ios_base::app);
+    ue4::FArchiveReader archive(file.WidePath(), LittleEndian, true);
+    EXPECT_EQ(archive.ReadUInt32(), 1U);
+    EXPECT_THROW(archive.ReadUInt32(), std::ios_base::failure);
+    EXPECT_TRUE(archive.Reader().eof());
+    game.write("\2\0\0\0", 4).flush();
+    archive.Reader().clear();
+    archive.Reader().seekg(4);
+    EXPECT_EQ(archive.ReadUInt32(), 2U);
+}
+
+}  // namespace

@@ -1,0 +1,191 @@
+// The binary reader over memory and over streams that throw.
+#include "util/binary-reader.h"
+
+#include <sstream>
+#include <vector>
+
+#include <gmock/gmock.h>
+
+#include "util/mem-stream.h"
+#include "util/stream-reader.h"
+
+namespace {
+
+using CppUtilities::BigEndian;
+using CppUtilities::BinaryReader;
+using CppUtilities::LittleEndian;
+using Bytes = std::vector<std::uint8_t>;
+
+// A reader over memory that holds its bytes.
+struct MemoryReader {
+    explicit MemoryReader(Bytes content, CppUtilities::Endianess order = LittleEndian)
+        : bytes(std::move(content)),
+          reader(new orvel::util::MemStream(bytes.data(), bytes.size()), order, true) {}
+    BinaryReader* operator->() { return &reader; }
+
+    Bytes bytes;
+    BinaryReader reader;
+};
+
+TEST(BinaryReader, integers_follow_the_byte_order_asked_for) {
+    const Bytes bytes = {0x81, 2, 3, 4, 0x81, 2, 3, 4, 0x81, 2, 3, 4, 1, 2, 3, 4, 5, 6, 7, 0x88};
+    for (const auto& [order, word, wide] : {std::tuple(LittleEndian, 0x04030281U, 0x8807060504030201U),
+                                            std::tuple(BigEndian, 0x81020304U, 0x0102030405060788U)}) {
+        MemoryReader reader(bytes, order);
+        std::uint32_t value = 0;
+        reader->read(value);
+        EXPECT_EQ(value, word);
+        EXPECT_EQ(reader->readInt32LE(), 0x04030281);
+        EXPECT_EQ(reader->readInt32BE(), static_cast<std::int32_t>(0x81020304U));
+        std::uint64_t long_value = 0;
+        reader->read(long_value);
+        EXPECT_EQ(long_value, wide);
+    }
+}
+
+TEST(BinaryReader, a_failed_read_leaves_the_value_and_makes_all_later_reads_fail) {
+    MemoryReader reader({1, 0, 0, 0, 2, 0});
+    std::int32_t value = 0;
+    reader->read(value);
+    EXPECT_FALSE(reader->fail());
+    reader->read(value);
+    EXPECT_EQ(value, 1);
+    EXPECT_TRUE(reader->fail() && reader->eof());
+    EXPECT_EQ(reader->readInt32LE(), 0);
+    EXPECT_EQ(reader->readTerminatedString(), "");
+    EXPECT_EQ(reader->remaining(), 0U);
+}
+
+TEST(BinaryReader, memory_has_no_position_and_may_be_empty) {
+    MemoryReader reader({});
+    EXPECT_EQ(reader->tellg(), -1);
+    EXPECT_FALSE(reader->fail());
+    char byte = 9;
+    reader->read(&byte, 1);
+    EXPECT_TRUE(reader->fail() && reader->eof());
+    MemoryReader other({1});
+    other->seekg(0);
+    EXPECT_TRUE(other->fail());
+}
+
+TEST(BinaryReader, strings_end_where_their_form_says) {
+    MemoryReader reader({'a', 'b', 0, 'c', ';', 'd', 0, 0x3D, 0xD8, 3, 0, 0, 0, 'x', 0, 'y', 'z'});
+    EXPECT_EQ(reader->readTerminatedString(), "ab");
+    EXPECT_EQ(reader->readTerminatedString(';'), "c");
+    EXPECT_EQ(reader->readWString(2), (std::wstring{L'd', wchar_t{0xD83D}}));
+    std::string text;
+    reader->read(text);
+    EXPECT_EQ(text, std::string("x\0y", 3));
+    EXPECT_EQ(reader->readTerminatedString(), "");  // its end is missing
+    EXPECT_TRUE(reader->fail());
+}
+
+// Lengths out of hostile files, each with as many bytes behind it as make the boundary interesting.
+TEST(BinaryReader, a_length_that_the_stream_does_not_hold_takes_no_memory) {
+    for (const std::uint64_t length : {11ULL, 5000ULL, 0x7FFFFFFFULL, 0xFFFFFFFFULL, ~0ULL}) {
+        SCOPED_TRACE(length);
+        Bytes bytes{1};
+        MemoryReader vector(Bytes(10));
+        vector->read(bytes, length);
+        EXPECT_TRUE(vector->fail() && bytes.empty());
+        EXPECT_LE(bytes.capacity(), 5000U);
+
+        MemoryReader wide(Bytes(10));
+        EXPECT_EQ(wide->readWString(length), L"");
+        EXPECT_TRUE(wide->fail());
+
+        MemoryReader skipped(Bytes(10));
+        skipped->skip(length);
+        EXPECT_TRUE(skipped->fail());
+    }
+    MemoryReader text({0xFF, 0xFF, 0xFF, 0xFF, 'a'});
+    std::string string = "before";
+    text->read(string);
+    EXPECT_TRUE(text->fail() && string.empty());
+}
+
+TEST(BinaryReader, all_that_the_stream_holds_can_be_read_and_skipped) {
+    Bytes bytes;
+    MemoryReader vector(Bytes(5000, 7));
+    vector->skip(1);
+    EXPECT_EQ(vector->remaining(), 4999U);
+    vector->read(bytes, 4999);
+    EXPECT_EQ(bytes, Bytes(4999, 7));
+    vector->skip(0);
+    EXPECT_FALSE(vector->fail());
+}
+
+TEST(BinaryReader, a_string_longer_than_any_name_is_data_that_runs_out) {
+    constexpr std::size_t kMost = BinaryReader::kMaxStringBytes;
+    for (const std::size_t length : {kMost, kMost + 1}) {
+        Bytes bytes(length, 'a');
+        bytes.push_back(0);
+        MemoryReader reader(bytes);
+        EXPECT_EQ(reader->readTerminatedString().size(), length == kMost ? length : 0U);
+        EXPECT_EQ(reader->fail(), length != kMost);
+    }
+    MemoryReader longest(Bytes(2 * kMost, 'a'));
+    EXPECT_EQ(longest->readWString(kMost / 2).size(), kMost / 2);
+    EXPECT_EQ(longest->readWString(kMost / 2 + 1).size(), 0U);
+}
+
+// A medium that fails, as a file on a drive that is gone.
+struct BrokenBuffer : std::streambuf {
+    int_type underflow() override { throw std::ios_base::failure("error reading the file"); }
+};
+
+// The texts of the standard libraries differ; ours does not.
+TEST(BinaryReader, a_stream_failure_has_one_text) {
+    std::stringbuf text("12345");
+    BrokenBuffer broken;
+    struct Case {
+        const char* text;
+        std::streambuf* buffer;
+        void (*operation)(BinaryReader&);
+    };
+    const Case cases[] = {
+        {"ios_base::failbit set", &text, [](BinaryReader& r) { r.skip(4), r.readInt32LE(); }},
+        {"ios_base::failbit set", &text, [](BinaryReader& r) { r.readTerminatedString(); }},
+        {"ios_base::failbit set", &text, [](BinaryReader& r) { r.readWString(1000); }},
+        {"ios_base::failbit set", &text, [](BinaryReader& r) { r.skip(1000); }},
+        {"ios_base::failbit set", &text, [](BinaryReader& r) { r.seekg(-1); }},
+        {"ios_base::badbit set", &broken, [](BinaryReader& r) { r.readInt32LE(); }},
+        {"ios_base::badbit set", &broken, [](BinaryReader& r) { r.readTerminatedString(); }},
+    };
+    for (const Case& c : cases) {
+        text.pubseekpos(0);
+        std::istream stream(c.buffer);
+        stream.exceptions(std::ios_base::failbit | std::ios_base::badbit);
+        BinaryReader reader(&stream, LittleEndian, false);
+        try {
+            c.operation(reader);
+            ADD_FAILURE() << "nothing was thrown";
+        } catch (const std::ios_base::failure& failure) {
+            EXPECT_THAT(failure.what(), testing::StartsWith(c.text));
+            EXPECT_STREQ(reader.failureText(), c.text);
+        }
+    }
+}
+
+TEST(BinaryReader, remaining_keeps_the_position_of_a_stream_that_has_one) {
+    std::istringstream stream("0123456789");
+    BinaryReader reader(&stream, LittleEndian, false);
+    reader.seekg(4);
+    EXPECT_EQ(reader.remaining(), 6U);
+    EXPECT_EQ(reader.tellg(), 4);
+    reader.seekg(40);
+    EXPECT_EQ(reader.remaining(), 0U);
+}
+
+TEST(StreamReader, reads_strings_in_the_binary_readers_own_form) {
+    struct Reader : orvel::util::StreamReader {
+        explicit Reader(std::istream* stream) {
+            m_reader = std::make_unique<BinaryReader>(stream, LittleEndian, true);
+        }
+    } reader(new std::istringstream(std::string("\2\0\0\0hi!", 7)));
+    std::string text;
+    reader.ReadString(text);
+    EXPECT_EQ(text, "hi");
+}
+
+}  // namespace

@@ -1,0 +1,104 @@
+// Replay files for tests, written field by field.
+#pragma once
+
+#include <cstdint>
+#include <filesystem>
+#include <initializer_list>
+#include <string>
+#include <string_view>
+#include <vector>
+
+namespace corvane_test {
+
+using Bytes = std::vector<std::uint8_t>;
+
+// Little-endian fields one after another.
+class Writer {
+  public:
+    Writer& U8(std::uint8_t value);
+    Writer& U16(std::uint16_t value);
+    Writer& U32(std::uint32_t value);
+    Writer& I32(std::int32_t value) { return U32(static_cast<std::uint32_t>(value)); }
+    Writer& U64(std::uint64_t value);
+    Writer& F32(float value);
+    Writer& Fill(std::size_t count, std::uint8_t value = 0);
+    Writer& Add(const Bytes& bytes);
+    // An engine string of 8-bit characters, its zero included in the SaveNum.
+    Writer& Str(std::string_view text);
+    // An engine string of UTF-16 units, its zero included in the SaveNum.
+    Writer& Str16(std::u16string_view units);
+
+    Bytes bytes;
+};
+
+Bytes Join(std::initializer_list<Bytes> parts);
+Bytes Sequence(std::uint8_t first, std::size_t count);  // first, first + 1, ...
+
+struct InfoBlock {
+    std::uint32_t magic = 0x1CA2E27F;
+    std::uint32_t version = 6;
+    std::uint32_t lengthInMs = 1500;
+    std::string friendlyName = "Replay";
+    std::uint32_t isLive = 0;
+    std::uint64_t timestamp = 637000000000000000;
+    std::uint32_t compressed = 0;
+    std::uint32_t encrypted = 0;
+    Bytes key = {};
+
+    Bytes Build() const;
+};
+
+struct Header {
+    std::uint32_t magic = 0x2CF5A13D;
+    std::uint32_t version = 14;
+    std::uint32_t engineVersion = 23;
+    std::vector<std::string> levels = {"/Game/Maps/Island"};
+    std::vector<std::string> gameData = {"SubGame=Athena"};
+
+    Bytes Build() const;
+};
+
+enum ChunkType : std::uint32_t { kHeader = 0, kData = 1, kCheckpoint = 2, kEvent = 3, kCleared = 0xFFFFFFFF };
+
+Bytes Chunk(std::uint32_t type, const Bytes& payload);
+
+struct Event {
+    std::string id = "id";
+    std::string group = "group";
+    std::string metadata = "metadata";
+    std::uint32_t time1 = 1000;
+    std::uint32_t time2 = 1001;
+    Bytes data = {};
+
+    Bytes Build() const;  // the whole chunk
+};
+
+Bytes MatchStats();      // 48 bytes: accuracy 0.5, then 1 to 10
+Bytes MatchTeamStats();  // 12 bytes: ranking 3, players 100
+
+Bytes NoId(std::uint8_t type);
+Bytes NamedBotId(std::string_view name);
+Bytes PlayerId();  // 00 01 .. 0f
+
+struct Elimination {
+    Bytes skipped = Sequence(0, 5);
+    Bytes killed = PlayerId();
+    Bytes killer = NamedBotId("Bot");
+    std::uint32_t knocked = 1;
+
+    Bytes Build() const;  // killed at 1, 2, 3; killer at 4, 5, 6.5; damage type 7
+};
+
+// A file with these bytes, for as long as the object lives.
+class TemporaryFile {
+  public:
+    explicit TemporaryFile(const Bytes& bytes);
+    ~TemporaryFile();
+    TemporaryFile(const TemporaryFile&) = delete;
+    TemporaryFile& operator=(const TemporaryFile&) = delete;
+
+    std::wstring WidePath() const;
+    const std::filesystem::path path;
+};
+
+}  // namespace corvane_test
