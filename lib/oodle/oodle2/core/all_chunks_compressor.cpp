@@ -59,7 +59,7 @@ CompressedStep GetCompressedStepForRawStep(const std::uint8_t* comp, std::ptrdif
 OodleLZ_Compressor OodleLZ_GetAllChunksCompressor(const void* compBuf, std::ptrdiff_t compBufSize,
                                                   std::ptrdiff_t rawLen) {
     const auto* const comp = static_cast<const std::uint8_t*>(compBuf);
-    const auto size = static_cast<std::size_t>(std::max<std::ptrdiff_t>(compBufSize, 0));
+    const auto size = comp && compBufSize > 0 ? static_cast<std::size_t>(compBufSize) : 0;
     std::span<const std::uint8_t> rest(comp, size);
     OodleLZ_Compressor answer = oo2::CompressorAt(rest);
     std::ptrdiff_t rawPos = 0;

@@ -19,7 +19,7 @@ struct OodleLZDecoderState {
     std::int32_t callsWithoutProgress = 0;
     BlockHeader block;               // the last block header
     std::ptrdiff_t scratchSize = 0;  // bytes the memory holds from here on, this state included
-    bool ownsMemory = false;         // the memory came from the allocator hook
+    void* ownedMemory = nullptr;     // what to give back to the allocator hook at the end, if anything
 };
 
 // What the state takes of the scratch size, whichever the compressor.

@@ -56,7 +56,7 @@ void* OodleMalloc(std::ptrdiff_t bytes);
 void OodleFree(void* memory);
 
 // Whether a 64-bit length fits the signed size of this machine; logs the error when it does not.
-[[nodiscard]] bool FitsSignedSize(std::int64_t length,
-                                  std::int64_t limit = std::numeric_limits<std::ptrdiff_t>::max());
+inline constexpr std::int64_t kSignedSizeLimit = std::numeric_limits<std::ptrdiff_t>::max();
+[[nodiscard]] bool FitsSignedSize(std::int64_t length, std::int64_t limit = kSignedSizeLimit);
 
 }  // namespace oo2

@@ -12,7 +12,6 @@ namespace {
 
 constexpr std::ptrdiff_t kStackScratchLimit = 0x8000;
 constexpr std::int64_t kChunkLen = 0x20000;
-constexpr std::ptrdiff_t kChunkScratchBase = 32 + 53'248;
 
 // One call of OodleLZ_Decompress, its steps in the order in which they fail.
 class Call {
@@ -58,9 +57,10 @@ bool Call::FindWindow() {
     }
     backup_ = static_cast<std::int64_t>(begin - base);
     rawPos_ = backup_;
+    if (!FitsSignedSize(args_.rawLen, kSignedSizeLimit - backup_)) return false;
     rawEnd_ = backup_ + args_.rawLen;
     windowEnd_ = args_.decBufSize > 0 ? args_.decBufSize : rawEnd_;
-    return FitsSignedSize(rawEnd_);
+    return true;
 }
 
 bool Call::PhaseIsPossible() {
@@ -115,18 +115,18 @@ std::ptrdiff_t Call::RunInSomeMemory() {
     void* const memory = OodleMalloc(needed);
     if (!memory) return 0;
     OodleLZDecoderState* const state = PlaceDecoderState(memory, needed);
-    state->ownsMemory = true;
-    const std::ptrdiff_t result = RunIn(*state);
-    if (state->ownsMemory) OodleFree(memory);
-    return result;
+    state->ownedMemory = memory;
+    return RunIn(*state);
 }
 
 std::ptrdiff_t Call::RunIn(OodleLZDecoderState& state) {
     state.rawPos = rawPos_;
     state.windowEnd = windowEnd_;
     state.resetPos = 0;  // so that the dictionary is within reach
-    if (Loop(state) && rawPos_ < rawEnd_)
+    if (Loop(state) && rawPos_ < rawEnd_) {
         Fail("OODLE ERROR : LZ corruption : OodleLZ_Decompress not enough comp buf\n");
+    }
+    if (state.ownedMemory) OodleFree(state.ownedMemory);
     if (rawPos_ != rawEnd_) {
         Fail("OODLE ERROR : LZ corruption : OodleLZ_Decompress failed (%d != %d)\n",
              static_cast<int>(rawPos_), static_cast<int>(rawEnd_));
@@ -180,7 +180,8 @@ std::ptrdiff_t ScratchSizeNeeded(OodleLZ_Compressor compressor, std::int64_t win
     const std::int64_t chunk = windowEnd >= 1 && windowEnd < kChunkLen ? windowEnd : kChunkLen;
     const bool isMermaid =
         compressor == OodleLZ_Compressor_Mermaid || compressor == OodleLZ_Compressor_Selkie;
-    return kStateSize + kChunkScratchBase + static_cast<std::ptrdiff_t>(chunk * (isMermaid ? 2 : 3));
+    const auto n = static_cast<std::size_t>(chunk);
+    return kStateSize + static_cast<std::ptrdiff_t>(KrakenChunkScratch(n) - (isMermaid ? n : 0));
 }
 
 OodleLZDecoderState* PlaceDecoderState(void* memory, std::ptrdiff_t size) {

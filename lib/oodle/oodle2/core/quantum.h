@@ -18,13 +18,18 @@ struct Phases {
     bool Threaded() const { return !(unpack && write); }
 };
 
+// Scratch that an LZ chunk of n raw bytes must be given: kChunkScratchBase and 2n, and for all but Mermaid n
+// more.
+inline constexpr std::size_t kChunkScratchBase = 32 + 53'248;
+constexpr std::size_t KrakenChunkScratch(std::size_t n) { return 3 * n + kChunkScratchBase; }
+
 struct Quantum {
     std::uint8_t* raw = nullptr;  // where the output goes
     std::size_t rawLen = 0;       // at most 262,144
     std::span<const std::uint8_t> payload;
     std::size_t bytesSinceReset = 0;  // how far before `raw` matches may reach
     std::int64_t rawPos = 0;          // of `raw` in the window
-    std::span<std::uint8_t> scratch;  // begins at a multiple of 16
+    std::span<std::uint8_t> scratch;
     Phases phases;
     DecodePath path = DecodePath::Fast;
 };

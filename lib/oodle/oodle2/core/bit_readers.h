@@ -1,0 +1,119 @@
+// The bit readers of the entropy-coded layouts. Each runs over a byte range forward from its first byte or
+// backward from its last, and takes each byte's bits from bit 7 down (MSB) or from bit 0 up (LSB). A
+// multi-bit value has its first bit as its most significant bit in an MSB reader, as its least significant in
+// an LSB one.
+//
+// Invariants: a reader may look past the end of its range, where every byte is 0, and touches no memory
+// there; it never fails. Whether it consumed past the end is asked afterwards, with BytesUsed: a partly used
+// byte counts.
+#pragma once
+
+#include <bit>
+#include <cstddef>
+#include <cstdint>
+#include <cstring>
+#include <span>
+
+namespace oo2 {
+
+static_assert(std::endian::native == std::endian::little, "the multi-byte loads are little-endian");
+
+template <typename Word>
+Word Load(const std::uint8_t* from) {
+    Word word;
+    std::memcpy(&word, from, sizeof(word));
+    return word;
+}
+
+inline std::uint32_t SwapBytes(std::uint32_t word) { return __builtin_bswap32(word); }
+inline std::uint64_t SwapBytes(std::uint64_t word) { return __builtin_bswap64(word); }
+
+enum class Direction { Forward, Backward };
+
+// A range of bytes in reading order, and a bit position in it.
+template <Direction kDirection>
+class BitCursor {
+  public:
+    explicit BitCursor(std::span<const std::uint8_t> range) : range_(range) {}
+
+    std::size_t BitsUsed() const { return bitPos_; }
+    std::size_t BytesUsed() const { return (bitPos_ + 7) / 8; }
+    bool IsPastEnd() const { return BytesUsed() > range_.size(); }
+
+    void Skip(std::size_t bits) { bitPos_ += bits; }
+
+  protected:
+    // The 8 bytes from the position's byte on, the first in the lowest bits.
+    std::uint64_t Bytes() const {
+        const std::size_t at = bitPos_ / 8;
+        if (at + 8 > range_.size()) return BytesNearEnd(at);
+        if constexpr (kDirection == Direction::Forward) return Load<std::uint64_t>(range_.data() + at);
+        return SwapBytes(Load<std::uint64_t>(range_.data() + range_.size() - at - 8));
+    }
+
+    unsigned BitInByte() const { return static_cast<unsigned>(bitPos_ % 8); }
+
+  private:
+    [[gnu::noinline]] std::uint64_t BytesNearEnd(std::size_t at) const {
+        std::uint64_t word = 0;
+        for (unsigned i = 0; i < 8 && at + i < range_.size(); ++i) {
+            const std::size_t index =
+                kDirection == Direction::Forward ? at + i : range_.size() - 1 - (at + i);
+            word |= std::uint64_t{range_[index]} << (8 * i);
+        }
+        return word;
+    }
+
+    std::span<const std::uint8_t> range_;
+    std::size_t bitPos_ = 0;
+};
+
+template <Direction kDirection>
+class MsbReader : public BitCursor<kDirection> {
+  public:
+    using BitCursor<kDirection>::BitCursor;
+
+    // The next 57 bits or more, from bit 63 down.
+    std::uint64_t Window() const { return SwapBytes(this->Bytes()) << this->BitInByte(); }
+
+    // 0 to 31 bits.
+    std::uint32_t Peek(unsigned count) const {
+        return static_cast<std::uint32_t>(Window() >> 32) >> 1 >> (31 - count);
+    }
+    std::uint32_t Read(unsigned count) {
+        const std::uint32_t value = Peek(count);
+        this->Skip(count);
+        return value;
+    }
+
+    // The number of 0 bits before the next 1, which is taken too; kEndlessUnary or more if none is near.
+    unsigned ReadUnary() {
+        const auto zeros = static_cast<unsigned>(std::countl_zero(Window()));
+        this->Skip(zeros + 1);
+        return zeros;
+    }
+};
+
+// No unary number of a valid stream is as long.
+inline constexpr unsigned kEndlessUnary = 32;
+
+template <Direction kDirection>
+class LsbReader : public BitCursor<kDirection> {
+  public:
+    using BitCursor<kDirection>::BitCursor;
+
+    // The next 25 bits or more, from bit 0 up.
+    std::uint32_t Window() const { return static_cast<std::uint32_t>(this->Bytes() >> this->BitInByte()); }
+
+    // 0 to 25 bits.
+    std::uint32_t Read(unsigned count) {
+        const std::uint32_t value = Window() & ((1u << count) - 1);
+        this->Skip(count);
+        return value;
+    }
+};
+
+// 0, -1, 1, -2, 2, ... for 0, 1, 2, 3, 4, ...
+constexpr int ZigZag(unsigned value) { return static_cast<int>(value >> 1) ^ -static_cast<int>(value & 1); }
+
+}  // namespace oo2

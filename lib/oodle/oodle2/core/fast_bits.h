@@ -1,0 +1,70 @@
+// The window through which the fast loops read an LSB stream.
+#pragma once
+
+#include "oodle/oodle2/core/bit_readers.h"
+
+namespace oo2 {
+
+// `bits` holds the stream's next bits from bit 0 up, and above them zeros that end with a single 1, the
+// marker. Taking n bits is a shift by n; as the marker moves down with the bits, the number of leading zeros
+// tells how many bits are gone since Refill, and nothing else needs to be counted.
+//
+// Refill loads the whole bytes from `ptr` on, drops the bits of the first that were taken before, and puts
+// the marker on the top bit. At least kBits can then be taken: of the word's bits, the marker's and at most 7
+// dropped ones are lost. The word must lie within memory that may be read: see CanRefill.
+template <Direction kDirection>
+struct FastBits {
+    using Word = std::size_t;
+    static constexpr unsigned kWordBits = 8 * sizeof(Word);
+    static constexpr unsigned kBits = kWordBits - 1 - 7;
+    static constexpr Word kMarker = Word{1} << (kWordBits - 1);
+
+    // From the position of a reader of `range` on.
+    FastBits(std::span<const std::uint8_t> range, const LsbReader<kDirection>& reader)
+        : origin(kDirection == Direction::Forward ? range.data() : range.data() + range.size()),
+          ptr(Advance(origin, reader.BitsUsed() / 8)),
+          bits(kMarker >> reader.BitsUsed() % 8) {}
+
+    // Whether the next word lies within `memory`, of which `ptr` is a part or the end.
+    bool CanRefill(std::span<const std::uint8_t> memory) const {
+        const std::ptrdiff_t room =
+            kDirection == Direction::Forward ? memory.data() + memory.size() - ptr : ptr - memory.data();
+        return room >= kRefillRoom;
+    }
+
+    void Refill() {
+        const unsigned taken = Taken();
+        ptr = Advance(ptr, taken / 8);
+        Word word;
+        if constexpr (kDirection == Direction::Forward) {
+            word = Load<Word>(ptr);
+        } else {
+            word = SwapBytes(Load<Word>(ptr - sizeof(Word)));
+        }
+        bits = (word | kMarker) >> taken % 8;
+    }
+
+    // Bits taken since the start of the range.
+    std::size_t BitsUsed() const {
+        const std::ptrdiff_t bytes = kDirection == Direction::Forward ? ptr - origin : origin - ptr;
+        return 8 * static_cast<std::size_t>(bytes) + Taken();
+    }
+
+    const std::uint8_t* origin;
+    const std::uint8_t* ptr;
+    Word bits;
+
+  private:
+    // Refill first moves by the bytes taken since the last one, less than a word, and then reads one.
+    static constexpr std::ptrdiff_t kRefillRoom = 2 * sizeof(Word);
+
+    static const std::uint8_t* Advance(const std::uint8_t* from, std::size_t bytes) {
+        return kDirection == Direction::Forward ? from + bytes : from - bytes;
+    }
+    unsigned Taken() const {
+        if constexpr (sizeof(Word) == 8) return static_cast<unsigned>(__builtin_clzll(bits));
+        return static_cast<unsigned>(__builtin_clz(static_cast<unsigned>(bits)));
+    }
+};
+
+}  // namespace oo2

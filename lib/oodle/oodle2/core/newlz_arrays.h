@@ -1,0 +1,74 @@
+// Byte arrays, of which every coded quantum is made: a header that tells the coding and both lengths, then
+// the coded bytes.
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+#include <optional>
+#include <span>
+
+#include "oodle/oodle2/core/quantum.h"
+
+namespace oo2 {
+
+enum class ArrayType : std::uint8_t {
+    Stored = 0,
+    Tans = 1,
+    Huffman = 2,
+    RunLength = 3,
+    HuffmanSplit = 4,
+    Multi = 5,
+    Count = 6,
+};
+
+struct ArrayHeader {
+    ArrayType type = ArrayType::Stored;
+    std::size_t size = 0;     // bytes of the header itself
+    std::size_t rawLen = 0;   // at most 262,144
+    std::size_t compLen = 0;  // bytes after the header
+};
+
+// Where arrays are decoded that have no other place, and what bounds the decoding of arrays inside arrays.
+struct ArrayScratch {
+    std::uint8_t* next = nullptr;
+    std::uint8_t* end = nullptr;
+    DecodePath path = DecodePath::Fast;
+    unsigned depth = 0;  // arrays around the one to read
+    // Raw bytes that the arrays inside this one may still have in all: a few bytes of input can ask for
+    // hundreds of thousands, many times over. The budget lets the deepest nesting hold the largest array at
+    // every level.
+    std::size_t innerBytesLeft = kMaxNesting * kMaxArrayLen;
+
+    static constexpr unsigned kMaxNesting = 16;
+    static constexpr std::size_t kMaxArrayLen = 0x40000;
+
+    std::size_t Left() const { return static_cast<std::size_t>(end - next); }
+};
+
+struct DecodedArray {
+    std::span<const std::uint8_t> bytes;  // in the input when stored; else at `dest` or in scratch
+    std::size_t compUsed = 0;             // header included
+};
+
+// Reads the array at the start of `in`, of at most `capacity` raw bytes, into `dest`, or, when that is null,
+// into scratch, whose `next` then moves past it; a stored array is not copied anywhere. Nothing if it is
+// corrupt or too long; beyond the lines that say what is corrupt, that is for the caller to report.
+std::optional<DecodedArray> newLZ_get_array(std::span<const std::uint8_t> in, std::uint8_t* dest,
+                                            std::size_t capacity, ArrayScratch& scratch);
+
+// Reads the header alone, under the same conditions.
+std::optional<ArrayHeader> newLZ_get_array_header(std::span<const std::uint8_t> in, std::size_t capacity);
+
+// newLZ_get_array, except that a stored array is copied to `dest` too.
+std::optional<DecodedArray> newLZ_get_array_copy(std::span<const std::uint8_t> in, std::uint8_t* dest,
+                                                 std::size_t capacity, ArrayScratch& scratch);
+
+// The decoders of the codings. Each takes all of `comp`, fills all of `out`, or returns false.
+bool newLZ_decode_tans(std::span<const std::uint8_t> comp, std::span<std::uint8_t> out, DecodePath path);
+bool newLZ_decode_huff(std::span<const std::uint8_t> comp, std::span<std::uint8_t> out, bool split,
+                       DecodePath path);
+bool newLZ_decode_rle(std::span<const std::uint8_t> comp, std::span<std::uint8_t> out, ArrayScratch& scratch);
+bool newLZ_decode_multi(std::span<const std::uint8_t> comp, std::span<std::uint8_t> out,
+                        ArrayScratch& scratch);
+
+}  // namespace oo2

@@ -1,0 +1,143 @@
+// tANS arrays: five states that take turns, fed from both ends of the data.
+#include "oodle/oodle2/core/fast_bits.h"
+#include "oodle/oodle2/core/newlz_arrays.h"
+#include "oodle/oodle2/core/newlz_tans.h"
+#include "oodle/oodle2/core/oodlebase.h"
+
+namespace oo2 {
+namespace {
+
+constexpr std::size_t kStates = 5;
+constexpr std::size_t kLeastComp = 8;
+constexpr std::uint32_t kLargestLastState = 255;
+
+// Data: F, LSB forward from its first byte, and R, LSB backward from its last; they end where they meet.
+//   five states of the table's bits each: 0, 2 and 4 from F, 1 and 3 from R
+//   the bits of all output bytes but five: byte i is the symbol of state i % 5, whose next bits come from F
+//   for five bytes, from R for the next five, and so on the last five bytes are what the states themselves
+//   have come to
+class TansDecoder {
+  public:
+    TansDecoder(std::span<const std::uint8_t> data, const TansTable& table, std::span<std::uint8_t> out)
+        : data_(data), table_(table), out_(out), forward_(data), backward_(data) {}
+
+    bool Start(unsigned tableBits);
+    void RunFast();
+    bool Finish();
+
+  private:
+    bool EndsMeet() const;
+
+    const std::span<const std::uint8_t> data_;
+    const TansTable& table_;
+    const std::span<std::uint8_t> out_;
+    std::size_t done_ = 0;  // of out_
+    LsbReader<Direction::Forward> forward_;
+    LsbReader<Direction::Backward> backward_;
+    std::array<std::uint32_t, kStates> states_{};
+};
+
+bool TansDecoder::Start(unsigned tableBits) {
+    for (std::size_t i = 0; i < kStates; ++i)
+        states_[i] = i % 2 == 0 ? forward_.Read(tableBits) : backward_.Read(tableBits);
+    return Check(forward_.BytesUsed() + backward_.BytesUsed() <= data_.size(),
+                 "OODLE ERROR : corruption : in1 >= in0\n");
+}
+
+template <typename Reader>
+std::uint8_t StepState(std::uint32_t& state, Reader& reader, const TansTable& table) {
+    const TansState at = table.states[state];
+    state = at.base + reader.Read(at.bits);
+    return at.symbol;
+}
+
+template <Direction kDirection>
+void StepFast(std::uint32_t& state, FastBits<kDirection>& window, const TansTable& table, std::uint8_t& out) {
+    const TansState at = table.states[state];
+    state = at.base + (static_cast<std::uint32_t>(window.bits) & ((1u << at.bits) - 1));
+    window.bits >>= at.bits;
+    out = at.symbol;
+}
+
+// Five steps of one reader, with as few refills as its word allows.
+template <Direction kDirection>
+void RunFive(std::array<std::uint32_t, kStates>& states, FastBits<kDirection>& window, const TansTable& table,
+             std::uint8_t* out) {
+    constexpr std::size_t kSteps = FastBits<kDirection>::kBits / kMaxTansBits;
+#pragma GCC unroll 8
+    for (std::size_t i = 0; i < kStates; ++i) {
+        if (i % kSteps == 0) window.Refill();
+        StepFast(states[i], window, table, out[i]);
+    }
+}
+
+void TansDecoder::RunFast() {
+    constexpr std::size_t kRound = 2 * kStates;
+    // Refills of one round move on by less than this; a window that can refill here has room for all of them.
+    constexpr std::size_t kRoundBytes = (kStates * kMaxTansBits + 7) / 8 + 1;
+    const std::size_t end = out_.size() - kStates;
+    if (data_.size() < kRoundBytes) return;
+    FastBits<Direction::Forward> forward(data_, forward_);
+    FastBits<Direction::Backward> backward(data_, backward_);
+    const std::span<const std::uint8_t> forwardRoom = data_.first(data_.size() - kRoundBytes);
+    const std::span<const std::uint8_t> backwardRoom = data_.subspan(kRoundBytes);
+    std::array<std::uint32_t, kStates> states = states_;
+    std::uint8_t* out = out_.data();
+    while (end - done_ >= kRound && forward.CanRefill(forwardRoom) && backward.CanRefill(backwardRoom)) {
+        RunFive(states, forward, table_, out);
+        RunFive(states, backward, table_, out + kStates);
+        out += kRound;
+        done_ += kRound;
+    }
+    states_ = states;
+    forward_.Skip(forward.BitsUsed() - forward_.BitsUsed());
+    backward_.Skip(backward.BitsUsed() - backward_.BitsUsed());
+}
+
+bool TansDecoder::Finish() {
+    // Whatever ran before ran whole rounds of ten.
+    const std::size_t end = out_.size() - kStates;
+    for (std::size_t i = 0; done_ < end; ++i, ++done_) {
+        std::uint32_t& state = states_[i % kStates];
+        const bool isForward = i % (2 * kStates) < kStates;
+        out_[done_] = isForward ? StepState(state, forward_, table_) : StepState(state, backward_, table_);
+    }
+    if (!EndsMeet()) return false;
+    std::uint32_t all = 0;
+    for (const std::uint32_t state : states_) {
+        all |= state;
+        out_[done_++] = static_cast<std::uint8_t>(state);
+    }
+    return Check(all <= kLargestLastState, "OODLE ERROR : corruption : tans_states_or <= 255\n");
+}
+
+bool TansDecoder::EndsMeet() const {
+    const std::size_t used = forward_.BytesUsed() + backward_.BytesUsed();
+    return Check(used <= data_.size(), "OODLE ERROR : corruption : in_left >= 0\n") &&
+           Check(used == data_.size(),
+                 "OODLE ERROR : corruption : rrPtrDiff(in1 - in0) == (SINTa)final_nbytes\n");
+}
+
+}  // namespace
+
+// The compressed bytes: the table's description, to the end of its last byte; then the data.
+bool newLZ_decode_tans(std::span<const std::uint8_t> comp, std::span<std::uint8_t> out, DecodePath path) {
+    if (!Check(comp.size() >= kLeastComp, "OODLE ERROR : corruption : comp_len >= 8\n") ||
+        !Check(out.size() >= kStates, "OODLE ERROR : corruption : to_len >= 5\n")) {
+        return false;
+    }
+    MsbReader<Direction::Forward> in(comp);
+    TansCounts counts;
+    if (!ReadTansCounts(in, counts) || in.IsPastEnd()) return false;
+    const std::span<const std::uint8_t> data = comp.subspan(in.BytesUsed());
+    if (!Check(!data.empty(), "OODLE ERROR : corruption : tans_compLen > 0\n")) return false;
+
+    TansTable table;
+    table.Build(counts);
+    TansDecoder decoder(data, table, out);
+    if (!decoder.Start(counts.tableBits)) return false;
+    if (path == DecodePath::Fast) decoder.RunFast();
+    return decoder.Finish();
+}
+
+}  // namespace oo2

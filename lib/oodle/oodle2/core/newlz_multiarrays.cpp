@@ -1,0 +1,180 @@
+// Multiarrays: several arrays, joined, or cut into intervals that are taken from them in turn.
+#include <algorithm>
+#include <array>
+
+#include "oodle/oodle2/core/bit_readers.h"
+#include "oodle/oodle2/core/newlz_arrays.h"
+#include "oodle/oodle2/core/oodlebase.h"
+
+namespace oo2 {
+namespace {
+
+using Bytes = std::span<const std::uint8_t>;
+
+constexpr std::size_t kLeastComp = 6;
+constexpr std::size_t kMaxSources = 63;
+constexpr unsigned kMaxLengthLog2 = 16;
+constexpr unsigned kPackedFlag = 0x8000;
+constexpr unsigned kLengthBytesMask = 0x3FFF;
+
+// Takes arrays one after the other off the front of the compressed bytes.
+class ArrayQueue {
+  public:
+    ArrayQueue(Bytes comp, ArrayScratch& scratch) : comp_(comp), scratch_(scratch) {}
+
+    std::optional<Bytes> Next(std::size_t capacity) {
+        const auto array = newLZ_get_array(comp_, nullptr, capacity, scratch_);
+        if (!array) return std::nullopt;
+        comp_ = comp_.subspan(array->compUsed);
+        return array->bytes;
+    }
+
+    Bytes Rest() const { return comp_; }
+    Bytes Take(std::size_t count) {
+        const Bytes taken = comp_.first(count);
+        comp_ = comp_.subspan(count);
+        return taken;
+    }
+
+  private:
+    Bytes comp_;
+    ArrayScratch& scratch_;
+};
+
+bool Join(Bytes comp, std::size_t parts, std::span<std::uint8_t> out, ArrayScratch& scratch) {
+    for (; parts > 0; --parts) {
+        const auto part = newLZ_get_array_copy(comp, out.data(), out.size(), scratch);
+        if (!part) return false;
+        comp = comp.subspan(part->compUsed);
+        out = out.subspan(part->bytes.size());
+    }
+    return comp.empty() && out.empty();
+}
+
+// The intervals of a cut multiarray: which source each is taken from, and log2 of its length. The last index
+// is 0.
+struct Intervals {
+    bool packed = false;  // an index byte holds the source in its low and the log2 in its high four bits
+    Bytes indices;
+    Bytes logs;  // one fewer than indices, unless packed
+    Bytes lengthBits;
+
+    unsigned SourceAt(std::size_t i) const { return packed ? indices[i] & 15 : indices[i]; }
+    unsigned LogAt(std::size_t i) const { return packed ? indices[i] >> 4 : logs[i]; }
+    std::size_t LengthCount() const { return packed ? indices.size() : logs.size(); }
+};
+
+// What stands behind the sources:
+//   2 bytes   little-endian q: bit 15 packed, bits 0-13 the bytes of the lengths' bits
+//   array     the index bytes
+//   array     unless packed: the lengths' log2, one byte each
+//   bytes     the lengths' bits
+bool ReadIntervals(ArrayQueue& queue, Intervals& intervals) {
+    if (!Check(queue.Rest().size() >= 3, "OODLE ERROR : corruption : rrPtrDiff(comp_end - comp_ptr) >= 3\n"))
+        return false;
+    const unsigned q = Load<std::uint16_t>(queue.Take(2).data());
+    intervals.packed = (q & kPackedFlag) != 0;
+    const auto indices = queue.Next(ArrayScratch::kMaxArrayLen);
+    if (!indices || indices->empty()) return false;
+    intervals.indices = *indices;
+    if (!intervals.packed) {
+        const auto logs = queue.Next(ArrayScratch::kMaxArrayLen);
+        if (!logs) return false;
+        intervals.logs = *logs;
+    }
+    const std::size_t lengthBytes = q & kLengthBytesMask;
+    if (!Check(queue.Rest().size() >= lengthBytes,
+               "OODLE ERROR : corruption : rrPtrDiff(comp_end - comp_ptr) >= varbits_complen\n")) {
+        return false;
+    }
+    intervals.lengthBits = queue.Take(lengthBytes);
+    return Check(intervals.SourceAt(indices->size() - 1) == 0,
+                 "OODLE ERROR : corruption : interval_indices[num_indices-1] == 0\n") &&
+           queue.Rest().empty();
+}
+
+// The lengths in turn: the 1st, 3rd, ... MSB forward from the first byte of their bits, the others MSB
+// backward from the last. Each is 1 and log2 bits behind it.
+class LengthReader {
+  public:
+    explicit LengthReader(const Intervals& intervals)
+        : intervals_(intervals), forward_(intervals.lengthBits), backward_(intervals.lengthBits) {}
+
+    bool Next(std::size_t& length) {
+        const unsigned log = intervals_.LogAt(read_);
+        if (!Check(log <= kMaxLengthLog2, "OODLE ERROR : corruption : interval_lenlog2 > 16\n")) return false;
+        const std::uint32_t low = read_ % 2 == 0 ? forward_.Read(log) : backward_.Read(log);
+        length = (std::size_t{1} << log) + low;
+        ++read_;
+        return true;
+    }
+
+    bool HasNext() const { return read_ < intervals_.LengthCount(); }
+    bool HavePassedEachOther() const {
+        return forward_.BytesUsed() + backward_.BytesUsed() > intervals_.lengthBits.size();
+    }
+
+  private:
+    const Intervals& intervals_;
+    std::size_t read_ = 0;
+    MsbReader<Direction::Forward> forward_;
+    MsbReader<Direction::Backward> backward_;
+};
+
+// Builds the output. `sources` is used up on the way.
+bool Assemble(std::span<Bytes> sources, const Intervals& intervals, std::span<std::uint8_t> out) {
+    LengthReader lengths(intervals);
+    const std::size_t last = intervals.indices.size() - 1;
+    for (std::size_t i = 0; i < last; ++i) {
+        const unsigned source = intervals.SourceAt(i);
+        if (!Check(source != 0, "OODLE ERROR : corruption : indi == num_indices\n") ||
+            !Check(source <= sources.size(),
+                   "OODLE ERROR : corruption : interval source > num_entropy_arrays\n") ||
+            !Check(lengths.HasNext(), "OODLE ERROR : corruption : leni < num_lens\n")) {
+            return false;
+        }
+        std::size_t length = 0;
+        if (!lengths.Next(length)) return false;
+        Bytes& from = sources[source - 1];
+        if (!Check(length <= from.size(), "OODLE ERROR : corruption : interval cur_len too large\n"))
+            return false;
+        if (length > out.size()) return false;
+        std::copy_n(from.begin(), length, out.begin());
+        from = from.subspan(length);
+        out = out.subspan(length);
+    }
+    // A packed index 0 has a length too, which ends nothing but must be there.
+    std::size_t unused = 0;
+    if (intervals.packed && !lengths.Next(unused)) return false;
+    return Check(!lengths.HavePassedEachOther(), "OODLE ERROR : corruption : b >= f\n") &&
+           Check(!lengths.HasNext(), "OODLE ERROR : corruption : leni == num_lens\n") &&
+           Check(std::all_of(sources.begin(), sources.end(), [](Bytes source) { return source.empty(); }),
+                 "OODLE ERROR : corruption : entropy_array_lens[i] == 0\n") &&
+           out.empty();
+}
+
+bool Cut(Bytes comp, std::size_t sourceCount, std::span<std::uint8_t> out, ArrayScratch& scratch) {
+    ArrayQueue queue(comp, scratch);
+    std::array<Bytes, kMaxSources> sources;
+    for (std::size_t i = 0; i < sourceCount; ++i) {
+        const auto source = queue.Next(out.size());
+        if (!source) return false;
+        sources[i] = *source;
+    }
+    Intervals intervals;
+    return ReadIntervals(queue, intervals) && Assemble(std::span(sources).first(sourceCount), intervals, out);
+}
+
+}  // namespace
+
+// The first byte: bit 7 clear, bits 0-6 the count of arrays that follow and are joined; bit 7 set, bits 0-5
+// the count of source arrays that follow, and behind them how to cut them.
+bool newLZ_decode_multi(Bytes comp, std::span<std::uint8_t> out, ArrayScratch& scratch) {
+    if (comp.size() < kLeastComp) return false;
+    const unsigned first = comp[0];
+    if ((first & 0x7F) < 2) return false;
+    comp = comp.subspan(1);
+    return (first & 0x80) == 0 ? Join(comp, first, out, scratch) : Cut(comp, first & 0x3F, out, scratch);
+}
+
+}  // namespace oo2

@@ -1,0 +1,65 @@
+// Where the parse loop of an LZ chunk stands, shared by its fast and its careful half.
+#pragma once
+
+#include <array>
+#include <cstddef>
+#include <cstdint>
+
+#include "oodle/oodle2/core/newlz_chunk.h"
+
+namespace oo2 {
+
+// A command byte.
+struct Command {
+    std::uint8_t byte;
+
+    unsigned RunCode() const { return byte & 3; }  // literals; kLongRunCode: the next excess
+    unsigned LengthCode() const {
+        return byte >> 2 & 15;
+    }  // match bytes less 2; kLongMatchCode: 14 and the next excess
+    unsigned OffsetIndex() const {
+        return byte >> 6;
+    }  // one of the recent offsets; kNewOffset: the next offset
+};
+
+inline constexpr unsigned kLongRunCode = 3;
+inline constexpr unsigned kLongMatchCode = 15;
+inline constexpr unsigned kNewOffset = 3;
+inline constexpr std::size_t kShortMatchBase = 2;
+inline constexpr std::size_t kLongMatchBase = 14;
+inline constexpr std::size_t kLongMatchEndRoom = 8;  // bytes that a long match leaves before the chunk's end
+inline constexpr std::uint32_t kFirstOffset = 8;     // what the recent offsets are at a chunk's start
+
+template <typename T>
+struct Cursor {
+    const T* next = nullptr;
+    const T* end = nullptr;
+
+    Cursor() = default;
+    explicit Cursor(std::span<const T> of) : next(of.data()), end(of.data() + of.size()) {}
+    std::size_t Left() const { return static_cast<std::size_t>(end - next); }
+};
+
+struct ParseState {
+    std::uint8_t* out = nullptr;
+    std::uint8_t* outEnd = nullptr;
+    const std::uint8_t* windowStart = nullptr;  // of the last reset
+    Cursor<std::uint8_t> commands;
+    Cursor<std::uint8_t> literals;
+    Cursor<std::uint32_t> offsets;
+    Cursor<std::uint32_t> excesses;
+    std::array<std::uint32_t, 3> recent = {kFirstOffset, kFirstOffset, kFirstOffset};
+
+    std::size_t OutLeft() const { return static_cast<std::size_t>(outEnd - out); }
+    std::size_t Written() const { return static_cast<std::size_t>(out - windowStart); }
+};
+
+// Runs commands while every copy of theirs, rounded up to whole units, stays within the chunk and the
+// literals, of which `literalSlack` bytes may be read behind the last. It stops before the first command that
+// needs care. False if the streams are corrupt.
+bool ParseFast(ParseState& state, LiteralMode mode, std::size_t literalSlack);
+
+// The literals that may be left when ParseFast stops for want of them.
+inline constexpr std::size_t kLiteralMargin = 40;
+
+}  // namespace oo2

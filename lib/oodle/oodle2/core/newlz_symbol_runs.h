@@ -1,0 +1,31 @@
+// The runs of used symbols that the second Huffman form and the dense tANS form share.
+#pragma once
+
+#include <array>
+#include <cstdint>
+
+#include "oodle/oodle2/core/bit_readers.h"
+
+namespace oo2 {
+
+inline constexpr unsigned kSymbols = 256;
+
+// Up to 256 symbols in ascending order, with one number each.
+struct UsedSymbols {
+    unsigned count = 0;
+    std::array<std::uint8_t, kSymbols> symbols;
+    std::array<std::uint8_t, kSymbols> numbers;  // a unary number each; what for is the caller's business
+
+    // Unary numbers that describe the runs, `runNumberCount` of them.
+    unsigned runNumberCount = 0;
+    std::array<std::uint8_t, kSymbols> runNumbers;
+};
+
+// Reads the count of run numbers (`used.count` is set), then the numbers of the symbols and those of the
+// runs.
+bool ReadUnaryNumbers(MsbReader<Direction::Forward>& in, UsedSymbols& used);
+
+// Reads the runs that the run numbers describe and lists the symbols.
+bool ReadSymbolRuns(MsbReader<Direction::Forward>& in, UsedSymbols& used);
+
+}  // namespace oo2

@@ -1,0 +1,42 @@
+// The tANS table: what each state stands for.
+#pragma once
+
+#include <array>
+#include <cstdint>
+
+#include "oodle/oodle2/core/bit_readers.h"
+#include "oodle/oodle2/core/newlz_symbol_runs.h"
+
+namespace oo2 {
+
+inline constexpr unsigned kMinTansBits = 8;
+inline constexpr unsigned kMaxTansBits = 11;
+
+// How often each symbol stands in the table; they sum to 1 << tableBits.
+struct TansCounts {
+    unsigned tableBits = 0;
+    unsigned used = 0;
+    std::array<std::uint8_t, kSymbols> symbols;  // ascending
+    std::array<std::uint16_t, kSymbols> counts;
+
+    std::uint32_t TableSize() const { return 1u << tableBits; }
+};
+
+// Reads the description of a table. False, with the line that says why, if it is corrupt. The reader may then
+// be past its end, which is corrupt too.
+bool ReadTansCounts(MsbReader<Direction::Forward>& in, TansCounts& counts);
+
+// A state yields its symbol and becomes base plus the next `bits` bits.
+struct TansState {
+    std::uint16_t base;
+    std::uint8_t bits;
+    std::uint8_t symbol;
+};
+
+struct TansTable {
+    std::array<TansState, 1u << kMaxTansBits> states;
+
+    void Build(const TansCounts& counts);
+};
+
+}  // namespace oo2
