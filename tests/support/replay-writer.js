@@ -1,7 +1,7 @@
 'use strict';
 // Writes replay files field by field, for the samples and the tests. Every record takes an object whose members
-// override the defaults. A Buffer given where a string, a list or a key stands is written as it is, so that a
-// broken file is as easy to write as a whole one.
+// override the defaults. A Buffer given where a string or a list stands is written as it is, so that a broken
+// file is as easy to write as a whole one.
 
 const { createCipheriv } = require('node:crypto');
 
@@ -36,7 +36,7 @@ const string = (text) => (Buffer.isBuffer(text) ? text : isAscii(text) ? string8
 const list = (items, write = string) =>
   Buffer.isBuffer(items) ? items : bytes(i32(items.length), items.map(write));
 
-// The information block: what its FileVersion has of it.
+// The information block: what its FileVersion has of it. keySize: what is said of EncryptionKey's length.
 function infoBlock(fields = {}) {
   const f = {
     MagicNumber: REPLAY_MAGIC,
@@ -49,7 +49,7 @@ function infoBlock(fields = {}) {
     Timestamp: 0n,
     bCompressed: 0,
     bEncrypted: 0,
-    EncryptionKey: [],
+    EncryptionKey: Buffer.alloc(0),
     ...fields,
   };
   return bytes(
@@ -58,7 +58,7 @@ function infoBlock(fields = {}) {
     u32(f.bIsLive),
     f.FileVersion >= 3 && u64(f.Timestamp),
     f.FileVersion >= 2 && u32(f.bCompressed),
-    f.FileVersion >= 6 && [u32(f.bEncrypted), list(f.EncryptionKey, u8)],
+    f.FileVersion >= 6 && [u32(f.bEncrypted), i32(f.keySize ?? f.EncryptionKey.length), f.EncryptionKey],
   );
 }
 
