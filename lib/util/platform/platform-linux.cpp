@@ -2,6 +2,10 @@
 #include <cerrno>
 #include <cstdio>
 #include <cstdlib>
+#include <cstring>
+#include <dirent.h>
+#include <fcntl.h>
+#include <memory>
 #include <sys/stat.h>
 
 #include "util/platform/platform.h"
@@ -83,21 +87,13 @@ Decoded DecodeUtf8(std::string_view text) {
     return {point, length};
 }
 
-}  // namespace
-
-std::string WideToUtf8(std::wstring_view units) { return ConvertToUtf8(units, false); }
-
-std::filesystem::path PathFromWide(std::wstring_view units) { return ConvertToUtf8(units, true); }
-
-std::wstring WideFromPath(const std::filesystem::path& path) {
-    std::wstring units;
-    std::string_view rest = path.native();
-    units.reserve(rest.size());
-    while (!rest.empty()) {
-        const Decoded decoded = DecodeUtf8(rest);
+void AppendWide(std::wstring& units, std::string_view text) {
+    units.reserve(units.size() + text.size());
+    while (!text.empty()) {
+        const Decoded decoded = DecodeUtf8(text);
         if (decoded.length == 0) {
-            units.push_back(static_cast<wchar_t>(0xDC00 | static_cast<unsigned char>(rest.front())));
-            rest.remove_prefix(1);
+            units.push_back(static_cast<wchar_t>(0xDC00 | static_cast<unsigned char>(text.front())));
+            text.remove_prefix(1);
             continue;
         }
         if (decoded.point >= 0x10000) {
@@ -106,8 +102,34 @@ std::wstring WideFromPath(const std::filesystem::path& path) {
         } else {
             units.push_back(static_cast<wchar_t>(decoded.point));
         }
-        rest.remove_prefix(decoded.length);
+        text.remove_prefix(decoded.length);
     }
+}
+
+std::int64_t Nanoseconds(const timespec& time) {
+    return std::int64_t{time.tv_sec} * 1'000'000'000 + time.tv_nsec;
+}
+
+struct CloseFolder {
+    void operator()(DIR* folder) const { ::closedir(folder); }
+};
+
+// Not every file system says in its listing what an entry is.
+bool IsRealFolder(int folder, const dirent& entry) {
+    if (entry.d_type != DT_UNKNOWN) return entry.d_type == DT_DIR;
+    struct stat status {};
+    return ::fstatat(folder, entry.d_name, &status, AT_SYMLINK_NOFOLLOW) == 0 && S_ISDIR(status.st_mode);
+}
+
+}  // namespace
+
+std::string WideToUtf8(std::wstring_view units) { return ConvertToUtf8(units, false); }
+
+std::filesystem::path PathFromWide(std::wstring_view units) { return ConvertToUtf8(units, true); }
+
+std::wstring WideFromPath(const std::filesystem::path& path) {
+    std::wstring units;
+    AppendWide(units, path.native());
     return units;
 }
 
@@ -140,7 +162,27 @@ std::optional<std::int64_t> LastWriteTime(const std::filesystem::path& path, std
         return std::nullopt;
     }
     error.clear();
-    return std::int64_t{status.st_mtim.tv_sec} * 1'000'000'000 + status.st_mtim.tv_nsec;
+    return Nanoseconds(status.st_mtim);
+}
+
+std::error_code ListFolder(const std::wstring& folder, const std::function<void(const FolderEntry&)>& visit) {
+    const std::unique_ptr<DIR, CloseFolder> listing(::opendir(PathFromWide(folder).c_str()));
+    if (!listing) return {errno, std::generic_category()};
+    const int descriptor = ::dirfd(listing.get());
+    std::wstring name;
+    for (;;) {
+        errno = 0;  // the end of the listing and a failure look the same but for this
+        const dirent* entry = ::readdir(listing.get());
+        if (entry == nullptr) return {errno, std::generic_category()};
+        if (std::strcmp(entry->d_name, ".") == 0 || std::strcmp(entry->d_name, "..") == 0) continue;
+        struct stat status {};
+        // By name within the open folder: the same file as its full path, without walking that again.
+        const bool known = ::fstatat(descriptor, entry->d_name, &status, 0) == 0;
+        name.clear();
+        AppendWide(name, entry->d_name);
+        visit({name, IsRealFolder(descriptor, *entry),
+               known ? std::optional(Nanoseconds(status.st_mtim)) : std::nullopt});
+    }
 }
 
 void DebugOutput(const char* text) { std::fputs(text, stderr); }

@@ -10,9 +10,11 @@
 #include <cstdint>
 #include <filesystem>
 #include <fstream>
+#include <functional>
 #include <optional>
 #include <string>
 #include <string_view>
+#include <system_error>
 
 namespace orvel::util::platform {
 
@@ -35,6 +37,18 @@ std::optional<std::filesystem::path> LocalApplicationDataFolder();
 // nanoseconds since 1970), asked for by path and following links. Nothing if it cannot be read; error then
 // says why.
 std::optional<std::int64_t> LastWriteTime(const std::filesystem::path& path, std::error_code& error);
+
+// One entry of a folder.
+struct FolderEntry {
+    std::wstring_view name;                     // valid during the visit only
+    bool isFolder;                              // a folder itself, not a link to one
+    std::optional<std::int64_t> lastWriteTime;  // as LastWriteTime has it; nothing if it cannot be read
+};
+
+// Visits what a folder lists, one level deep, in the file system's order. Each entry's time is asked for by
+// its path, since a listing's own times lag on Windows while a file is open for writing. Returns the error of
+// a folder that cannot be opened or read to its end; what was visited before stands.
+std::error_code ListFolder(const std::wstring& folder, const std::function<void(const FolderEntry&)>& visit);
 
 // Text for a debugger: OutputDebugStringA, or standard error on Linux.
 void DebugOutput(const char* text);

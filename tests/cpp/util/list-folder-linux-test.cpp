@@ -1,0 +1,41 @@
+// What only a Linux folder can hold: links made by anyone, and names that are no text.
+#include <filesystem>
+#include <fstream>
+#include <map>
+
+#include <gtest/gtest.h>
+
+#include "util/platform/platform.h"
+
+namespace {
+
+namespace fs = std::filesystem;
+namespace platform = orvel::util::platform;
+
+TEST(ListFolderLinux, links_are_no_folders_dangling_ones_have_no_time_and_every_name_leads_back_to_its_file) {
+    const fs::path folder = fs::temp_directory_path() / "corvane-list-folder-linux-test";
+    fs::remove_all(folder);
+    fs::create_directories(folder / "sub");
+    fs::create_directory_symlink(folder / "sub", folder / "link");
+    fs::create_symlink(folder / "nothing", folder / "dangling");
+    fs::create_symlink(folder / "loop", folder / "loop");
+    std::ofstream(folder / "x\xFFy") << "text";
+
+    std::map<std::wstring, bool> isFolder;
+    const auto visit = [&](const platform::FolderEntry& entry) {
+        const std::wstring name(entry.name);
+        isFolder[name] = entry.isFolder;
+        std::error_code error;
+        EXPECT_EQ(entry.lastWriteTime, platform::LastWriteTime(folder / platform::PathFromWide(name), error));
+        EXPECT_EQ(entry.lastWriteTime.has_value(), name != L"dangling" && name != L"loop");
+    };
+    EXPECT_FALSE(platform::ListFolder(platform::WideFromPath(folder), visit));
+    const std::wstring noText = {L'x', wchar_t{0xDCFF}, L'y'};
+    EXPECT_EQ(
+        isFolder,
+        (std::map<std::wstring, bool>{
+            {L"sub", true}, {L"link", false}, {L"dangling", false}, {L"loop", false}, {noText, false}}));
+    fs::remove_all(folder);
+}
+
+}  // namespace
