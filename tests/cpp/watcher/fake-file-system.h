@@ -13,7 +13,7 @@
 #include "games/corvane/napi-module/watcher/file-system.h"
 
 // Any thread may use it.
-class FakeFileSystem : public util::FileSystem {
+class FakeFileSystem final : public util::FileSystem {
   public:
     struct Node {
         std::int64_t time;

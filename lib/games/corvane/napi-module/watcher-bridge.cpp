@@ -1,11 +1,113 @@
 #include "games/corvane/napi-module/watcher-bridge.h"
 
-namespace orvel::corvane {
+#include <cstdint>
+#include <exception>
+#include <filesystem>
+#include <memory>
+#include <mutex>
+#include <optional>
+#include <system_error>
+#include <thread>
+#include <utility>
+#include <vector>
 
-Napi::Value StartCorvaneWatcher(const Napi::CallbackInfo& info) {
-    throw Napi::Error::New(info.Env(), "watching is not built yet");
+#include "games/corvane/napi-module/delivery-channel.h"
+#include "games/corvane/napi-module/document-text.h"
+#include "games/corvane/napi-module/watch-session.h"
+#include "games/corvane/napi-module/watcher/demo-folder.h"
+#include "util/platform/platform.h"
+
+namespace orvel::corvane {
+namespace {
+
+constexpr char kArgumentError[] =
+    "Expected 2 required arguments [jsCallbackFn, ArrayBuffer: encKey, <interval>]";
+constexpr char kFolderError[] = "Couldn't locate Corvane's Demo Directory.";
+
+// The watching of this process, and the lock under which environments begin and end it. The watcher's thread
+// never takes that lock, so it can be waited for under it.
+struct Watching {
+    std::mutex mutex;
+    std::unique_ptr<WatchSession> session;
+};
+
+// Never destroyed: at the process's end the watcher's thread may still be running.
+Watching& TheWatching() {
+    static auto& watching = *new Watching;
+    return watching;
 }
 
-Napi::Value StopCorvaneWatcher(const Napi::CallbackInfo& info) { return info.Env().Undefined(); }
+void OnEnvironmentEnd(void* channel) {
+    Watching& watching = TheWatching();
+    const std::lock_guard lock(watching.mutex);
+    if (!IsCurrentChannel(static_cast<DeliveryChannel*>(channel))) return;
+    if (watching.session) watching.session->Abandon();
+    watching.session.reset();
+    SetCurrentChannel(nullptr);
+}
+
+std::optional<std::filesystem::path> LocateDemoFolder() {
+    auto folder = ::util::LocateGameFolder();
+    if (!folder) return std::nullopt;
+    *folder /= std::filesystem::path("Saved") / "Demos";
+    std::error_code error;
+    if (!std::filesystem::exists(*folder, error)) return std::nullopt;
+    return folder;
+}
+
+void DeliverFolderError(OwnedChannel channel, bool watching) {
+    SetCurrentChannel(std::move(channel));
+    QueueText(DocumentText({{"err", kFolderError}}));
+    // A watcher that runs delivers to the new callback from now on; without one, this was all.
+    if (!watching) SetCurrentChannel(nullptr);
+    std::this_thread::sleep_for(kDeliveryPause);
+}
+
+void StartWatching(Napi::Env env, Napi::Function callback, std::vector<std::uint8_t> key) {
+    Watching& watching = TheWatching();
+    const std::lock_guard lock(watching.mutex);
+    OwnedChannel channel = OpenChannel(env, callback, OnEnvironmentEnd);
+    const auto folder = LocateDemoFolder();
+    if (!folder) return DeliverFolderError(std::move(channel), watching.session != nullptr);
+
+    // The new session has its snapshot before the old one ends, so that no change falls between them.
+    auto next = std::make_unique<WatchSession>(util::platform::WideFromPath(*folder), std::move(key));
+    next->Start();
+    SetCurrentChannel(std::move(channel));
+    watching.session = std::move(next);
+}
+
+std::vector<std::uint8_t> KeyBytes(Napi::ArrayBuffer buffer) {
+    const auto* bytes = static_cast<const std::uint8_t*>(buffer.Data());
+    return {bytes, bytes + buffer.ByteLength()};
+}
+
+}  // namespace
+
+Napi::Value StartCorvaneWatcher(const Napi::CallbackInfo& info) {
+    const Napi::Env env = info.Env();
+    if (info.Length() < 2 || !info[0].IsFunction() || !info[1].IsArrayBuffer()) {
+        Napi::TypeError::New(env, kArgumentError).ThrowAsJavaScriptException();
+        return env.Undefined();
+    }
+    std::vector<std::uint8_t> key = KeyBytes(info[1].As<Napi::ArrayBuffer>());
+    if (info.Length() > 2 && info[2].IsNumber()) info[2].ToNumber().Int64Value();
+    try {
+        StartWatching(env, info[0].As<Napi::Function>(), std::move(key));
+    } catch (const Napi::Error&) {
+        throw;
+    } catch (const std::exception& failure) {
+        throw Napi::Error::New(env, failure.what());
+    }
+    return env.Undefined();
+}
+
+Napi::Value StopCorvaneWatcher(const Napi::CallbackInfo& info) {
+    Watching& watching = TheWatching();
+    const std::lock_guard lock(watching.mutex);
+    watching.session.reset();
+    SetCurrentChannel(nullptr);
+    return info.Env().Undefined();
+}
 
 }  // namespace orvel::corvane

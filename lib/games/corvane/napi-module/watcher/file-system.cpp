@@ -15,11 +15,10 @@ class OperatingSystem final : public FileSystem {
     }
 };
 
+constinit OperatingSystem operatingSystem;
+
 }  // namespace
 
-FileSystem& RealFileSystem() {
-    static OperatingSystem operatingSystem;
-    return operatingSystem;
-}
+FileSystem& RealFileSystem() { return operatingSystem; }
 
 }  // namespace util

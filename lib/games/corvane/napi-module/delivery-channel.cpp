@@ -1,0 +1,110 @@
+#include "games/corvane/napi-module/delivery-channel.h"
+
+#include <mutex>
+#include <utility>
+
+namespace orvel::corvane {
+namespace {
+
+// The current channel; null if there is none, or once Node-API has said that it is closing or has finalised
+// it. Each use of it and of its thread-safe function is under the lock, so that none comes after its end.
+struct Current {
+    std::mutex mutex;
+    DeliveryChannel* channel = nullptr;
+};
+
+// Never destroyed: the watcher's thread may use it until the process is gone.
+Current& TheCurrent() {
+    static auto& current = *new Current;
+    return current;
+}
+
+void EndEnvironment(void* data) {
+    auto* channel = static_cast<DeliveryChannel*>(data);
+    std::exchange(channel->onEnvironmentEnd, nullptr)(channel);
+}
+
+void Finalise(napi_env env, void* data, void*) {
+    const std::unique_ptr<DeliveryChannel> channel(static_cast<DeliveryChannel*>(data));
+    {
+        Current& current = TheCurrent();
+        const std::lock_guard lock(current.mutex);
+        if (current.channel == channel.get()) current.channel = nullptr;
+    }
+    if (channel->onEnvironmentEnd) napi_remove_env_cleanup_hook(env, EndEnvironment, channel.get());
+}
+
+// What a callback throws is nobody's to catch: 'uncaughtException', as with any callback of Node.js. (Left
+// pending, Node.js would only warn of it.)
+void RaiseUncaught(napi_env env) {
+    bool pending = false;
+    napi_value exception;
+    if (napi_is_exception_pending(env, &pending) == napi_ok && pending &&
+        napi_get_and_clear_last_exception(env, &exception) == napi_ok) {
+        napi_fatal_exception(env, exception);
+    }
+}
+
+// Called by Node-API on the environment's thread for each queued text. Failures other than the callback's own
+// can only come from an environment that is ending.
+void CallJavaScript(napi_env env, napi_value callback, void*, void* data) {
+    const std::unique_ptr<std::string> text(static_cast<std::string*>(data));
+    if (env == nullptr || callback == nullptr) return;
+    napi_value receiver;
+    napi_value argument = nullptr;
+    if (napi_get_undefined(env, &receiver) != napi_ok) return;
+    const std::size_t count = text ? 1 : 0;
+    if (text && napi_create_string_utf8(env, text->c_str(), NAPI_AUTO_LENGTH, &argument) != napi_ok) return;
+    if (napi_call_function(env, receiver, callback, count, &argument, nullptr) != napi_ok) RaiseUncaught(env);
+}
+
+}  // namespace
+
+void ReleaseChannel::operator()(DeliveryChannel* channel) const {
+    napi_release_threadsafe_function(channel->function, napi_tsfn_release);
+}
+
+OwnedChannel OpenChannel(Napi::Env env, Napi::Function callback,
+                         DeliveryChannel::EnvironmentEnd onEnvironmentEnd) {
+    constexpr std::size_t kUnboundedQueue = 0;
+    constexpr std::size_t kThreads = 1;
+    auto channel = std::make_unique<DeliveryChannel>();
+    channel->onEnvironmentEnd = onEnvironmentEnd;
+    if (napi_create_threadsafe_function(env, callback, nullptr, Napi::String::New(env, "fnReplayData"),
+                                        kUnboundedQueue, kThreads, channel.get(), Finalise, nullptr,
+                                        CallJavaScript, &channel->function) != napi_ok) {
+        throw Napi::Error::New(env);
+    }
+    // After the thread-safe function's own hook and so, in the reverse order of hooks, called before that
+    // closes it.
+    napi_add_env_cleanup_hook(env, EndEnvironment, channel.get());
+    return OwnedChannel(channel.release());
+}
+
+void SetCurrentChannel(OwnedChannel next) {
+    Current& current = TheCurrent();
+    const std::lock_guard lock(current.mutex);
+    const OwnedChannel previous(std::exchange(current.channel, next.release()));
+}
+
+bool IsCurrentChannel(const DeliveryChannel* channel) {
+    Current& current = TheCurrent();
+    const std::lock_guard lock(current.mutex);
+    return channel == current.channel;
+}
+
+void QueueText(std::string text) {
+    auto queued = std::make_unique<std::string>(std::move(text));
+    Current& current = TheCurrent();
+    const std::lock_guard lock(current.mutex);
+    if (current.channel == nullptr) return;
+    const napi_status status =
+        napi_call_threadsafe_function(current.channel->function, queued.get(), napi_tsfn_blocking);
+    if (status == napi_ok) {
+        static_cast<void>(queued.release());
+    } else if (status == napi_closing) {
+        current.channel = nullptr;
+    }
+}
+
+}  // namespace orvel::corvane

@@ -1,0 +1,44 @@
+// The way of texts to a JavaScript callback, from any thread: Node-API's thread-safe functions, and the one
+// of them that is the current one of this process.
+#pragma once
+
+#include <memory>
+#include <string>
+
+#include <napi.h>
+
+namespace orvel::corvane {
+
+// One callback. Node-API owns it: it lives until its thread-safe function has delivered all that was queued
+// after its release, or until its environment ends. It keeps its environment's event loop alive until it is
+// released.
+struct DeliveryChannel {
+    using EnvironmentEnd = void (*)(void* channel);
+
+    napi_env environment = nullptr;
+    napi_threadsafe_function function = nullptr;
+    EnvironmentEnd onEnvironmentEnd = nullptr;  // null once it has been called
+};
+
+struct ReleaseChannel {
+    void operator()(DeliveryChannel* channel) const;
+};
+using OwnedChannel = std::unique_ptr<DeliveryChannel, ReleaseChannel>;
+
+// Makes a channel to a callback. onEnvironmentEnd gets it if the environment ends before the channel does, on
+// the environment's own thread. Throws Napi::Error. To be called on the environment's thread.
+OwnedChannel OpenChannel(Napi::Env env, Napi::Function callback,
+                         DeliveryChannel::EnvironmentEnd onEnvironmentEnd);
+
+// The functions below may be called by any thread.
+
+// Puts a channel in the current one's place, which is released: what was queued to it still reaches its
+// callback. An empty one leaves none.
+void SetCurrentChannel(OwnedChannel next);
+bool IsCurrentChannel(const DeliveryChannel* channel);
+
+// Queues a text, in UTF-8, for the current channel's callback, which gets it as a string up to its first zero
+// byte. Does not wait. Without a current channel, or when its environment is ending, the text is dropped.
+void QueueText(std::string text);
+
+}  // namespace orvel::corvane

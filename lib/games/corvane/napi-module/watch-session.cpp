@@ -1,0 +1,58 @@
+#include "games/corvane/napi-module/watch-session.h"
+
+#include <filesystem>
+#include <utility>
+
+#include "games/corvane/corvane-lib/src/replay-parser.h"
+#include "games/corvane/napi-module/delivery-channel.h"
+#include "games/corvane/napi-module/document-text.h"
+#include "games/corvane/napi-module/process-end.h"
+#include "util/console.h"
+#include "util/platform/platform.h"
+
+namespace orvel::corvane {
+namespace {
+
+// Pipes and folders may have a replay's name as well.
+bool IsReplayFile(const std::wstring& path) {
+    const std::filesystem::path file = util::platform::PathFromWide(path);
+    if (file.extension() != ".replay") return false;
+    std::error_code error;
+    return std::filesystem::is_regular_file(file, error);
+}
+
+}  // namespace
+
+WatchSession::WatchSession(std::wstring folder, std::vector<std::uint8_t> key)
+    : m_key(std::move(key)), m_watcher(std::move(folder)) {}
+
+void WatchSession::Start() {
+    m_watcher.Start([this](const std::wstring& path, ::util::FileStatus status) { OnReport(path, status); });
+}
+
+void WatchSession::OnReport(const std::wstring& path, ::util::FileStatus status) {
+    if (m_abandoned || status != ::util::FileStatus::modified) return;
+    try {
+        if (!IsReplayFile(path)) return;
+        DeliverReplay(path);
+    } catch (...) {
+        EndProcessWithCurrentException();
+    }
+    m_watcher.Pause(kDeliveryPause);
+}
+
+void WatchSession::DeliverReplay(const std::wstring& path) {
+    const auto [entry, isFirstParse] = m_states.try_emplace(path);
+    ReplayState& state = entry->second;
+    ReplayParser parser(path);
+    parser.ParseReplay(state.resumePosition, state.resumeFlag, m_key);
+
+    nlohmann::json& document = parser.Document();
+    if (isFirstParse) document["Creation"] = CreationMember(path, parser.FileInfo().Timestamp);
+    if (state.resumeFlag) document["PlayerStateEncryptionKey"] = 1;
+    // The game still writes to a file of which there is nothing to tell yet.
+    if (document.empty()) document = {{"GameAlive", 1}};
+    QueueText(DocumentText(document));
+}
+
+}  // namespace orvel::corvane
