@@ -32,10 +32,10 @@ bool decompress(const std::uint8_t* compressed, std::int32_t compressedSize, std
 }
 
 std::uint64_t largestDecompressedSize(std::uint64_t compressedSize) {
-    // A block's header takes 2 bytes; the smallest quantum that can fill the block takes a 3-byte header and
-    // 1 more.
+    // A whole block takes at least its header, 2 bytes, and a quantum that fills it: a header of 3 bytes and 1 more. The
+    // last block may be short, and then take less.
     constexpr std::uint64_t kSmallestBlockBytes = 6;
-    return compressedSize / kSmallestBlockBytes * OODLELZ_BLOCK_LEN;
+    return (compressedSize / kSmallestBlockBytes + 1) * OODLELZ_BLOCK_LEN;
 }
 
 }  // namespace orvel::util::data

@@ -117,4 +117,74 @@ TEST(FArchiveReader, throws_when_the_data_runs_out_and_sees_what_is_written_mean
     EXPECT_EQ(archive.ReadUInt32(), 2U);
 }
 
+// A payload that is compressed: the two sizes, then a stored block.
+Bytes Compressed(std::int32_t size, std::int32_t compressedSize, const Bytes& stored) {
+    return Writer().I32(size).I32(compressedSize).U8(0xCC).U8(6).Add(stored).bytes;
+}
+
+TEST(ReadPayload, does_what_the_flags_ask) {
+    constexpr std::uint8_t kCompressed = ue4::FStreamReader::kPayloadCompressed;
+    const Bytes good = Compressed(3, 5, {'a', 'b', 'c'});
+    struct Case {
+        const char* what;
+        Bytes stored;
+        std::uint8_t flags;
+        Bytes expected;
+    };
+    const Case cases[] = {
+        {"plain", {1, 2, 3}, 1, {1, 2, 3}},
+        {"unknown bits", {1, 2, 3}, 0xF9, {1, 2, 3}},
+        {"compressed", good, kCompressed, {'a', 'b', 'c'}},
+        {"compressed size beyond the payload",
+         Compressed(3, INT32_MAX, {'a', 'b', 'c'}),
+         kCompressed,
+         {'a', 'b', 'c'}},
+    };
+    for (const Case& c : cases) {
+        ue4::FDataReader archive(c.stored.data(), c.stored.size(), LittleEndian);
+        EXPECT_EQ(archive.ReadPayload(static_cast<std::uint32_t>(c.stored.size()), c.flags), c.expected)
+            << c.what;
+    }
+    const Bytes broken[] = {Compressed(4, 5, {'a', 'b', 'c'}),
+                            Compressed(INT32_MAX, 5, {'a', 'b', 'c'}),
+                            Compressed(-1, 5, {'a', 'b', 'c'}),
+                            Compressed(3, -5, {'a', 'b', 'c'}),
+                            {1, 0, 0}};
+    for (const Bytes& stored : broken) {
+        ue4::FDataReader archive(stored.data(), stored.size(), LittleEndian);
+        testing::internal::CaptureStdout();
+        EXPECT_EQ(archive.ReadPayload(static_cast<std::uint32_t>(stored.size()), kCompressed), stored);
+        EXPECT_THAT(testing::internal::GetCapturedStdout(), EndsWith("Failed to decompress data.\n"));
+    }
+}
+
+TEST(ReadPayload, decrypts_before_it_decompresses) {
+    // FIPS-197, appendix C.1; what comes out is no compressed stream.
+    const Bytes cipher = {0x69, 0xc4, 0xe0, 0xd8, 0x6a, 0x7b, 0x04, 0x30,
+                          0xd8, 0xcd, 0xb7, 0x80, 0x70, 0xb4, 0xc5, 0x5a};
+    Bytes plain;
+    for (int i = 0; i < 16; ++i) plain.push_back(static_cast<std::uint8_t>(i * 0x11));
+    const auto read = [&](std::uint32_t size, std::uint8_t flags, const Bytes& key) {
+        ue4::FDataReader archive(cipher.data(), cipher.size(), LittleEndian);
+        archive.EncryptionKey = key;
+        testing::internal::CaptureStdout();
+        const Bytes payload = archive.ReadPayload(size, flags);
+        return std::pair(payload, testing::internal::GetCapturedStdout());
+    };
+    const Bytes key = corvane_test::Sequence(0, 16);
+    EXPECT_EQ(read(16, 2, key), std::pair(plain, std::string()));
+    EXPECT_THAT(read(16, 6, key), testing::Pair(plain, HasSubstr("data::decompress ]")));
+    EXPECT_THAT(read(15, 6, key),
+                testing::Pair(Bytes{}, "[ orvel::util::data::decrypt ] Decryption failed.\n"));
+    EXPECT_EQ(read(0, 2, key), std::pair(Bytes{}, std::string()));
+
+    ue4::FDataReader archive(cipher.data(), cipher.size(), LittleEndian);
+    try {
+        archive.ReadPayload(0, 2);
+        ADD_FAILURE() << "nothing was thrown";
+    } catch (const ue4::ReplayException& exception) {
+        EXPECT_THAT(exception.what(), EndsWith(":51: Data was encrypted, but encryption key was not set."));
+    }
+}
+
 }  // namespace

@@ -1,0 +1,229 @@
+// Whole replay files.
+#include "games/corvane/corvane-lib/src/replay-parser.h"
+
+#include <fstream>
+
+#include <gmock/gmock.h>
+
+#include "support/allocation-meter.h"
+#include "support/replay-builder.h"
+#include "util/aes.h"
+
+namespace {
+
+using namespace corvane_test;
+using nlohmann::json;
+using testing::EndsWith;
+using testing::StartsWith;
+
+constexpr std::size_t kMebibyte = 1024 * 1024;
+
+// One parse of a file.
+struct Parse {
+    explicit Parse(const TemporaryFile& file, Bytes key = {}) {
+        testing::internal::CaptureStdout();
+        const AllocationMeter meter;
+        orvel::corvane::ReplayParser parser(file.WidePath());
+        bool flag = false;
+        try {
+            parser.ParseReplay(resumePosition, flag, std::move(key));
+        } catch (char* text) {
+            failure = text;
+        } catch (const std::exception& exception) {
+            failure = exception.what();
+        }
+        peak = meter.Peak();
+        document = parser.Document();
+        events = parser.FileInfo().Events;
+        output = testing::internal::GetCapturedStdout();
+    }
+    explicit Parse(const Bytes& bytes, Bytes key = {}) : Parse(TemporaryFile(bytes), std::move(key)) {}
+
+    json document;
+    std::vector<ue4::FLocalFileEventInfo> events;
+    std::string failure;  // empty: none
+    std::string output;
+    std::uint32_t resumePosition = 0;
+    std::size_t peak = 0;
+};
+
+Bytes Eliminations(const std::string& group, const std::string& metadata, std::uint32_t time = 1) {
+    return Event{.group = group, .metadata = metadata, .time1 = time, .data = Elimination{}.Build()}.Build();
+}
+
+TEST(ReplayParser, builds_the_whole_document) {
+    const Parse parse(
+        Join({InfoBlock{}.Build(), Eliminations("", "playerElim", 1), Chunk(kHeader, Header{}.Build()),
+              Event{.metadata = "AthenaMatchStats", .data = MatchStats()}.Build(),
+              Eliminations("playerElim", "", 3),
+              Event{.group = "AthenaMatchTeamStats", .data = MatchTeamStats()}.Build()}));
+    EXPECT_EQ(parse.failure, "");
+    EXPECT_EQ(parse.output, "\n");
+    EXPECT_EQ(parse.document.size(), 3U);
+    EXPECT_EQ(parse.document["header"]["magic"], 0x2CF5A13D);
+    ASSERT_EQ(parse.document["events"].size(), 4U);
+    EXPECT_EQ(parse.document["events"][0]["eventMeta"], (json{{"time1", 1}, {"time2", 1001}}));
+    EXPECT_EQ(parse.document["events"][1]["evtName"], "AthenaMatchStats");
+    EXPECT_EQ(parse.document["events"][2]["eventMeta"]["time1"], 3);
+    EXPECT_EQ(parse.document["events"][3]["evtName"], "AthenaMatchTeamStats");
+}
+
+TEST(ReplayParser, the_metadata_names_the_handler_before_the_group) {
+    const Parse parse(Join(
+        {InfoBlock{}.Build(),
+         Event{.group = "AthenaMatchStats", .metadata = "AthenaMatchTeamStats", .data = MatchStats()}.Build(),
+         Eliminations("playerElim", "unknown")}));
+    EXPECT_EQ(parse.document["events"][0]["evtName"], "AthenaMatchTeamStats");
+    EXPECT_EQ(parse.document["events"][1]["evtName"], "playerElim");
+}
+
+TEST(ReplayParser, members_appear_only_with_what_they_hold) {
+    const Bytes info = InfoBlock{}.Build();
+    const Bytes header = Chunk(kHeader, Header{}.Build());
+    const Bytes tooShort = Event{.group = "AthenaMatchTeamStats", .data = Bytes(11)}.Build();
+    const std::pair<Bytes, std::vector<std::string>> cases[] = {
+        {info, {"ReplayFileMeta"}},
+        {Join({info, header}), {"ReplayFileMeta", "header"}},
+        {Join({info, Chunk(kHeader, Header{.version = 4}.Build()), Eliminations("playerElim", "")}),
+         {"ReplayFileMeta", "events"}},
+        {Join({info, Eliminations("", ""), Event{.group = "playerElim"}.Build()}), {"ReplayFileMeta"}},
+        {Join({info, tooShort}), {"ReplayFileMeta", "events"}},
+        {Join({InfoBlock{.magic = 1}.Build(), header}), {}},
+    };
+    for (const auto& [bytes, members] : cases) {
+        std::vector<std::string> found;
+        const Parse parse(bytes);
+        for (const auto& [key, value] : parse.document.items()) found.push_back(key);
+        EXPECT_EQ(found, members);
+    }
+    EXPECT_EQ(Parse(Join({info, tooShort})).document["events"], json::array());
+}
+
+TEST(ReplayParser, failures_leave_what_was_read_before) {
+    const Bytes badHeader = Header{.version = 10}.Build();
+    Bytes badName = Header{.version = 5}.Build();
+    badName[24 + 3] = 0x80;
+    badName[24] = 0;
+    const Bytes cut(badHeader.begin(), badHeader.end() - 1);
+    struct Case {
+        Bytes bytes;
+        const char *failureEnd, *outputBegin;
+        std::size_t members;
+    };
+    const char* const logged = "\n[ orvel::corvane::ReplayParser::ParseReplay ] [Replay Exception] lib/";
+    const Case cases[] = {
+        {{}, "no data in it.\n", "", 0},
+        {Join({InfoBlock{}.Build(), Chunk(kHeader, cut)}), "iostream error", "\n", 1},
+        {Join({InfoBlock{}.Build(), Chunk(kHeader, badName)}), ":23: Invalid SaveNum, corrupted FArchive.",
+         logged, 1},
+        {Join({InfoBlock{.encrypted = 1}.Build(), Chunk(kHeader, Header{}.Build()), Eliminations("x", "x")}),
+         ":51: Data was encrypted, but encryption key was not set.", logged, 2},
+    };
+    for (const Case& c : cases) {
+        const Parse parse(c.bytes);
+        EXPECT_THAT(parse.failure, EndsWith(c.failureEnd));
+        EXPECT_THAT(parse.output, StartsWith(c.outputBegin));
+        EXPECT_EQ(parse.document.size(), c.members);
+    }
+    EXPECT_THAT(Parse(cases[1].bytes).failure, StartsWith("ios_base::failbit set"));
+    EXPECT_THROW(orvel::corvane::ReplayParser(L"/no/such.replay"), std::ios_base::failure);
+}
+
+// Any bytes decrypt to something: an encrypted replay must come out as the plain one with the decrypted
+// payload.
+TEST(ReplayParser, payloads_of_every_length_encrypted_or_not) {
+    const Bytes fileKey = Sequence(7, 24), zeros(16), callerKey = Sequence(99, 32);
+    const Bytes plainStats = MatchStats(), elimination = Elimination{}.Build();
+    for (const char* name : {"playerElim", "AthenaMatchStats", "AthenaMatchTeamStats"}) {
+        for (std::size_t length = 0; length <= elimination.size() + 16; ++length) {
+            SCOPED_TRACE(testing::Message() << name << " of " << length);
+            const Bytes& key = length % 2 == 0 ? fileKey : callerKey;
+            const Bytes cipher = Sequence(static_cast<std::uint8_t>(length), length);
+            Bytes plain(length);
+            const bool whole =
+                length > 0 && orvel::util::data::AesDecrypt(cipher.data(), length, key.data(), key.size(),
+                                                            plain.data(), length, nullptr) == 0;
+            InfoBlock info{.encrypted = 1, .key = length % 2 == 0 ? fileKey : zeros};
+            const Parse encrypted(Join({info.Build(), Event{.group = name, .data = cipher}.Build()}),
+                                  callerKey);
+            info.encrypted = 0;
+            const Parse decrypted(Join({info.Build(), Event{.group = name, .data = plain}.Build()}),
+                                  callerKey);
+            EXPECT_EQ(encrypted.failure, decrypted.failure);
+            EXPECT_EQ(encrypted.document.value("events", json()),
+                      whole ? decrypted.document["events"] : json());
+            EXPECT_EQ(encrypted.output.find("Decryption failed.") != std::string::npos, length % 16 != 0);
+        }
+    }
+}
+
+TEST(ReplayParser, an_event_that_cannot_be_decrypted_is_passed_over) {
+    const Bytes key = Sequence(0, 16);
+    const Event good{.group = "AthenaMatchTeamStats", .data = Bytes(16)};
+    const Event bad{.group = "AthenaMatchTeamStats", .data = Bytes(20)};
+    const Parse parse(Join({InfoBlock{.encrypted = 1, .key = key}.Build(), bad.Build(), good.Build()}));
+    EXPECT_EQ(parse.output, "\n[ orvel::util::data::decrypt ] Decryption failed.\n");
+    EXPECT_EQ(parse.document["events"].size(), 1U);
+}
+
+TEST(ReplayParser, memory_follows_the_largest_payload_not_the_numbers_in_the_file) {
+    constexpr std::size_t kPayload = 8 * kMebibyte;
+    const Bytes encrypted = InfoBlock{.encrypted = 1, .key = Sequence(1, 16)}.Build();
+    const Bytes large = Event{.group = "AthenaMatchStats", .data = Bytes(kPayload, 0x20)}.Build();
+    const auto withName = [](std::int32_t saveNum, const Bytes& units) {
+        return Writer().U32(0x1CA2E27F).U32(1).Fill(12).I32(saveNum).Add(units).Fill(8).bytes;
+    };
+    const Bytes endless(32 * kMebibyte, 'a');
+    constexpr std::int32_t kMostUnits = CppUtilities::BinaryReader::kMaxStringBytes / 2;
+    struct Case {
+        const char* what;
+        Bytes bytes;
+        std::size_t payload;
+    };
+    const Case cases[] = {
+        {"plain payloads", Join({InfoBlock{}.Build(), large, large}), kPayload},
+        {"encrypted payloads", Join({encrypted, large, large}), kPayload},
+        {"name without end", withName(1, endless), 0},
+        {"long name", withName(-kMostUnits, endless), 0},
+        {"longer name", withName(-16'000'000, endless), 0},
+        {"event without end", Join({InfoBlock{}.Build(), Writer().U32(kEvent).Fill(8).Add(endless).bytes}),
+         0},
+        {"key", Join({InfoBlock{.key = endless}.Build(), large}), 0},
+        {"list",
+         Join({InfoBlock{}.Build(),
+               Chunk(kHeader,
+                     Join({Header{.version = 5, .gameData = std::vector<std::string>(16 * 1024)}.Build(),
+                           endless}))}),
+         80 * 1024},
+    };
+    for (const Case& c : cases) EXPECT_LE(Parse(c.bytes).peak, 4 * kMebibyte + 2 * c.payload) << c.what;
+}
+
+TEST(ReplayParser, a_file_of_more_than_4_gib_is_read_to_its_end) {
+    constexpr std::int64_t kChunks = 3;
+    const Bytes info = InfoBlock{}.Build();
+    const Bytes head = Writer().U32(kData).I32(INT32_MAX).bytes;
+    const Bytes event = Eliminations("playerElim", "", 42);
+    const TemporaryFile temporary(info);
+    std::fstream file(temporary.path, std::ios_base::binary | std::ios_base::in | std::ios_base::out);
+    auto offset = static_cast<std::int64_t>(info.size());
+    const auto put = [&](const Bytes& bytes) {
+        file.seekp(offset).write(reinterpret_cast<const char*>(bytes.data()), std::ssize(bytes));
+    };
+    for (int i = 0; i < kChunks; ++i) {
+        put(head);
+        offset += std::int64_t{std::ssize(head)} + INT32_MAX;
+    }
+    put(event);
+    offset += std::ssize(event);
+    file.close();
+
+    const Parse parse(temporary);
+    ASSERT_EQ(parse.events.size(), 1U);
+    EXPECT_GT(parse.events[0].DataOffset, kChunks * INT32_MAX);
+    EXPECT_EQ(parse.document["events"][0]["eventMeta"]["time1"], 42);
+    EXPECT_EQ(parse.document["ReplayFileMeta"]["TotalDataSizeInBytes"], offset);
+    EXPECT_EQ(parse.resumePosition, static_cast<std::uint32_t>(offset));
+}
+
+}  // namespace
