@@ -2,6 +2,7 @@
 #include <napi.h>
 
 #include "games/corvane/napi-module/read-corvane-demo.h"
+#include "games/corvane/napi-module/read-replay-document.h"
 #include "games/corvane/napi-module/watcher-bridge.h"
 
 namespace {
@@ -15,6 +16,11 @@ Napi::Object Publish(Napi::Env env, Napi::Object exports) {
     Publish(env, exports, "ReadCorvaneDemo", orvel::corvane::ReadCorvaneDemo);
     Publish(env, exports, "StartCorvaneWatcher", orvel::corvane::StartCorvaneWatcher);
     Publish(env, exports, "StopCorvaneWatcher", orvel::corvane::StopCorvaneWatcher);
+    // Not enumerable: corvane_napi/client's own, no function of the module's interface.
+    constexpr char kReadReplayDocument[] = "readReplayDocument";
+    exports.DefineProperty(Napi::PropertyDescriptor::Value(
+        kReadReplayDocument,
+        Napi::Function::New(env, orvel::corvane::ReadReplayDocument, kReadReplayDocument)));
     return exports;
 }
 

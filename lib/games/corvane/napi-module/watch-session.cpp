@@ -1,6 +1,8 @@
 #include "games/corvane/napi-module/watch-session.h"
 
+#include <cstdio>
 #include <filesystem>
+#include <string>
 #include <utility>
 
 #include "games/corvane/corvane-lib/src/replay-parser.h"
@@ -21,6 +23,13 @@ bool IsReplayFile(const std::wstring& path) {
     return std::filesystem::is_regular_file(file, error);
 }
 
+// Says which file the end of the process is due to: nothing else tells, and corvane_napi/client reads it.
+void NameCulprit(const std::wstring& path) {
+    const std::string name = util::platform::WideToUtf8(path);
+    std::fprintf(stderr, "[ orvel::corvane::WatchSession::OnReport ] Ending the process over %s\n",
+                 name.c_str());
+}
+
 }  // namespace
 
 WatchSession::WatchSession(std::wstring folder, std::vector<std::uint8_t> key)
@@ -36,6 +45,7 @@ void WatchSession::OnReport(const std::wstring& path, ::util::FileStatus status)
         if (!IsReplayFile(path)) return;
         DeliverReplay(path);
     } catch (...) {
+        NameCulprit(path);
         EndProcessWithCurrentException();
     }
     m_watcher.Pause(kDeliveryPause);

@@ -40,6 +40,8 @@ class ReplayParser : public ue4::FArchiveReader {
     // Null before the parse. The parser's own; callers may take it or add to it.
     nlohmann::json& Document() { return m_document; }
     const ue4::ReplayFileInfo& FileInfo() const { return m_fileInfo; }
+    // Whether the event is of a kind that the document shows.
+    bool Handles(const ue4::FLocalFileEventInfo& info) const { return FindHandler(info) != nullptr; }
 
   private:
     using Handler = std::function<bool(std::vector<std::uint8_t>&, const ue4::FLocalFileEventInfo&)>;

@@ -1,0 +1,52 @@
+'use strict';
+// The program of the child processes. It is told what to do over the IPC channel and answers there. Its standard output
+// takes the native add-on's own lines, which nobody reads; its standard error says why it ended.
+//
+//     { path, key }  reads a replay; answers { text }, the document in UTF-8, or { code, reason }
+//     { key }        watches the demo folder; answers { watching: true }, then { payload } for each result, or once
+//                    { code, reason }
+
+const fs = require('node:fs');
+const loadAddon = require('../load-addon.js');
+
+// The native side cannot say why a file does not open; Node.js meets the same obstacle and can.
+function openFailure(path) {
+  try {
+    if (!fs.statSync(path).isFile()) return 'not a regular file';
+    fs.closeSync(fs.openSync(path));
+  } catch (error) {
+    return error.message;
+  }
+}
+
+// What has no code is none of the add-on's own errors: it is not the add-on that belongs to this client.
+const failure = ({ code = 'ERR_CORVANE_ADDON', message }) => ({ code, reason: message.trim() });
+
+function read(path, key) {
+  try {
+    return { text: loadAddon().readReplayDocument(path, key) };
+  } catch (error) {
+    const { code, reason } = failure(error);
+    return { code, reason: (code === 'ERR_UNREADABLE' && openFailure(path)) || reason };
+  }
+}
+
+function watch(key) {
+  try {
+    loadAddon().StartCorvaneWatcher((payload) => answer({ payload }), key);
+    // Without a demo folder the first payload says so, and is on its way by then: the parent hears of it first.
+    setTimeout(() => answer({ watching: true }), 100);
+  } catch (error) {
+    answer(failure(error));
+  }
+}
+
+// The parent may be gone by now; that is no error.
+function answer(message) {
+  process.send(message, () => {});
+}
+
+process.on('message', ({ path, key }) => (path === undefined ? watch(key) : answer(read(path, key))));
+process.on('disconnect', () => process.exit());
+// A terminal's interrupt goes to both; what comes of it is the parent's decision.
+for (const signal of ['SIGINT', 'SIGHUP']) process.on(signal, () => {});

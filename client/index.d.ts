@@ -1,0 +1,141 @@
+// Types of corvane_napi/client. docs/api.md tells the whole of it.
+
+import { EventEmitter } from 'node:events';
+import type { ReplayDocument, ReplayFileMeta, WatcherReplay } from '../index.js';
+
+export type ReplayErrorCode =
+  | 'ERR_UNREADABLE'
+  | 'ERR_NOT_A_REPLAY'
+  | 'ERR_KEY_REQUIRED'
+  | 'ERR_CORRUPT'
+  | 'ERR_OUT_OF_MEMORY'
+  | 'ERR_TIMEOUT'
+  | 'ERR_ABORTED'
+  | 'ERR_CHILD_LOST'
+  | 'ERR_CORVANE_ADDON'
+  | 'ERR_NO_DEMO_FOLDER'
+  | 'ERR_INVALID_ARGUMENT';
+
+/** What every function of the client fails with. */
+export class ReplayError extends Error {
+  private constructor();
+  readonly name: 'ReplayError';
+  readonly code: ReplayErrorCode;
+  /** What the native side, the system or the child process said. */
+  readonly reason: string;
+  /** The file as it was named; absent when the error is about none. */
+  readonly path?: string;
+}
+
+/** The path of a replay, or its `file:` URL. */
+export type ReplayPath = string | URL;
+
+/** 16, 24 or 32 bytes. Not used on a replay that carries a key of its own. */
+export type ReplayKey = ArrayBufferLike | ArrayBufferView;
+
+export interface WatchOptions {
+  key?: ReplayKey;
+  signal?: AbortSignal;
+}
+
+export interface ReadOptions extends WatchOptions {
+  /** Milliseconds that reading a file may take, once its turn has come. */
+  timeout?: number;
+}
+
+export interface ReadManyOptions extends ReadOptions {
+  /** How many files are read at once: 1 to 64. Default: that of the client. */
+  concurrency?: number;
+}
+
+/** A document of the client: a file without the information block is an error there. */
+export interface ReadDocument extends ReplayDocument {
+  ReplayFileMeta: ReplayFileMeta;
+}
+
+export type ReadResult<Path extends ReplayPath = ReplayPath> =
+  | { path: Path; document: ReadDocument; error?: never }
+  | { path: Path; document?: never; error: ReplayError };
+
+export type ReadTextResult<Path extends ReplayPath = ReplayPath> =
+  | { path: Path; text: string; error?: never }
+  | { path: Path; text?: never; error: ReplayError };
+
+export type WatchResult =
+  | { document: WatcherReplay; error?: never }
+  | { document?: never; error: ReplayError };
+
+/** Reads one replay in a child process. */
+export function readReplay(path: ReplayPath, options?: ReadOptions): Promise<ReadDocument>;
+
+/** The same as JSON text, in which 64-bit numbers have all their digits. */
+export function readReplayText(path: ReplayPath, options?: ReadOptions): Promise<string>;
+
+/**
+ * Reads many replays with child processes of its own, which end with the iteration, and yields a result for each path, in
+ * order: a file that fails does not end the run.
+ */
+export function readReplays<Path extends ReplayPath>(
+  paths: Iterable<Path> & object,
+  options?: ReadManyOptions,
+): AsyncGenerator<ReadResult<Path>, void, undefined>;
+
+/** The same with JSON text. */
+export function readReplayTexts<Path extends ReplayPath>(
+  paths: Iterable<Path> & object,
+  options?: ReadManyOptions,
+): AsyncGenerator<ReadTextResult<Path>, void, undefined>;
+
+/** Watches the game's demo folder in a child process, which is started again when a replay has ended it. */
+export function watchReplays(options?: WatchOptions): ReplayWatch;
+
+export interface ReplayWatchEvents {
+  /** A replay changed. */
+  replay: [document: WatcherReplay];
+  /** A replay could not be read, or the folder is missing; watching goes on, unless 'close' follows. */
+  error: [error: ReplayError];
+  /** A child process watches from now on: after the start, and after each restart. */
+  watching: [];
+  close: [];
+}
+
+/**
+ * Iterating yields what the events 'replay' and 'error' tell, from the moment the iterator is made; leaving the loop
+ * closes the watch. A failure for which there is neither an iterator nor a listener becomes a process warning.
+ */
+export interface ReplayWatch extends EventEmitter, AsyncIterable<WatchResult> {
+  on<Name extends keyof ReplayWatchEvents>(
+    name: Name,
+    listener: (...args: ReplayWatchEvents[Name]) => void,
+  ): this;
+  once<Name extends keyof ReplayWatchEvents>(
+    name: Name,
+    listener: (...args: ReplayWatchEvents[Name]) => void,
+  ): this;
+  off<Name extends keyof ReplayWatchEvents>(
+    name: Name,
+    listener: (...args: ReplayWatchEvents[Name]) => void,
+  ): this;
+  [Symbol.asyncIterator](): AsyncIterableIterator<WatchResult>;
+  /** Stops watching and ends iterations. Resolves when the child process is no more. */
+  close(): Promise<void>;
+}
+
+export interface ReplayClientOptions {
+  /** How many replays are read at once: 1 to 64. Default: the number of processors. */
+  concurrency?: number;
+  /** The program of the child processes. Default: `process.execPath`, run with `ELECTRON_RUN_AS_NODE`. */
+  execPath?: string;
+}
+
+/** Child processes of its own. The functions of the module belong to one client that is made of the defaults. */
+export class ReplayClient {
+  constructor(options?: ReplayClientOptions);
+  readReplay: typeof readReplay;
+  readReplayText: typeof readReplayText;
+  readReplays: typeof readReplays;
+  readReplayTexts: typeof readReplayTexts;
+  watchReplays: typeof watchReplays;
+  /** Ends what is under way with `ERR_ABORTED` and closes the watches. Resolves when no child process is left. */
+  close(): Promise<void>;
+}

@@ -1,0 +1,17 @@
+'use strict';
+// corvane_napi/client: replays read and watched in child processes, so that none of them can end the application.
+
+const { ReplayClient } = require('./replay-client.js');
+const { ReplayError } = require('./replay-error.js');
+
+const shared = new ReplayClient();
+
+module.exports = {
+  ReplayClient,
+  ReplayError,
+  readReplay: (path, options) => shared.readReplay(path, options),
+  readReplayText: (path, options) => shared.readReplayText(path, options),
+  readReplays: (paths, options) => shared.readReplays(paths, options),
+  readReplayTexts: (paths, options) => shared.readReplayTexts(paths, options),
+  watchReplays: (options) => shared.watchReplays(options),
+};

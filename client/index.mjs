@@ -1,0 +1,12 @@
+// The same for `import`.
+import client from './index.js';
+
+export const {
+  ReplayClient,
+  ReplayError,
+  readReplay,
+  readReplayText,
+  readReplays,
+  readReplayTexts,
+  watchReplays,
+} = client;

@@ -1,0 +1,74 @@
+'use strict';
+// What callers pass, checked and brought into the form that the rest of the client works with. What is wrong throws a
+// ReplayError ERR_INVALID_ARGUMENT.
+
+const os = require('node:os');
+const path = require('node:path');
+const { fileURLToPath } = require('node:url');
+const { isAnyArrayBuffer } = require('node:util/types');
+const { ReplayError } = require('./replay-error.js');
+
+const MAX_CONCURRENCY = 64;
+const MAX_TIMER_MS = 2 ** 31 - 1;
+const AES_KEY_BYTES = [16, 24, 32];
+
+const invalid = (reason) => new ReplayError('ERR_INVALID_ARGUMENT', reason);
+
+// The absolute path: a child keeps the working folder in which it was started.
+function filePath(value) {
+  if (typeof value === 'string' && value !== '') return path.resolve(value);
+  try {
+    if (value instanceof URL) return fileURLToPath(value);
+  } catch (error) {
+    throw invalid(error.message);
+  }
+  throw invalid('path must be a string or a file: URL');
+}
+
+// A copy, since reading starts later; empty when there is no key.
+function keyBuffer(key) {
+  if (key === undefined) return new ArrayBuffer(0);
+  const bytes = ArrayBuffer.isView(key)
+    ? new Uint8Array(key.buffer, key.byteOffset, key.byteLength)
+    : isAnyArrayBuffer(key) && new Uint8Array(key);
+  if (bytes && AES_KEY_BYTES.includes(bytes.length)) return Uint8Array.from(bytes).buffer;
+  throw invalid('key must be an ArrayBuffer or a view of one, of 16, 24 or 32 bytes');
+}
+
+function abortSignal(signal) {
+  if (signal === undefined || typeof signal?.aborted === 'boolean') return signal;
+  throw invalid('signal must be an AbortSignal');
+}
+
+function timeoutMs(timeout) {
+  if (timeout === undefined) return undefined;
+  if (typeof timeout === 'number' && timeout > 0 && timeout <= MAX_TIMER_MS) return timeout;
+  throw invalid(`timeout must be a number of milliseconds, above 0 and at most ${MAX_TIMER_MS}`);
+}
+
+const processors = () => Math.min(os.availableParallelism?.() ?? os.cpus().length, MAX_CONCURRENCY);
+
+function concurrency(count = processors()) {
+  if (Number.isInteger(count) && count >= 1 && count <= MAX_CONCURRENCY) return count;
+  throw invalid(`concurrency must be a whole number from 1 to ${MAX_CONCURRENCY}`);
+}
+
+function execPath(program = process.execPath) {
+  if (typeof program === 'string' && program !== '') return program;
+  throw invalid('execPath must be the path of a program');
+}
+
+// A list of paths, not one: a string would be read as the list of its characters.
+function pathList(paths) {
+  if (typeof paths === 'object' && typeof paths?.[Symbol.iterator] === 'function') return paths;
+  throw invalid('paths must be an iterable of paths');
+}
+
+// What one reading is told, whichever function it is for.
+function limits(given = {}) {
+  if (typeof given !== 'object' || given === null) throw invalid('options must be an object');
+  const { key, signal, timeout } = given;
+  return { key: keyBuffer(key), signal: abortSignal(signal), timeout: timeoutMs(timeout) };
+}
+
+module.exports = { filePath, limits, concurrency, execPath, pathList };

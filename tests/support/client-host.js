@@ -1,0 +1,22 @@
+'use strict';
+// node client-host.js WHAT FILE: an application over the client for tests of its end. Prints the pid of its child.
+
+const { readReplay, watchReplays } = require('../../client');
+
+const [what, file] = process.argv.slice(2);
+const WHATS = {
+  // Nothing keeps it from ending.
+  idle: async () => console.log((await readReplay(file)).pid),
+  // Waits, with an idle child.
+  wait: async () => {
+    console.log((await readReplay(file)).pid);
+    setInterval(() => {}, 60_000);
+  },
+  // Ends while a child reads.
+  exit: () => {
+    readReplay(file);
+    setInterval(() => require('node:fs').existsSync(`${file}.pid`) && process.exit(5), 20);
+  },
+  watch: () => watchReplays().on('replay', ({ pid }) => console.log(pid)),
+};
+WHATS[what]();

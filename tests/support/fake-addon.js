@@ -1,0 +1,69 @@
+'use strict';
+// Stands in for the native add-on in child processes of the client (CORVANE_ADDON), to do at a word what replays do
+// seldom. The file name says what: its parts are separated by dots, as in "sleep.200.replay".
+
+const fs = require('node:fs');
+const path = require('node:path');
+
+const ENDING = '[ orvel::corvane::WatchSession::OnReport ] Ending the process over';
+
+const document = (fields) => Buffer.from(JSON.stringify({ pid: process.pid, ...fields }));
+
+function sleep(ms) {
+  Atomics.wait(new Int32Array(new SharedArrayBuffer(4)), 0, 0, Number(ms));
+}
+
+const READS = {
+  pid: () => document(),
+  key: (file, argument, key) => document({ key: Buffer.from(key).toString('hex') }),
+  text: (file, bytes) => document({ text: 'ä'.repeat(bytes / 2) }),
+  sleep(file, ms) {
+    sleep(ms);
+    return document();
+  },
+  // Blocks for good, as soon as FILE.pid says which process does.
+  hang(file) {
+    fs.writeFileSync(`${file}.writing`, String(process.pid));
+    fs.renameSync(`${file}.writing`, `${file}.pid`);
+    for (;;) sleep(1000);
+  },
+  exit(file, status) {
+    fs.writeSync(2, 'the reason of the end\n');
+    process.exit(Number(status));
+  },
+  // What the file holds: a document, or "CODE reason".
+  content(file) {
+    const content = fs.readFileSync(file, 'utf8');
+    if (content.startsWith('{')) return Buffer.from(content);
+    const [code, ...reason] = content.split(' ');
+    throw Object.assign(new Error(reason.join(' ')), { code });
+  },
+};
+
+function readReplayDocument(file, key) {
+  const [what, argument] = path.basename(file).split('.');
+  return READS[what](file, argument, key);
+}
+
+// CORVANE_FAKE_WATCH names a file with what the watchers do, one line each, of which a start takes the first: its steps
+// in JSON. { deliver: DOCUMENT }, { sleep: MS }, { endBecauseOf: FILE } or { end: STATUS }.
+function StartCorvaneWatcher(deliver) {
+  const [line, ...rest] = fs.readFileSync(process.env.CORVANE_FAKE_WATCH, 'utf8').split('\n');
+  fs.writeFileSync(process.env.CORVANE_FAKE_WATCH, rest.join('\n'));
+  const steps = JSON.parse(line || '[]');
+  const next = () => {
+    const step = steps.shift();
+    if (step === undefined) return;
+    if ('deliver' in step) deliver(JSON.stringify({ ...step.deliver, pid: process.pid }));
+    if ('endBecauseOf' in step) {
+      fs.writeSync(2, `${ENDING} ${step.endBecauseOf}\nthe reason\n`);
+      process.exit(3);
+    }
+    if ('end' in step) process.exit(step.end);
+    setTimeout(next, step.sleep ?? 0);
+  };
+  setImmediate(next);
+  setInterval(() => {}, 60_000);
+}
+
+module.exports = { readReplayDocument, StartCorvaneWatcher };
