@@ -137,7 +137,7 @@ bool HuffTable::Build(const HuffCode& code) {
         const auto size = std::ptrdiff_t{1} << (length - 1);
         std::copy(entries.begin(), entries.begin() + size, entries.begin() + size);
         for (const std::uint8_t symbol : code.SymbolsOf(length)) {
-            entries[mirrored] = static_cast<std::uint16_t>(symbol << 8 | length);
+            entries[mirrored] = static_cast<std::uint16_t>(std::uint32_t{symbol} << 8 | length);
             mirrored = NextMirrored(mirrored, length);
         }
     }
