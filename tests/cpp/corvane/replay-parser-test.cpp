@@ -194,7 +194,7 @@ TEST(ReplayParser, memory_follows_the_largest_payload_not_the_numbers_in_the_fil
         {"encrypted payloads", Join({encrypted, large, large}), kPayload},
         {"name without end", withName(1, endless), 0},
         {"long name", withName(-kMostUnits, endless), 0},
-        {"longer name", withName(-16'000'000, endless), 0},
+        {"longer name", withName(-3'000'000, endless), 0},
         {"event without end", Join({InfoBlock{}.Build(), Writer().U32(kEvent).Fill(8).Add(endless).bytes}),
          0},
         {"key", Join({InfoBlock{.key = endless}.Build(), large}), 0},

@@ -124,7 +124,7 @@ TEST(BinaryReader, a_string_longer_than_any_name_is_data_that_runs_out) {
         EXPECT_EQ(reader->readTerminatedString().size(), length == kMost ? length : 0U);
         EXPECT_EQ(reader->fail(), length != kMost);
     }
-    MemoryReader longest(Bytes(2 * kMost, 'a'));
+    MemoryReader longest(Bytes(3 * kMost, 'a'));
     EXPECT_EQ(longest->readWString(kMost / 2).size(), kMost / 2);
     EXPECT_EQ(longest->readWString(kMost / 2 + 1).size(), 0U);
 }

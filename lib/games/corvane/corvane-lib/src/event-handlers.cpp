@@ -105,10 +105,8 @@ bool ReadMatchTeamStats(std::span<const std::uint8_t> payload, nlohmann::json& e
 void ReadElimination(std::span<const std::uint8_t> payload, nlohmann::json& event) {
     ue4::FDataReader archive(payload.data(), payload.size(), CppUtilities::LittleEndian);
     CppUtilities::BinaryReader& reader = archive.Reader();
-    const std::int32_t length = archive.ReadInt32();
-    // A negative length is one that no payload holds.
-    if (length < 0) reader.runOut();
-    reader.skip(static_cast<std::uint64_t>(length));
+    // A negative length becomes one that no payload holds.
+    reader.skip(static_cast<std::uint64_t>(std::int64_t{archive.ReadInt32()}));
     reader.skip(8);
     const Position killed = ReadPosition(archive);
     reader.skip(28);
