@@ -16,14 +16,14 @@ const MEANINGS = {
 };
 
 class ReplayError extends Error {
-  // code: a key of MEANINGS. reason: what the failing side said of it. path: the file as the caller named it, undefined
-  // if the error is about none. options: those of Error.
+  // code: a key of MEANINGS. reason: what the failing side said of it. path: the file as the caller named it, if the
+  // error is about one. options: those of Error.
   constructor(code, reason, path, options) {
     const subject = path === undefined ? '' : `: ${path}`;
     super(`${MEANINGS[code]}${subject} (${reason})`, options);
     this.code = code;
     this.reason = reason;
-    this.path = path;
+    if (path !== undefined) this.path = path;
   }
 
   // The signal's own reason becomes the cause.

@@ -12,7 +12,7 @@ const FIRST_PAUSE_MS = 500;
 const LONGEST_PAUSE_MS = 30_000;
 
 // What the native watcher writes to standard error before a replay ends its process.
-const ENDED_BY = /^\[ orvel::corvane::WatchSession::OnReport \] Ending the process over (.*)$/m;
+const ENDED_BY = /\[ orvel::corvane::WatchSession::OnReport \] Ending the process over (.*)$/m;
 
 // Tells whether a file has changed.
 function stamp(path) {

@@ -1,0 +1,156 @@
+'use strict';
+// Watching through the client, with a fake add-on that delivers, and ends its process, to a script.
+
+const assert = require('node:assert/strict');
+const fs = require('node:fs');
+const path = require('node:path');
+const { afterEach, test } = require('node:test');
+const { eventually, livingChildren } = require('../support/client-processes.js');
+const { temporaryFolder } = require('../support/reads.js');
+const { ReplayClient } = require('../../client');
+
+const folder = temporaryFolder();
+const file = (name) => path.join(folder, name);
+process.env.CORVANE_ADDON = path.join(__dirname, '..', 'support', 'fake-addon.js');
+process.env.CORVANE_FAKE_WATCH = file('script');
+
+let client;
+afterEach(async () => {
+  await client.close();
+  assert.deepEqual(livingChildren(), []);
+});
+
+// starts: for each start of a child the steps that it does (fake-addon.js).
+function startWatch(starts, options) {
+  fs.writeFileSync(process.env.CORVANE_FAKE_WATCH, starts.map((steps) => JSON.stringify(steps)).join('\n'));
+  client = new ReplayClient();
+  return client.watchReplays(options);
+}
+
+// Collects what the events tell: { document: n } or { error: code }.
+function record(watch) {
+  const seen = [];
+  watch.on('replay', ({ n }) => seen.push({ document: n }));
+  watch.on('error', ({ code }) => seen.push({ error: code }));
+  return seen;
+}
+
+// Unlike events.once, this does not listen for errors too.
+const next = (emitter, name) => new Promise((resolve) => emitter.once(name, resolve));
+const deliver = (n) => ({ deliver: { n } });
+
+test('a replay that ends the child is named with its own failure; watching goes on', async () => {
+  const broken = file('content.broken');
+  fs.writeFileSync(broken, 'ERR_CORRUPT the reason');
+  const watch = startWatch([[deliver(1), { endBecauseOf: broken }], [deliver(2)]]);
+  const seen = record(watch);
+  const error = await next(watch, 'error');
+  assert.deepEqual([error.name, error.code, error.path], ['ReplayError', 'ERR_CORRUPT', broken]);
+  assert.equal(error.reason, 'the reason');
+  await next(watch, 'replay');
+  assert.deepEqual(seen, [{ document: 1 }, { error: 'ERR_CORRUPT' }, { document: 2 }]);
+});
+
+test('a replay that has been completed in the meantime is delivered', async () => {
+  const unfinished = file('content.unfinished');
+  fs.writeFileSync(unfinished, '{"n":"completed"}');
+  const watch = startWatch([[{ endBecauseOf: unfinished }], [deliver(2)]]);
+  const seen = record(watch);
+  assert.ok(await eventually(() => seen.length === 2));
+  assert.deepEqual(seen, [{ document: 'completed' }, { document: 2 }]);
+});
+
+test('what was written to it while no child watched is delivered once', async () => {
+  const growing = file('content.growing');
+  fs.writeFileSync(growing, 'ERR_CORRUPT half of it');
+  const watch = startWatch([[{ endBecauseOf: growing }], [{ sleep: 400 }, deliver(2)]]);
+  const seen = record(watch);
+  await next(watch, 'error');
+  fs.writeFileSync(growing, '{"n":"all of it"}');
+  assert.ok(await eventually(() => seen.length === 3));
+  assert.deepEqual(seen, [{ error: 'ERR_CORRUPT' }, { document: 'all of it' }, { document: 2 }]);
+});
+
+test('a child that ends over and over is started again after pauses that double', async () => {
+  const watch = startWatch([...Array(3).fill([{ end: 9 }]), [deliver(1), { end: 9 }], [deliver(2)]]);
+  const times = [];
+  watch.on('error', ({ code, reason }) => {
+    assert.deepEqual([code, reason], ['ERR_CHILD_LOST', 'exit code 9']);
+    times.push(performance.now());
+  });
+  const replays = [];
+  watch.on('replay', () => replays.push(performance.now()));
+  assert.ok(await eventually(() => replays.length === 2));
+  const pauses = times.slice(1).map((time, i) => time - times[i]);
+  assert.ok(pauses[0] >= 500 && pauses[1] >= 1000 && pauses[2] >= 2000, `${pauses}`);
+  // A delivery ends the doubling.
+  const last = replays[1] - times[3];
+  assert.ok(last >= 500 && last < 2000, `${last}`);
+});
+
+test('a missing demo folder is told once, and waited for', async () => {
+  const missing = { deliver: { err: "Couldn't locate Corvane's Demo Directory." } };
+  const watch = startWatch([[missing], [missing], [deliver(1)]]);
+  const seen = record(watch);
+  const error = await next(watch, 'error');
+  assert.match(error.reason, /^Couldn't locate/);
+  await next(watch, 'replay');
+  assert.deepEqual(seen, [{ error: 'ERR_NO_DEMO_FOLDER' }, { document: 1 }]);
+});
+
+test('iterating gives documents and errors; leaving the loop closes the watch', async () => {
+  const watch = startWatch([
+    [deliver(1), deliver(2), { end: 9 }],
+    [deliver(3), deliver(4)],
+  ]);
+  const closed = next(watch, 'close');
+  const seen = [];
+  for await (const { document, error } of watch) {
+    seen.push(document?.n ?? error.code);
+    if (document?.n === 3) break;
+  }
+  assert.deepEqual(seen, [1, 2, 'ERR_CHILD_LOST', 3]);
+  await closed;
+});
+
+test('an abort ends watch, iteration and child without an error', async () => {
+  const controller = new AbortController();
+  const watch = startWatch([[deliver(1)]], { signal: controller.signal });
+  const closed = next(watch, 'close');
+  const seen = [];
+  for await (const { document, error } of watch) {
+    seen.push(document?.n ?? error.code);
+    controller.abort();
+  }
+  assert.deepEqual(seen, [1]);
+  await closed;
+  assert.deepEqual(livingChildren(), []);
+  const late = client.watchReplays({ signal: controller.signal });
+  for await (const result of late) assert.fail(JSON.stringify(result));
+});
+
+test('an add-on that does not load ends the watch', async () => {
+  const before = process.env.CORVANE_ADDON;
+  process.env.CORVANE_ADDON = file('none.node');
+  const watch = startWatch([]);
+  process.env.CORVANE_ADDON = before;
+  const seen = record(watch);
+  await next(watch, 'close');
+  assert.deepEqual(seen, [{ error: 'ERR_CORVANE_ADDON' }]);
+});
+
+test('a failure that nobody listens for is a warning, and no end of the application', async () => {
+  const warned = next(process, 'warning');
+  const watch = startWatch([[{ end: 9 }], [deliver(1)]]);
+  await next(watch, 'replay');
+  const warning = await warned;
+  assert.equal(warning.code, 'ERR_CHILD_LOST');
+});
+
+test('a key reaches the watcher and the reading of what ended it; a wrong one is refused at once', async () => {
+  const key = Buffer.from('000102030405060708090a0b0c0d0e0f', 'hex');
+  const watch = startWatch([[{ endBecauseOf: file('key') }]], { key });
+  const document = await next(watch, 'replay');
+  assert.equal(document.key, key.toString('hex'));
+  assert.throws(() => client.watchReplays({ key: 'text' }), { code: 'ERR_INVALID_ARGUMENT' });
+});
