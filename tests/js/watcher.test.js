@@ -1,0 +1,209 @@
+'use strict';
+// The watcher in this process: demo folder, polling, parse and delivery, with replays that grow as the game writes them.
+
+const assert = require('node:assert/strict');
+const fs = require('node:fs');
+const { after, describe, it } = require('node:test');
+const { DemoFolder, Watch, addonPath, idOf, sleep } = require('../support/demo-folder.js');
+const w = require('../support/replay-writer.js');
+
+const addon = require(addonPath);
+const key = Buffer.from('000102030405060708090a0b0c0d0e0f', 'hex');
+const keyHex = [...key].map((byte) => byte.toString(16).padStart(2, '0') + ' ').join('');
+const elimination = { Group: 'playerElim', data: w.encrypt(w.playerElim({ damageType: 7 }), key) };
+const encrypted = (id, EncryptionKey) =>
+  w.replay(
+    { Timestamp: BigInt(id), bEncrypted: 1, EncryptionKey },
+    w.headerChunk(),
+    w.eventChunk(elimination),
+  );
+
+describe('the watcher', { concurrency: 1 }, () => {
+  const demo = new DemoFolder();
+  after(() => addon.StopCorvaneWatcher());
+
+  it('takes a function and an ArrayBuffer, and nothing else', () => {
+    assert.equal(addon.StopCorvaneWatcher(), undefined);
+    const expected = {
+      name: 'TypeError',
+      message: 'Expected 2 required arguments [jsCallbackFn, ArrayBuffer: encKey, <interval>]',
+    };
+    const callback = () => {};
+    for (const args of [
+      [],
+      [callback],
+      [undefined, new ArrayBuffer(0)],
+      [{}, new ArrayBuffer(0)],
+      [callback, new Uint8Array(16)],
+      [callback, 'key'],
+      [callback, new SharedArrayBuffer(16)],
+    ]) {
+      assert.throws(() => addon.StartCorvaneWatcher(...args), expected);
+    }
+  });
+
+  it('follows each file from created to erased and back', async () => {
+    const files = {
+      'ä世😀.replay': [1],
+      'key in file.replay': [2, encrypted(2, key)],
+      'key from JavaScript.replay': [3, encrypted(3, Buffer.alloc(16))],
+      'sub/deeper/below.replay': [4],
+      'not a replay.replay': [undefined, Buffer.from('something else that is long enough')],
+      'CAPITALS.REPLAY': [6],
+      'replay.txt': [7],
+      '.replay': [8],
+    };
+    const names = Object.keys(files);
+    const bystander = 'there before.replay';
+    demo.write(bystander, 9);
+    const keyForAll = Uint8Array.from(key).buffer;
+    const watch = new Watch(addon).start(keyForAll, 'ignored');
+    new Uint8Array(keyForAll).fill(0xff); // the watcher has its own copy
+    const byId = async (count) => new Map((await watch.take(count)).map((p) => [idOf(p), p]));
+    const grow = () => names.forEach((name) => demo.grow(name));
+
+    for (const [name, [id, bytes]] of Object.entries(files)) demo.write(name, id, bytes);
+    fs.mkdirSync(demo.path('folder.replay'));
+    await watch.none();
+
+    // Modified for the first time: all carry "Creation".
+    grow();
+    fs.writeFileSync(demo.path('folder.replay', 'inside'), ''); // a folder that is modified is no replay
+    const first = await byId(5);
+    assert.deepEqual(new Set(first.keys()), new Set([1, 2, 3, 4, undefined]));
+    for (const [name, [id]] of Object.entries(files).slice(0, 5)) {
+      const { document, text } = first.get(id);
+      const fileName = demo.path(...name.split('/'));
+      assert.deepEqual(document.Creation, { fileName, timestamp: id ?? 0 });
+      assert.equal(document.PlayerStateEncryptionKey, id === 2 ? 1 : undefined);
+      assert.equal('GameAlive' in document, false);
+      assert.ok(text.startsWith('{\n "Creation": {\n  "fileName": "'));
+    }
+    for (const id of [2, 3]) {
+      assert.equal(first.get(id).document.ReplayFileMeta.EncryptionKey, keyHex);
+      assert.equal(first.get(id).document.events[0].damageType, 7);
+    }
+
+    // Modified again: only what the file's state says, and for the file of which nothing is known "GameAlive".
+    grow();
+    const second = await byId(5);
+    assert.deepEqual(second.get(undefined).document, { GameAlive: 1 });
+    for (const [id, { document }] of second) {
+      assert.equal('Creation' in document, false);
+      assert.equal(document.PlayerStateEncryptionKey, id === 2 ? 1 : undefined);
+      // The scan goes on where the last one ended, after all chunks with something to tell.
+      if (id !== undefined) assert.deepEqual(Object.keys(document).slice(-1), ['ReplayFileMeta']);
+    }
+
+    // Erased, and created again: its state outlives it, so the next payload has no "Creation".
+    fs.rmSync(demo.path(names[0]));
+    await watch.none();
+    demo.write(names[0], 1);
+    await watch.none();
+    demo.grow(names[0]);
+    demo.grow(bystander);
+    const third = await byId(2);
+    assert.equal('Creation' in third.get(1).document, false);
+    assert.equal(third.get(9).document.Creation.timestamp, 9);
+  });
+
+  it('tells two writes within one second apart, and polls every half second whatever interval says', async () => {
+    demo.write('growing.replay', 10);
+    const watch = new Watch(addon).start(undefined, 50);
+    const times = [];
+    for (let i = 0; i < 4; ++i) {
+      demo.grow('growing.replay');
+      times.push((await watch.take(1))[0].at);
+    }
+    const gaps = times.slice(1).map((time, i) => time - times[i]);
+    assert.ok(Math.min(...gaps) > 500 && Math.max(...gaps) < 900, `${gaps}`);
+    // A clock that was set back: earlier is as different as later.
+    fs.utimesSync(demo.path('growing.replay'), 1e9, 1e9);
+    await watch.take(1);
+  });
+
+  it('spaces payloads by 100 ms; Stop waits for those that are due, but not for the spaces', async () => {
+    const names = Array.from({ length: 200 }, (_, i) => `many ${i}.replay`);
+    names.forEach((name, i) => demo.write(name, 1000 + i));
+    const watch = new Watch(addon).start();
+    names.forEach((name) => demo.grow(name));
+    const few = await watch.take(10);
+    const gaps = few.slice(1).map((payload, i) => payload.at - few[i].at);
+    assert.ok(gaps.sort((a, b) => a - b)[4] >= 100, `${gaps}`);
+    const began = performance.now();
+    addon.StopCorvaneWatcher();
+    assert.ok(performance.now() - began < 12_000); // with them it would be 19 s
+    const ids = [...few, ...(await watch.take(190))].map(idOf).sort((a, b) => a - b);
+    assert.deepEqual(
+      ids,
+      names.map((_, i) => 1000 + i),
+    );
+    names.forEach((name) => fs.rmSync(demo.path(name)));
+  });
+
+  it('starts afresh after Stop, and a second Start takes over', async () => {
+    demo.write('a.replay', 20);
+    const first = new Watch(addon).start();
+    demo.grow('a.replay');
+    assert.ok('Creation' in (await first.take(1))[0].document);
+    addon.StopCorvaneWatcher();
+    addon.StopCorvaneWatcher();
+    demo.grow('a.replay');
+    await first.none();
+
+    const second = new Watch(addon).start();
+    demo.grow('a.replay');
+    assert.ok('Creation' in (await second.take(1))[0].document);
+    // While the second watcher is in the pause after its delivery.
+    const third = new Watch(addon).start();
+    demo.grow('a.replay');
+    assert.ok('Creation' in (await third.take(1))[0].document);
+    await third.none();
+    assert.deepEqual([first.payloads, second.payloads], [[], []]);
+  });
+
+  it('can be started again and again inside deliveries', async () => {
+    demo.write('a.replay', 21);
+    demo.write('b.replay', 22);
+    let starts = 0;
+    await new Promise((resolve) => {
+      const callback = () => {
+        if (++starts >= 8) return resolve(); // payloads queued meanwhile come here as well
+        addon.StartCorvaneWatcher(callback, new ArrayBuffer(0));
+        demo.grow('a.replay');
+        demo.grow('b.replay');
+      };
+      addon.StartCorvaneWatcher(callback, new ArrayBuffer(0));
+      demo.grow('a.replay');
+    });
+    addon.StopCorvaneWatcher();
+  });
+
+  it('says so when there is no demo folder; a watcher that runs goes on with the new callback', async () => {
+    const err = { err: "Couldn't locate Corvane's Demo Directory." };
+    addon.StopCorvaneWatcher();
+    demo.clear();
+    const idle = new Watch(addon);
+    const began = performance.now();
+    idle.start();
+    assert.ok(performance.now() - began >= 100);
+    assert.deepEqual(idle.payloads, []);
+    assert.deepEqual((await idle.take(1))[0].document, err);
+
+    demo.create();
+    await idle.none();
+    demo.write('a.replay', 30);
+    const running = new Watch(addon).start();
+    demo.grow('a.replay');
+    await running.take(1);
+    fs.renameSync(demo.demos, demo.demos + ' aside');
+    const next = new Watch(addon).start();
+    assert.deepEqual((await next.take(1))[0].document, err);
+    await sleep(600); // at least one cycle without the folder: what was in it is erased
+    fs.renameSync(demo.demos + ' aside', demo.demos);
+    await sleep(1200); // and one with it: created
+    demo.grow('a.replay');
+    assert.equal(idOf((await next.take(1))[0]), 30);
+    assert.deepEqual(running.payloads, []);
+  });
+});
