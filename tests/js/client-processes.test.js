@@ -54,7 +54,8 @@ test('a blocked read ends at its timeout, its child with it; others and the next
 
 test('the timeout begins when the turn of the file has come', async () => {
   const one = new ReplayClient({ concurrency: 1 });
-  const reads = Array.from({ length: 3 }, () => one.readReplay(file('sleep.400'), { timeout: 1000 }));
+  await readPid(one);
+  const reads = Array.from({ length: 3 }, () => one.readReplay(file('sleep.600'), { timeout: 1500 }));
   assert.equal((await Promise.all(reads)).length, 3);
   await one.close();
 });

@@ -214,3 +214,15 @@ test('the internal export is not enumerated, and refuses other arguments', () =>
     });
   }
 });
+
+test('a failed read holds nothing', () => {
+  const openFiles = () => (process.platform === 'win32' ? 0 : fs.readdirSync('/proc/self/fd').length);
+  const before = openFiles();
+  for (const [i, { bytes }] of BROKEN.filter(({ bytes }) => bytes).entries()) {
+    const file = write(`held-${i}.replay`, bytes);
+    assert.throws(() => addon.readReplayDocument(file, new ArrayBuffer(0)), { code: /^ERR_/ });
+    // Windows deletes no file that is open.
+    fs.rmSync(file);
+  }
+  assert.equal(openFiles(), before);
+});
