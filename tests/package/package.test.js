@@ -2,7 +2,7 @@
 // The package as its users get it: packed, installed offline into an empty folder, and used from there in every host.
 
 const assert = require('node:assert/strict');
-const { execFileSync } = require('node:child_process');
+const { execFileSync, spawnSync } = require('node:child_process');
 const fs = require('node:fs');
 const path = require('node:path');
 const { test } = require('node:test');
@@ -54,15 +54,41 @@ test('the Linux file needs no newer system than the README says', () => {
   }
 });
 
-test('the types hold for ES modules and for CommonJS', () => {
+// What the sample, which has every kind of event, is read as.
+function sampleDocument() {
+  const program = path.join(installed.folder, 'node_modules', '.bin', 'corvane-replay');
+  return execFileSync(program, ['read', 'match.replay'], { cwd: installed.folder, encoding: 'utf8' });
+}
+
+test('the types hold for ES modules and for CommonJS, and know every field of a document', () => {
   const types = path.join(root, 'tests', 'types');
-  const sources = fs.readdirSync(types);
-  sources.forEach((name) => fs.copyFileSync(path.join(types, name), path.join(installed.folder, name)));
+  const sources = [...fs.readdirSync(types), 'sample.mts'];
+  sources
+    .slice(0, -1)
+    .forEach((name) => fs.copyFileSync(path.join(types, name), path.join(installed.folder, name)));
+  const literal = `export const sample: import('corvane_napi').ReplayDocument = ${sampleDocument()}`;
+  fs.writeFileSync(path.join(installed.folder, 'sample.mts'), literal);
   const options = ['--noEmit', '--strict', '--module', 'node16', '--target', 'es2022', '--resolveJsonModule'];
   options.push('--types', 'node', '--typeRoots', path.join(root, 'node_modules', '@types'));
-  execFileSync(path.join(root, 'node_modules', '.bin', 'tsc'), [...options, ...sources], {
+  const tsc = path.join(root, 'node_modules', '.bin', 'tsc');
+  const { status, stdout } = spawnSync(tsc, [...options, ...sources], {
     cwd: installed.folder,
+    encoding: 'utf8',
   });
+  assert.equal(status, 0, stdout);
+});
+
+test('docs/document.md tells of every field of a document', () => {
+  const text = fs.readFileSync(path.join(installed.module, 'docs', 'document.md'), 'utf8');
+  const fields = new Set();
+  JSON.parse(sampleDocument(), (key, value) => {
+    if (Array.isArray(value) || typeof value !== 'object') fields.add(key);
+    return value;
+  });
+  const named = [...fields].filter((field) => /\D/.test(field));
+  assert.ok(named.length > 40, `${named.length} fields`);
+  const missing = named.filter((field) => !new RegExp(`\`[\\w.]*\\b${field}\``).test(text));
+  assert.deepEqual(missing, []);
 });
 
 for (const host of hosts) {
