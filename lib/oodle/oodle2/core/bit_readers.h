@@ -43,23 +43,34 @@ class BitCursor {
     void Skip(std::size_t bits) { bitPos_ += bits; }
 
   protected:
-    // The 8 bytes from the position's byte on, the first in the lowest bits.
-    std::uint64_t Bytes() const {
+    // The 8 bytes from the position's byte on, the first of them in the lowest bits or in the highest.
+    std::uint64_t FirstByteLow() const {
         const std::size_t at = bitPos_ / 8;
-        if (at + 8 > range_.size()) return BytesNearEnd(at);
-        if constexpr (kDirection == Direction::Forward) return Load<std::uint64_t>(range_.data() + at);
-        return SwapBytes(Load<std::uint64_t>(range_.data() + range_.size() - at - 8));
+        if (at + 8 > range_.size()) [[unlikely]]
+            return BytesNearEnd(range_, at);
+        return kDirection == Direction::Forward ? LoadAt(at) : SwapBytes(LoadAt(at));
+    }
+    std::uint64_t FirstByteHigh() const {
+        const std::size_t at = bitPos_ / 8;
+        if (at + 8 > range_.size()) [[unlikely]]
+            return SwapBytes(BytesNearEnd(range_, at));
+        return kDirection == Direction::Forward ? SwapBytes(LoadAt(at)) : LoadAt(at);
     }
 
     unsigned BitInByte() const { return static_cast<unsigned>(bitPos_ % 8); }
 
   private:
-    [[gnu::noinline]] std::uint64_t BytesNearEnd(std::size_t at) const {
+    std::uint64_t LoadAt(std::size_t at) const {
+        return Load<std::uint64_t>(range_.data() +
+                                   (kDirection == Direction::Forward ? at : range_.size() - at - 8));
+    }
+
+    // Takes no `this`, so that a cursor can stay in registers.
+    [[gnu::noinline]] static std::uint64_t BytesNearEnd(std::span<const std::uint8_t> range, std::size_t at) {
         std::uint64_t word = 0;
-        for (unsigned i = 0; i < 8 && at + i < range_.size(); ++i) {
-            const std::size_t index =
-                kDirection == Direction::Forward ? at + i : range_.size() - 1 - (at + i);
-            word |= std::uint64_t{range_[index]} << (8 * i);
+        for (unsigned i = 0; i < 8 && at + i < range.size(); ++i) {
+            const std::size_t index = kDirection == Direction::Forward ? at + i : range.size() - 1 - (at + i);
+            word |= std::uint64_t{range[index]} << (8 * i);
         }
         return word;
     }
@@ -74,7 +85,7 @@ class MsbReader : public BitCursor<kDirection> {
     using BitCursor<kDirection>::BitCursor;
 
     // The next 57 bits or more, from bit 63 down.
-    std::uint64_t Window() const { return SwapBytes(this->Bytes()) << this->BitInByte(); }
+    std::uint64_t Window() const { return this->FirstByteHigh() << this->BitInByte(); }
 
     // 0 to 31 bits.
     std::uint32_t Peek(unsigned count) const {
@@ -103,7 +114,9 @@ class LsbReader : public BitCursor<kDirection> {
     using BitCursor<kDirection>::BitCursor;
 
     // The next 25 bits or more, from bit 0 up.
-    std::uint32_t Window() const { return static_cast<std::uint32_t>(this->Bytes() >> this->BitInByte()); }
+    std::uint32_t Window() const {
+        return static_cast<std::uint32_t>(this->FirstByteLow() >> this->BitInByte());
+    }
 
     // 0 to 25 bits.
     std::uint32_t Read(unsigned count) {

@@ -19,8 +19,10 @@ inline void Copy16(std::uint8_t* to, const std::uint8_t* from) {
 }
 
 // Each byte the sum of two, modulo 256.
-inline void Add8(std::uint8_t* to, const std::uint8_t* from, const std::uint8_t* base) {
-    Store8(to, _mm_add_epi8(Load8(from), Load8(base)));
+inline void Add16(std::uint8_t* to, const std::uint8_t* from, const std::uint8_t* base) {
+    const __m128i sum = _mm_add_epi8(_mm_loadu_si128(reinterpret_cast<const __m128i*>(from)),
+                                     _mm_loadu_si128(reinterpret_cast<const __m128i*>(base)));
+    _mm_storeu_si128(reinterpret_cast<__m128i*>(to), sum);
 }
 
 }  // namespace oo2

@@ -25,11 +25,14 @@ struct FastBits {
           ptr(Advance(origin, reader.BitsUsed() / 8)),
           bits(kMarker >> reader.BitsUsed() % 8) {}
 
-    // Whether the next word lies within `memory`, of which `ptr` is a part or the end.
-    bool CanRefill(std::span<const std::uint8_t> memory) const {
+    // How many rounds of one Refill and up to kBits bits are safe: their words lie within `memory`, of which
+    // `ptr` is a part or the end. Each Refill first moves by the whole bytes taken since the last one, less
+    // than a word.
+    std::size_t SafeRounds(std::span<const std::uint8_t> memory) const {
         const std::ptrdiff_t room =
             kDirection == Direction::Forward ? memory.data() + memory.size() - ptr : ptr - memory.data();
-        return room >= kRefillRoom;
+        constexpr std::ptrdiff_t kWord = sizeof(Word);
+        return room < kWord ? 0 : static_cast<std::size_t>((room - kWord) / (kWord - 1));
     }
 
     void Refill() {
@@ -55,9 +58,6 @@ struct FastBits {
     Word bits;
 
   private:
-    // Refill first moves by the bytes taken since the last one, less than a word, and then reads one.
-    static constexpr std::ptrdiff_t kRefillRoom = 2 * sizeof(Word);
-
     static const std::uint8_t* Advance(const std::uint8_t* from, std::size_t bytes) {
         return kDirection == Direction::Forward ? from + bytes : from - bytes;
     }

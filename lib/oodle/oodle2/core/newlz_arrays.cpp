@@ -2,6 +2,7 @@
 
 #include <cstring>
 
+#include "oodle/oodle2/core/newlz_arrays_huff.h"
 #include "oodle/oodle2/core/oodlebase.h"
 
 namespace oo2 {
@@ -51,15 +52,21 @@ bool ReadLongHeader(std::span<const std::uint8_t> in, ArrayHeader& header) {
     return header.compLen > 0 && header.compLen < header.rawLen;
 }
 
+bool DecodeHuffman(bool split, std::span<const std::uint8_t> comp, std::span<std::uint8_t> out,
+                   const ArrayScratch& scratch) {
+    if (scratch.batch) return scratch.batch->Add(comp, out, split);
+    HuffBatch batch;
+    return batch.Add(comp, out, split) && batch.Run(scratch.path);
+}
+
 bool DecodeCoded(ArrayType type, std::span<const std::uint8_t> comp, std::span<std::uint8_t> out,
                  ArrayScratch& scratch) {
     switch (type) {
         case ArrayType::Tans:
             return newLZ_decode_tans(comp, out, scratch.path);
         case ArrayType::Huffman:
-            return newLZ_decode_huff(comp, out, false, scratch.path);
         case ArrayType::HuffmanSplit:
-            return newLZ_decode_huff(comp, out, true, scratch.path);
+            return DecodeHuffman(type == ArrayType::HuffmanSplit, comp, out, scratch);
         case ArrayType::RunLength:
             return newLZ_decode_rle(comp, out, scratch);
         case ArrayType::Multi:
@@ -109,6 +116,8 @@ std::optional<DecodedArray> newLZ_get_array(std::span<const std::uint8_t> in, st
     const std::span<std::uint8_t> out(dest, header->rawLen);
     ArrayScratch inner = scratch;
     ++inner.depth;
+    const bool isHuffman = header->type == ArrayType::Huffman || header->type == ArrayType::HuffmanSplit;
+    if (!isHuffman) inner.batch = nullptr;  // what is inside must be there at once
     const bool good = DecodeCoded(header->type, comp, out, inner);
     scratch.innerBytesLeft = inner.innerBytesLeft;
     if (!good) return std::nullopt;

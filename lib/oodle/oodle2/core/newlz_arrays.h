@@ -28,12 +28,16 @@ struct ArrayHeader {
     std::size_t compLen = 0;  // bytes after the header
 };
 
+class HuffBatch;
+
 // Where arrays are decoded that have no other place, and what bounds the decoding of arrays inside arrays.
 struct ArrayScratch {
     std::uint8_t* next = nullptr;
     std::uint8_t* end = nullptr;
     DecodePath path = DecodePath::Fast;
     unsigned depth = 0;  // arrays around the one to read
+    // If given, Huffman arrays are only prepared: their bytes are there once the batch has run.
+    HuffBatch* batch = nullptr;
     // Raw bytes that the arrays inside this one may still have in all: a few bytes of input can ask for
     // hundreds of thousands, many times over. The budget lets the deepest nesting hold the largest array at
     // every level.

@@ -1,4 +1,6 @@
 // tANS arrays: five states that take turns, fed from both ends of the data.
+#include <algorithm>
+
 #include "oodle/oodle2/core/fast_bits.h"
 #include "oodle/oodle2/core/newlz_arrays.h"
 #include "oodle/oodle2/core/newlz_tans.h"
@@ -59,35 +61,38 @@ void StepFast(std::uint32_t& state, FastBits<kDirection>& window, const TansTabl
     out = at.symbol;
 }
 
+constexpr std::size_t kStepsPerRefill = FastBits<Direction::Forward>::kBits / kMaxTansBits;
+constexpr std::size_t kRefillsPerFive = (kStates + kStepsPerRefill - 1) / kStepsPerRefill;
+
 // Five steps of one reader, with as few refills as its word allows.
 template <Direction kDirection>
 void RunFive(std::array<std::uint32_t, kStates>& states, FastBits<kDirection>& window, const TansTable& table,
              std::uint8_t* out) {
-    constexpr std::size_t kSteps = FastBits<kDirection>::kBits / kMaxTansBits;
 #pragma GCC unroll 8
     for (std::size_t i = 0; i < kStates; ++i) {
-        if (i % kSteps == 0) window.Refill();
+        if (i % kStepsPerRefill == 0) window.Refill();
         StepFast(states[i], window, table, out[i]);
     }
 }
 
 void TansDecoder::RunFast() {
     constexpr std::size_t kRound = 2 * kStates;
-    // Refills of one round move on by less than this; a window that can refill here has room for all of them.
-    constexpr std::size_t kRoundBytes = (kStates * kMaxTansBits + 7) / 8 + 1;
-    const std::size_t end = out_.size() - kStates;
-    if (data_.size() < kRoundBytes) return;
     FastBits<Direction::Forward> forward(data_, forward_);
     FastBits<Direction::Backward> backward(data_, backward_);
-    const std::span<const std::uint8_t> forwardRoom = data_.first(data_.size() - kRoundBytes);
-    const std::span<const std::uint8_t> backwardRoom = data_.subspan(kRoundBytes);
     std::array<std::uint32_t, kStates> states = states_;
     std::uint8_t* out = out_.data();
-    while (end - done_ >= kRound && forward.CanRefill(forwardRoom) && backward.CanRefill(backwardRoom)) {
-        RunFive(states, forward, table_, out);
-        RunFive(states, backward, table_, out + kStates);
-        out += kRound;
-        done_ += kRound;
+    const auto safeRounds = [&] {
+        const std::size_t left = out_.size() - kStates - done_;
+        return std::min({left / kRound, forward.SafeRounds(data_) / kRefillsPerFive,
+                         backward.SafeRounds(data_) / kRefillsPerFive});
+    };
+    while (const std::size_t rounds = safeRounds()) {
+        for (std::size_t round = 0; round < rounds; ++round) {
+            RunFive(states, forward, table_, out);
+            RunFive(states, backward, table_, out + kStates);
+            out += kRound;
+        }
+        done_ += rounds * kRound;
     }
     states_ = states;
     forward_.Skip(forward.BitsUsed() - forward_.BitsUsed());

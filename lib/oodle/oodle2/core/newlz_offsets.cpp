@@ -1,5 +1,6 @@
 // The raw bits behind a chunk's arrays: they complete the offset codes and the excess codes.
 #include <algorithm>
+#include <array>
 #include <bit>
 
 #include "oodle/oodle2/core/bit_readers.h"
@@ -34,52 +35,79 @@ struct SectionReader {
     MsbReader<Direction::Backward> backward;
 };
 
+// What an offset code stands for: base, plus (r << kShift) for r of `bits` raw bits.
+struct OffsetCode {
+    std::uint32_t base;
+    std::uint32_t bits;
+};
+using OffsetCodeTable = std::array<OffsetCode, 256>;
+
+// The single form. A code c below kFirstFarCode has k = (c >> 4) + 4 bits r, and the offset
+// ((1 << k | r) << 4) + (c & 15) - 248. One from there on has k = (c & 15) + 16 bits r, and the offset
+// (1 << k | r) + 8322816.
+constexpr unsigned kFirstFarCode = 0xF0;
+constexpr unsigned kSingleShift = 4;
+constexpr OffsetCodeTable kSingleForm = [] {
+    OffsetCodeTable table{};
+    for (std::uint32_t c = 0; c < table.size(); ++c) {
+        const bool isFar = c >= kFirstFarCode;
+        const std::uint32_t bits = isFar ? (c & 15) + 16 : (c >> 4) + 4;
+        table[c] = {isFar ? (1u << bits) + 8'322'816 : (16u << bits) + (c & 15) - 248, bits};
+    }
+    return table;
+}();
+
+// The modulus form: a code c has k = c >> 3 bits r, and the offset ((8 + (c & 7)) << k) + r - 8. With a
+// modulus m of more than 1 the offset is m times that, plus a low part.
+constexpr unsigned kModulusShift = 0;
+constexpr OffsetCodeTable kModulusForm = [] {
+    OffsetCodeTable table{};
+    for (std::uint32_t c = 0; c < table.size(); ++c) {
+        const std::uint32_t bits = std::min(c >> 3, kMaxModulusBits);
+        table[c] = {((8 + (c & 7)) << bits) - 8, bits};
+    }
+    return table;
+}();
+
 std::uint32_t Limited(std::uint64_t offset) {
     return static_cast<std::uint32_t>(std::min<std::uint64_t>(offset, kOffsetTooFar));
 }
 
-// A code of the single form, c:
-//   below 0xF0   with k = (c >> 4) + 4 and r of k bits: ((1 << k | r) << 4) + (c & 15) - 248
-//   from 0xF0    with k = (c & 15) + 16 and r of k bits: (1 << k | r) + 8322816
-struct SingleForm {
-    template <typename Reader>
-    static std::uint32_t Read(Reader& reader, unsigned c) {
-        if (c < 0xF0) [[likely]] {
-            const unsigned bits = (c >> 4) + 4;
-            return ((1u << bits | reader.Read(bits)) << 4) + (c & 15) - 248;
-        }
-        const unsigned bits = (c & 15) + 16;
-        return Limited((std::uint64_t{1} << bits | reader.Read(bits)) + 8'322'816);
+template <unsigned kShift, typename Reader>
+[[gnu::always_inline]] inline std::uint32_t ReadOffset(Reader& reader, const OffsetCodeTable& table,
+                                                       unsigned c) {
+    const OffsetCode code = table[c];
+    const std::uint32_t raw = reader.Read(code.bits);
+    if constexpr (kShift == kSingleShift) {
+        if (c >= kFirstFarCode) [[unlikely]]
+            return Limited(std::uint64_t{code.base} + raw);
     }
-};
+    return code.base + (raw << kShift);
+}
 
-// A code of the modulus form, c, with k = c >> 3 and r of k bits: ((8 + (c & 7)) << k) + r - 8.
-struct ModulusForm {
-    template <typename Reader>
-    static std::uint32_t Read(Reader& reader, unsigned c) {
-        const unsigned bits = c >> 3;
-        return ((8 + (c & 7)) << bits) + reader.Read(bits) - 8;
-    }
-};
-
-template <typename Form>
-void ReadOffsets(SectionReader& in, Bytes codes, std::span<std::uint32_t> offsets) {
+template <unsigned kShift>
+void ReadOffsets(SectionReader& in, const OffsetCodeTable& table, Bytes codes,
+                 std::span<std::uint32_t> offsets) {
+    MsbReader<Direction::Forward> forward = in.forward;
+    MsbReader<Direction::Backward> backward = in.backward;
     std::size_t i = 0;
     for (; i + 1 < codes.size(); i += 2) {
-        offsets[i] = Form::Read(in.forward, codes[i]);
-        offsets[i + 1] = Form::Read(in.backward, codes[i + 1]);
+        offsets[i] = ReadOffset<kShift>(forward, table, codes[i]);
+        offsets[i + 1] = ReadOffset<kShift>(backward, table, codes[i + 1]);
     }
-    if (i < codes.size()) offsets[i] = Form::Read(in.forward, codes[i]);
+    if (i < codes.size()) offsets[i] = ReadOffset<kShift>(forward, table, codes[i]);
+    in.forward = forward;
+    in.backward = backward;
 }
 
 bool UnpackOffsets(SectionReader& in, const OffsetCodes& from, std::span<std::uint32_t> offsets) {
     if (from.modulus == 0) {
-        ReadOffsets<SingleForm>(in, from.codes, offsets);
+        ReadOffsets<kSingleShift>(in, kSingleForm, from.codes, offsets);
         return true;
     }
     const auto isTooLong = [](std::uint8_t c) { return c >> 3 > kMaxModulusBits; };
     if (std::any_of(from.codes.begin(), from.codes.end(), isTooLong)) return false;
-    ReadOffsets<ModulusForm>(in, from.codes, offsets);
+    ReadOffsets<kModulusShift>(in, kModulusForm, from.codes, offsets);
     if (from.modulus > 1) {
         for (std::size_t i = 0; i < offsets.size(); ++i) {
             offsets[i] = Limited(std::uint64_t{from.modulus} * offsets[i] + from.lowParts[i]);

@@ -10,6 +10,10 @@
 namespace oo2 {
 namespace {
 
+// Offsets have 32 bits: further back than this nothing is reached, and kOffsetTooFar reaches before every
+// window.
+constexpr std::size_t kLongestReach = kOffsetTooFar - 1 - kMaxChunkLen;
+
 class Parser {
   public:
     Parser(const Chunk& chunk, const ChunkStreams& streams);
@@ -17,7 +21,7 @@ class Parser {
     bool Run(DecodePath path);
 
   private:
-    bool StreamsCoverCommands() const;
+    bool StreamsCoverCommands();
     bool RunFast();
     bool RunOne();
     bool CopyLiterals(std::size_t count);
@@ -25,16 +29,16 @@ class Parser {
     bool CopyMatch(std::size_t offset, std::size_t length);
 
     ParseState state_;
-    const LiteralMode mode_;
+    ParseTraits traits_;
     // The last literals, with room behind them for a unit to be read.
     std::array<std::uint8_t, 2 * kLiteralMargin> tail_;
     bool literalsAreInTail_ = false;
 };
 
-Parser::Parser(const Chunk& chunk, const ChunkStreams& streams) : mode_(streams.mode) {
+Parser::Parser(const Chunk& chunk, const ChunkStreams& streams) : traits_{.mode = streams.mode} {
     state_.out = chunk.raw;
     state_.outEnd = chunk.raw + chunk.rawLen;
-    state_.windowStart = chunk.raw - chunk.bytesSinceReset;
+    state_.windowStart = chunk.raw - std::min(chunk.bytesSinceReset, kLongestReach);
     state_.commands = Cursor(streams.commands);
     state_.literals = Cursor(streams.literals);
     state_.offsets = Cursor(streams.offsets);
@@ -43,16 +47,29 @@ Parser::Parser(const Chunk& chunk, const ChunkStreams& streams) : mode_(streams.
     state_.out += streams.head.size();
 }
 
-// Counts what all the commands take, so that nothing needs to ask before it takes an offset or an excess.
-bool Parser::StreamsCoverCommands() const {
+// Counts what all the commands take, so that nothing needs to ask before it takes an offset or an excess. The
+// counts of a round fit a byte, which lets the compiler count 16 commands at once.
+bool Parser::StreamsCoverCommands() {
+    constexpr std::size_t kRound = 64;
     std::size_t offsets = 0;
     std::size_t excesses = 0;
-    for (const std::uint8_t* at = state_.commands.next; at != state_.commands.end; ++at) {
-        const Command command{*at};
-        offsets += command.OffsetIndex() == kNewOffset;
-        excesses += command.RunCode() == kLongRunCode;
-        excesses += command.LengthCode() == kLongMatchCode;
-    }
+    const auto count = [&](const std::uint8_t* from, std::size_t commands) {
+        std::uint8_t newOffsets = 0;
+        std::uint8_t longRuns = 0;
+        std::uint8_t longMatches = 0;
+        for (std::size_t i = 0; i < commands; ++i) {
+            const Command command{from[i]};
+            newOffsets = static_cast<std::uint8_t>(newOffsets + (command.OffsetIndex() == kNewOffset));
+            longRuns = static_cast<std::uint8_t>(longRuns + (command.RunCode() == kLongRunCode));
+            longMatches = static_cast<std::uint8_t>(longMatches + (command.LengthCode() == kLongMatchCode));
+        }
+        offsets += newOffsets;
+        excesses += std::size_t{longRuns} + longMatches;
+    };
+    Cursor<std::uint8_t> commands = state_.commands;
+    for (; commands.Left() >= kRound; commands.next += kRound) count(commands.next, kRound);
+    count(commands.next, commands.Left());
+    traits_.mostlyNewOffsets = offsets >= state_.commands.Left() / 16 * 15;
     return offsets <= state_.offsets.Left() && excesses <= state_.excesses.Left();
 }
 
@@ -68,7 +85,7 @@ bool Parser::Run(DecodePath path) {
 
 bool Parser::RunFast() {
     if (!literalsAreInTail_) {
-        if (!ParseFast(state_, mode_, 0)) return false;
+        if (!ParseFast(state_, traits_, 0)) return false;
         const std::size_t left = state_.literals.Left();
         if (left >= kLiteralMargin) return true;
         std::copy_n(state_.literals.next, left, tail_.begin());
@@ -76,7 +93,7 @@ bool Parser::RunFast() {
         state_.literals = Cursor(std::span<const std::uint8_t>(tail_.data(), left));
         literalsAreInTail_ = true;
     }
-    return ParseFast(state_, mode_, kLiteralMargin);
+    return ParseFast(state_, traits_, kLiteralMargin);
 }
 
 bool Parser::RunOne() {
@@ -86,7 +103,7 @@ bool Parser::RunOne() {
     if (!CopyLiterals(run)) return false;
 
     const std::uint32_t offset = TakeOffset(command.OffsetIndex());
-    if (offset == 0 || offset == kOffsetTooFar || offset > state_.Written()) return false;
+    if (offset == 0 || offset > state_.Written()) return false;
 
     std::size_t length = command.LengthCode() + kShortMatchBase;
     if (command.LengthCode() == kLongMatchCode) {
@@ -102,8 +119,9 @@ bool Parser::CopyLiterals(std::size_t count) {
     const std::size_t base = state_.recent[0];
     for (; count > 0; --count, ++state_.out) {
         const std::uint8_t literal = *state_.literals.next++;
-        *state_.out =
-            mode_ == LiteralMode::Sub ? static_cast<std::uint8_t>(literal + *(state_.out - base)) : literal;
+        *state_.out = traits_.mode == LiteralMode::Sub
+                          ? static_cast<std::uint8_t>(literal + *(state_.out - base))
+                          : literal;
     }
     return true;
 }

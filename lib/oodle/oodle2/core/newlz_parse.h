@@ -13,11 +13,11 @@ namespace oo2 {
 struct Command {
     std::uint8_t byte;
 
-    unsigned RunCode() const { return byte & 3; }  // literals; kLongRunCode: the next excess
-    unsigned LengthCode() const {
+    constexpr unsigned RunCode() const { return byte & 3; }  // literals; kLongRunCode: the next excess
+    constexpr unsigned LengthCode() const {
         return byte >> 2 & 15;
     }  // match bytes less 2; kLongMatchCode: 14 and the next excess
-    unsigned OffsetIndex() const {
+    constexpr unsigned OffsetIndex() const {
         return byte >> 6;
     }  // one of the recent offsets; kNewOffset: the next offset
 };
@@ -54,12 +54,18 @@ struct ParseState {
     std::size_t Written() const { return static_cast<std::size_t>(out - windowStart); }
 };
 
+// What ParseFast is made for in advance.
+struct ParseTraits {
+    LiteralMode mode = LiteralMode::Raw;
+    bool mostlyNewOffsets = false;  // hardly any command takes a recent offset
+};
+
 // Runs commands while every copy of theirs, rounded up to whole units, stays within the chunk and the
 // literals, of which `literalSlack` bytes may be read behind the last. It stops before the first command that
 // needs care. False if the streams are corrupt.
-bool ParseFast(ParseState& state, LiteralMode mode, std::size_t literalSlack);
+bool ParseFast(ParseState& state, const ParseTraits& traits, std::size_t literalSlack);
 
 // The literals that may be left when ParseFast stops for want of them.
-inline constexpr std::size_t kLiteralMargin = 40;
+inline constexpr std::size_t kLiteralMargin = 32;
 
 }  // namespace oo2

@@ -3,6 +3,7 @@
 #include <iterator>
 
 #include "oodle/oodle2/core/newlz_arrays.h"
+#include "oodle/oodle2/core/newlz_arrays_huff.h"
 #include "oodle/oodle2/core/newlz_chunk.h"
 #include "oodle/oodle2/core/oodlebase.h"
 
@@ -41,9 +42,12 @@ class Unpacker {
         scratch_.next = chunk.scratch.data();
         scratch_.end = chunk.scratch.data() + chunk.scratch.size();
         scratch_.path = chunk.path;
+        scratch_.batch = &batch_;
     }
 
-    bool Run() { return TakeHead() && TakeExcessCount() && TakeArrays() && TakeBits(); }
+    bool Run() {
+        return TakeHead() && TakeExcessCount() && TakeArrays() && batch_.Run(chunk_.path) && TakeBits();
+    }
 
   private:
     bool TakeHead();
@@ -58,6 +62,7 @@ class Unpacker {
     Bytes rest_;
     ChunkStreams& streams_;
     ArrayScratch scratch_;
+    HuffBatch batch_;
     std::ptrdiff_t excessBytes_ = -1;  // not sent
     OffsetCodes offsetCodes_;
     Bytes excessCodes_;
