@@ -5,7 +5,10 @@
 namespace orvel::corvane {
 
 nlohmann::json CreationMember(const std::wstring& path, std::uint64_t timestamp) {
-    return {{"timestamp", timestamp}, {"fileName", util::platform::WideToUtf8(path)}};
+    nlohmann::json creation = nlohmann::json::object();
+    creation["timestamp"] = timestamp;
+    creation["fileName"] = util::platform::WideToUtf8(path);
+    return creation;
 }
 
 std::string DocumentText(const nlohmann::json& document) {

@@ -9,6 +9,7 @@
 #include <nlohmann/json.hpp>
 
 #include "games/corvane/corvane-lib/src/replay-parser.h"
+#include "games/corvane/corvane-lib/src/ue4/util/json-object.h"
 #include "games/corvane/napi-module/document-text.h"
 #include "games/corvane/napi-module/process-end.h"
 
@@ -39,9 +40,9 @@ Napi::Value ParseToText(Napi::Env env, const std::wstring& path) {
         std::uint32_t resumePosition = 0;
         bool resumeFlag = false;
         parser->ParseReplay(resumePosition, resumeFlag, {});
-        nlohmann::json document = parser->Document();
-        document["Creation"] = CreationMember(path, parser->FileInfo().Timestamp);
-        return Napi::String::New(env, WidenBytes(DocumentText(document)));
+        ue4::Document document(parser->Document());
+        ue4::AsObject(document.json)["Creation"] = CreationMember(path, parser->FileInfo().Timestamp);
+        return Napi::String::New(env, WidenBytes(DocumentText(document.json)));
     } catch (const std::runtime_error&) {
         // ReplayException is one of them. The parser of a failed replay is deliberately not destroyed: its
         // memory and its open file stay held until the process ends.

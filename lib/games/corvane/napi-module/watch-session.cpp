@@ -6,6 +6,7 @@
 #include <utility>
 
 #include "games/corvane/corvane-lib/src/replay-parser.h"
+#include "games/corvane/corvane-lib/src/ue4/util/json-object.h"
 #include "games/corvane/napi-module/delivery-channel.h"
 #include "games/corvane/napi-module/document-text.h"
 #include "games/corvane/napi-module/process-end.h"
@@ -58,10 +59,10 @@ void WatchSession::DeliverReplay(const std::wstring& path) {
     parser.ParseReplay(state.resumePosition, state.resumeFlag, m_key);
 
     nlohmann::json& document = parser.Document();
-    if (isFirstParse) document["Creation"] = CreationMember(path, parser.FileInfo().Timestamp);
-    if (state.resumeFlag) document["PlayerStateEncryptionKey"] = 1;
+    if (isFirstParse) ue4::AsObject(document)["Creation"] = CreationMember(path, parser.FileInfo().Timestamp);
+    if (state.resumeFlag) ue4::AsObject(document)["PlayerStateEncryptionKey"] = 1;
     // The game still writes to a file of which there is nothing to tell yet.
-    if (document.empty()) document = {{"GameAlive", 1}};
+    if (document.empty()) ue4::AsObject(document)["GameAlive"] = 1;
     QueueText(DocumentText(document));
 }
 

@@ -5,6 +5,7 @@
 #include <string>
 
 #include "games/corvane/corvane-lib/src/guid.h"
+#include "games/corvane/corvane-lib/src/ue4/util/json-object.h"
 #include "games/corvane/corvane-lib/src/ue4/util/ue4-binary-streams.h"
 #include "util/console.h"
 
@@ -75,30 +76,26 @@ void AddParticipant(nlohmann::json& event, const std::string& role, const Positi
 
 bool ReadMatchStats(std::span<const std::uint8_t> payload, nlohmann::json& event) {
     if (!HoldsLayout(payload, 48, "ReadMatchStats")) return false;
-    event = {
-        {"evtName", "AthenaMatchStats"},
-        {"accuracy", double{std::bit_cast<float>(WordAt(payload, 4))}},
-        {"assists", WordAt(payload, 8)},
-        {"kills", WordAt(payload, 12)},
-        {"weapon_damage", WordAt(payload, 16)},
-        {"other_damage", WordAt(payload, 20)},
-        {"revives", WordAt(payload, 24)},
-        {"damage_taken", WordAt(payload, 28)},
-        {"damage_to_structures", WordAt(payload, 32)},
-        {"materials_gathered", WordAt(payload, 36)},
-        {"materials_used", WordAt(payload, 40)},
-        {"total_traveled", WordAt(payload, 44)},
-    };
+    ue4::AsObject(event)["evtName"] = "AthenaMatchStats";
+    event["accuracy"] = double{std::bit_cast<float>(WordAt(payload, 4))};
+    event["assists"] = WordAt(payload, 8);
+    event["kills"] = WordAt(payload, 12);
+    event["weapon_damage"] = WordAt(payload, 16);
+    event["other_damage"] = WordAt(payload, 20);
+    event["revives"] = WordAt(payload, 24);
+    event["damage_taken"] = WordAt(payload, 28);
+    event["damage_to_structures"] = WordAt(payload, 32);
+    event["materials_gathered"] = WordAt(payload, 36);
+    event["materials_used"] = WordAt(payload, 40);
+    event["total_traveled"] = WordAt(payload, 44);
     return true;
 }
 
 bool ReadMatchTeamStats(std::span<const std::uint8_t> payload, nlohmann::json& event) {
     if (!HoldsLayout(payload, 12, "ReadMatchTeamStats")) return false;
-    event = {
-        {"evtName", "AthenaMatchTeamStats"},
-        {"finalRanking", WordAt(payload, 4)},
-        {"totalPlayers", WordAt(payload, 8)},
-    };
+    ue4::AsObject(event)["evtName"] = "AthenaMatchTeamStats";
+    event["finalRanking"] = WordAt(payload, 4);
+    event["totalPlayers"] = WordAt(payload, 8);
     return true;
 }
 
@@ -117,7 +114,7 @@ void ReadElimination(std::span<const std::uint8_t> payload, nlohmann::json& even
     const std::uint8_t damageType = archive.ReadByte();
     const bool knocked = archive.ReadUInt32() == 1;
 
-    event["evtName"] = "playerElim";
+    ue4::AsObject(event)["evtName"] = "playerElim";
     AddParticipant(event, "killed", killed, std::move(killedId));
     AddParticipant(event, "killer", killer, std::move(killerId));
     event["damageType"] = damageType;

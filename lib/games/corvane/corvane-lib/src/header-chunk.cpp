@@ -4,6 +4,7 @@
 #include <array>
 #include <utility>
 
+#include "games/corvane/corvane-lib/src/ue4/util/json-object.h"
 #include "util/console.h"
 
 namespace orvel::corvane {
@@ -97,24 +98,23 @@ bool ReadNetworkDemoHeader(ue4::FStreamReader& archive, NetworkDemoHeader& heade
 }
 
 nlohmann::json HeaderObject(const NetworkDemoHeader& header) {
-    nlohmann::json levels = nlohmann::json::array();
+    nlohmann::json object = nlohmann::json::object();
+    object["magic"] = header.Magic;
+    object["NetworkVersion"] = header.Version;
+    object["NetworkChecksum"] = header.NetworkChecksum;
+    object["EngineNetworkVersion"] = header.EngineNetworkProtocolVersion;
+    object["GameNetworkProtocolVersion"] = header.GameNetworkProtocolVersion;
+    object["guid"] = FormatGuid(header.Guid);
+    nlohmann::json& engine = ue4::AsObject(object["EngineVersion"]);
+    engine["branch"] = header.EngineVersion.Branch;
+    engine["major"] = header.EngineVersion.Major;
+    engine["minor"] = header.EngineVersion.Minor;
+    engine["patch"] = header.EngineVersion.Patch;
+    engine["changelist"] = header.EngineVersion.Changelist;
+    nlohmann::json& levels = object["levels"] = nlohmann::json::array();
     for (const LevelNameAndTime& level : header.LevelNamesAndTimes) levels.push_back(level.Name);
-    return {
-        {"magic", header.Magic},
-        {"NetworkVersion", header.Version},
-        {"NetworkChecksum", header.NetworkChecksum},
-        {"EngineNetworkVersion", header.EngineNetworkProtocolVersion},
-        {"GameNetworkProtocolVersion", header.GameNetworkProtocolVersion},
-        {"guid", FormatGuid(header.Guid)},
-        {"EngineVersion",
-         {{"branch", header.EngineVersion.Branch},
-          {"major", header.EngineVersion.Major},
-          {"minor", header.EngineVersion.Minor},
-          {"patch", header.EngineVersion.Patch},
-          {"changelist", header.EngineVersion.Changelist}}},
-        {"levels", std::move(levels)},
-        {"GameSpecificData", header.GameSpecificData},
-    };
+    object["GameSpecificData"] = header.GameSpecificData;
+    return object;
 }
 
 }  // namespace orvel::corvane

@@ -30,7 +30,8 @@ ReplayParser::ReplayParser(std::wstring path) : FArchiveReader(path, CppUtilitie
 void ReplayParser::ParseReplay(std::uint32_t& resumePosition, bool& resumeFlag,
                                std::vector<std::uint8_t> key) {
     try {
-        m_streamer.ReadReplayInfo(*this, m_fileInfo, m_document, resumePosition, resumeFlag, std::move(key));
+        m_streamer.ReadReplayInfo(*this, m_fileInfo, m_document.json, resumePosition, resumeFlag,
+                                  std::move(key));
         EncryptionKey = m_fileInfo.EncryptionKey;
         // The scan of the chunk table ended by running into the end of the file.
         Reader().clear();
@@ -47,7 +48,7 @@ bool ReplayParser::ParseHeaderChunk() {
     const auto index = static_cast<std::size_t>(m_fileInfo.HeaderChunkIndex);
     Reader().seekg(m_fileInfo.Chunks[index].DataOffset);
     if (!ReadNetworkDemoHeader(*this, m_header)) return false;
-    m_document["header"] = HeaderObject(m_header);
+    m_document.json["header"] = HeaderObject(m_header);
     return true;
 }
 
@@ -59,7 +60,7 @@ void ReplayParser::ParseEvents() {
         std::vector<std::uint8_t> payload = ReadPayload(static_cast<std::uint32_t>(info.SizeInBytes), mode);
         const Handler* handler = payload.empty() ? nullptr : FindHandler(info);
         if (handler == nullptr) continue;
-        if (!m_document.contains("events")) m_document["events"] = nlohmann::json::array();
+        if (!m_document.json.contains("events")) m_document.json["events"] = nlohmann::json::array();
         (*handler)(payload, info);
     }
 }
@@ -73,8 +74,10 @@ const ReplayParser::Handler* ReplayParser::FindHandler(const ue4::FLocalFileEven
 }
 
 void ReplayParser::AppendEvent(nlohmann::json event, const ue4::FLocalFileEventInfo& info) {
-    event["eventMeta"] = {{"time1", info.Time1}, {"time2", info.Time2}};
-    m_document["events"].push_back(std::move(event));
+    nlohmann::json& meta = ue4::AsObject(event["eventMeta"]);
+    meta["time1"] = info.Time1;
+    meta["time2"] = info.Time2;
+    m_document.json["events"].push_back(std::move(event));
 }
 
 }  // namespace orvel::corvane

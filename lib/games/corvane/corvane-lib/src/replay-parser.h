@@ -16,6 +16,7 @@
 #include "games/corvane/corvane-lib/src/header-chunk.h"
 #include "games/corvane/corvane-lib/src/ue4/local-file-replay-streamer.h"
 #include "games/corvane/corvane-lib/src/ue4/replay-info.h"
+#include "games/corvane/corvane-lib/src/ue4/util/json-object.h"
 #include "games/corvane/corvane-lib/src/ue4/util/ue4-binary-streams.h"
 
 namespace orvel::corvane {
@@ -38,7 +39,7 @@ class ReplayParser : public ue4::FArchiveReader {
     void ParseReplay(std::uint32_t& resumePosition, bool& resumeFlag, std::vector<std::uint8_t> key);
 
     // Null before the parse. The parser's own; callers may take it or add to it.
-    nlohmann::json& Document() { return m_document; }
+    nlohmann::json& Document() { return m_document.json; }
     const ue4::ReplayFileInfo& FileInfo() const { return m_fileInfo; }
     // Whether the event is of a kind that the document shows.
     bool Handles(const ue4::FLocalFileEventInfo& info) const { return FindHandler(info) != nullptr; }
@@ -55,7 +56,7 @@ class ReplayParser : public ue4::FArchiveReader {
     ue4::ReplayFileInfo m_fileInfo;
     NetworkDemoHeader m_header;
     std::unordered_map<std::string, Handler> m_handlers;
-    nlohmann::json m_document;
+    ue4::Document m_document;
 };
 
 }  // namespace orvel::corvane

@@ -7,6 +7,7 @@
 #include <utility>
 
 #include "games/corvane/corvane-lib/src/ue4/chunk-table.h"
+#include "games/corvane/corvane-lib/src/ue4/util/json-object.h"
 #include "util/console.h"
 
 namespace ue4 {
@@ -68,21 +69,21 @@ std::string HexText(const std::vector<std::uint8_t>& bytes) {
 }
 
 nlohmann::json FileMeta(const ReplayFileInfo& info) {
-    return {
-        {"MagicNumber", info.MagicNumber},
-        {"FileVersion", info.FileVersion},
-        {"LegthInMs", info.LengthInMS},  // the document's readers know it under this spelling
-        {"NetworkVersion", info.NetworkVersion},
-        {"Changelist", info.Changelist},
-        {"FriendlyName", info.FriendlyName},
-        {"Timestamp", info.Timestamp},
-        {"TotalDataSizeInBytes", info.TotalDataSizeInBytes},
-        {"bIsLive", info.bIsLive},
-        {"bIsValid", info.bIsValid},
-        {"bCompressed", info.bCompressed},
-        {"bEncrypted", info.bEncrypted},
-        {"EncryptionKey", HexText(info.EncryptionKey)},
-    };
+    nlohmann::json meta = nlohmann::json::object();
+    meta["MagicNumber"] = info.MagicNumber;
+    meta["FileVersion"] = info.FileVersion;
+    meta["LegthInMs"] = info.LengthInMS;  // the document's readers know it under this spelling
+    meta["NetworkVersion"] = info.NetworkVersion;
+    meta["Changelist"] = info.Changelist;
+    meta["FriendlyName"] = info.FriendlyName;
+    meta["Timestamp"] = info.Timestamp;
+    meta["TotalDataSizeInBytes"] = info.TotalDataSizeInBytes;
+    meta["bIsLive"] = info.bIsLive;
+    meta["bIsValid"] = info.bIsValid;
+    meta["bCompressed"] = info.bCompressed;
+    meta["bEncrypted"] = info.bEncrypted;
+    meta["EncryptionKey"] = HexText(info.EncryptionKey);
+    return meta;
 }
 
 void CheckDataChunks(ReplayFileInfo& info) {
@@ -133,7 +134,7 @@ void FLocalFileNetworkReplayStreamer::ReadReplayInfo(FStreamReader& archive, Rep
         reader.seekg(0);
         if (info.TotalDataSizeInBytes == 0) ThrowContainerFailure("The Replay file had no data in it.\n");
         if (ReadInformationBlock(archive, info, keyFromFile, std::move(key))) {
-            document["ReplayFileMeta"] = FileMeta(info);
+            AsObject(document)["ReplayFileMeta"] = FileMeta(info);
             if (resumeOffset != 0) reader.seekg(resumeOffset);
             ReadChunkTable(archive, info);
         }

@@ -1,0 +1,60 @@
+// A small replay with every kind of chunk and event, cut into sections that say what a fault in them must do,
+// and one read of a replay as the add-on does it.
+#pragma once
+
+#include <cstddef>
+#include <string>
+#include <vector>
+
+#include "support/replay-builder.h"
+
+namespace corvane_test {
+
+enum class Outcome {
+    Document,    // JSON text
+    Empty,       // std::runtime_error: ReadCorvaneDemo returns ""
+    ProcessEnd,  // a plain C string: ends the process, with that text
+    Refused,     // no JSON text: a name is no UTF-8
+    Forbidden    // anything else
+};
+
+struct Section {
+    const char* name;
+    Bytes bytes;
+    // Of the file that ends before one of the section's bytes.
+    Outcome whenCut;
+    const char* failure = "";
+    // No field is made of these bytes: whatever they are, the document stays the same.
+    bool isInert = false;
+    // Members of the document once the section is whole.
+    bool hasHeader = false;
+    std::size_t events = 0;
+};
+
+std::vector<Section> SectionsOfReplay();
+std::vector<Section> SectionsOfEncryptedReplay();
+Bytes Whole(const std::vector<Section>& sections);
+
+struct ReadResult {
+    Outcome outcome = Outcome::Forbidden;
+    std::string text;  // the document, or what the failure says
+    std::size_t peakBytes = 0;
+    double seconds = 0;
+};
+
+// Reads the bytes as a file, with all that the add-on does to it but handing over the text.
+ReadResult Read(const Bytes& bytes);
+
+// Whether the outcome is one that some file may have: a failure must be one of those with a name.
+bool IsAllowed(const ReadResult& result);
+
+// Keeps thousands of reads' lines off standard output, but shows them, and what failed, if a test failed.
+class QuietOutput {
+  public:
+    QuietOutput();
+    ~QuietOutput();
+    QuietOutput(const QuietOutput&) = delete;
+    QuietOutput& operator=(const QuietOutput&) = delete;
+};
+
+}  // namespace corvane_test
