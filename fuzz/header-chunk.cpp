@@ -1,0 +1,21 @@
+// The payload of the header chunk, read from a file's stream.
+#include "games/corvane/corvane-lib/src/header-chunk.h"
+
+#include "fuzz-target.h"
+#include "seekable-memory.h"
+
+int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
+    fuzz::ExactBlock payload({data, size});
+    fuzz::SeekableMemory stream(payload.Span());
+    ue4::FStreamReader archive(&stream, CppUtilities::LittleEndian, false);
+    orvel::corvane::NetworkDemoHeader header;
+    fuzz::ReadsOrFails([&] {
+        if (orvel::corvane::ReadNetworkDemoHeader(archive, header)) {
+            orvel::corvane::HeaderObject(header).dump();
+        }
+    });
+    fuzz::Require(header.LevelNamesAndTimes.size() <= orvel::corvane::kMaxHeaderListCount &&
+                      header.GameSpecificData.size() <= orvel::corvane::kMaxHeaderListCount,
+                  "no list is longer than what is read");
+    return 0;
+}
