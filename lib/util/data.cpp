@@ -32,8 +32,8 @@ bool decompress(const std::uint8_t* compressed, std::int32_t compressedSize, std
 }
 
 std::uint64_t largestDecompressedSize(std::uint64_t compressedSize) {
-    // A whole block takes at least its header, 2 bytes, and a quantum that fills it: a header of 3 bytes and 1 more. The
-    // last block may be short, and then take less.
+    // A whole block takes at least its header, 2 bytes, and a quantum that fills it: a header of 3 bytes and
+    // 1 more. The last block may be short, and then take less.
     constexpr std::uint64_t kSmallestBlockBytes = 6;
     return (compressedSize / kSmallestBlockBytes + 1) * OODLELZ_BLOCK_LEN;
 }

@@ -5,6 +5,7 @@
 #include <bit>
 #include <fstream>
 #include <random>
+#include <sstream>
 
 #include "util/platform/platform.h"
 
@@ -58,6 +59,16 @@ Bytes Sequence(std::uint8_t first, std::size_t count) {
     Writer writer;
     for (std::size_t i = 0; i < count; ++i) writer.U8(static_cast<std::uint8_t>(first + i));
     return writer.bytes;
+}
+
+Bytes Prefix(const Bytes& bytes, std::size_t length) {
+    return {bytes.begin(), bytes.begin() + static_cast<std::ptrdiff_t>(length)};
+}
+
+std::unique_ptr<std::istream> FileLikeStream(const Bytes& bytes) {
+    auto stream = std::make_unique<std::istringstream>(std::string(bytes.begin(), bytes.end()));
+    stream->exceptions(std::ios_base::failbit | std::ios_base::badbit);
+    return stream;
 }
 
 Bytes InfoBlock::Build() const {

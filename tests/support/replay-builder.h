@@ -4,6 +4,8 @@
 #include <cstdint>
 #include <filesystem>
 #include <initializer_list>
+#include <istream>
+#include <memory>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -33,6 +35,10 @@ class Writer {
 
 Bytes Join(std::initializer_list<Bytes> parts);
 Bytes Sequence(std::uint8_t first, std::size_t count);  // first, first + 1, ...
+Bytes Prefix(const Bytes& bytes, std::size_t length);
+
+// Reads the bytes and throws as a replay file's stream does.
+std::unique_ptr<std::istream> FileLikeStream(const Bytes& bytes);
 
 struct InfoBlock {
     std::uint32_t magic = 0x1CA2E27F;

@@ -20,10 +20,6 @@ json EliminationOf(const Bytes& payload) {
     return event;
 }
 
-Bytes Prefix(const Bytes& bytes, std::size_t length) {
-    return {bytes.begin(), bytes.begin() + static_cast<std::ptrdiff_t>(length)};
-}
-
 TEST(Elimination, becomes_an_event) {
     const json expected = {{"evtName", "playerElim"},
                            {"killedX", 1.0},
@@ -39,32 +35,8 @@ TEST(Elimination, becomes_an_event) {
     EXPECT_EQ(EliminationOf(Elimination{}.Build()), expected);
     EXPECT_EQ(EliminationOf(Join({Elimination{}.Build(), Bytes(13, 13)})),
               expected);  // padding of a decrypted one
-    for (const std::uint32_t word : {0U, 2U, 0x101U, 0xFFFFFFFFU}) {
-        EXPECT_EQ(EliminationOf(Elimination{.knocked = word}.Build())["knocked"], false) << word;
-    }
     for (const std::size_t skipped : {0UL, 1UL, 5000UL, 300'000UL}) {
         EXPECT_EQ(EliminationOf(Elimination{.skipped = Bytes(skipped, 0xEE)}.Build()), expected) << skipped;
-    }
-}
-
-TEST(Elimination, the_key_tells_players_from_bots) {
-    struct Case {
-        Bytes id;
-        const char *key, *otherKey;
-        std::string text;
-    };
-    const Case cases[] = {
-        {PlayerId(), "killer", "killerBot", "000102030405060708090a0b0c0d0e0f"},
-        {NoId(3), "killerBot", "killer", "Unnamed Bot"},
-        {NamedBotId("Bot Bob"), "killerBot", "killer", "BotBob"},
-        {NoId(0), "killerBot", "killer", ""},
-        {NoId(255), "killerBot", "killer", ""},
-    };
-    for (const Case& c : cases) {
-        const json event = EliminationOf(Elimination{.killed = NoId(3), .killer = c.id}.Build());
-        EXPECT_EQ(event[c.key], c.text);
-        EXPECT_FALSE(event.contains(c.otherKey));
-        EXPECT_EQ(event["damageType"], 7);  // so the id took the bytes it should
     }
 }
 
@@ -105,15 +77,6 @@ TEST(Elimination, a_hostile_length_reads_nothing_and_takes_no_time) {
     }
     const Bytes badName = Writer().U8(16).I32(INT32_MIN).bytes;
     EXPECT_THROW(EliminationOf(Elimination{.killer = badName}.Build()), ue4::ReplayException);
-}
-
-TEST(Elimination, positions_that_are_no_numbers_are_null_in_the_text) {
-    Bytes payload = Elimination{.skipped = {}}.Build();
-    const Bytes infinities =
-        Writer().F32(std::numeric_limits<float>::quiet_NaN()).U32(0x7F800000).U32(0xFF800000).bytes;
-    std::copy(infinities.begin(), infinities.end(), payload.begin() + 12);
-    const json event = json::parse(EliminationOf(payload).dump());
-    EXPECT_TRUE(event["killedX"].is_null() && event["killedY"].is_null() && event["killedZ"].is_null());
 }
 
 TEST(Statistics, are_read_in_place_when_the_payload_holds_them) {
@@ -157,12 +120,6 @@ TEST(Statistics, are_read_in_place_when_the_payload_holds_them) {
             EXPECT_EQ(std::ranges::count(output, '\n'), good ? 0 : 1);
         }
     }
-    const json largest = json::parse("4294967295");
-    Bytes payload = MatchTeamStats();
-    std::fill(payload.begin() + 4, payload.end(), std::uint8_t{0xFF});
-    json event;
-    orvel::corvane::ReadMatchTeamStats(payload, event);
-    EXPECT_EQ(event["finalRanking"], largest);
 }
 
 }  // namespace

@@ -7,7 +7,6 @@
 
 #include "support/allocation-meter.h"
 #include "support/replay-builder.h"
-#include "util/aes.h"
 
 namespace {
 
@@ -20,13 +19,13 @@ constexpr std::size_t kMebibyte = 1024 * 1024;
 
 // One parse of a file.
 struct Parse {
-    explicit Parse(const TemporaryFile& file, Bytes key = {}) {
+    explicit Parse(const TemporaryFile& file) {
         testing::internal::CaptureStdout();
         const AllocationMeter meter;
         orvel::corvane::ReplayParser parser(file.WidePath());
         bool flag = false;
         try {
-            parser.ParseReplay(resumePosition, flag, std::move(key));
+            parser.ParseReplay(resumePosition, flag, {});
         } catch (char* text) {
             failure = text;
         } catch (const std::exception& exception) {
@@ -37,7 +36,7 @@ struct Parse {
         events = parser.FileInfo().Events;
         output = testing::internal::GetCapturedStdout();
     }
-    explicit Parse(const Bytes& bytes, Bytes key = {}) : Parse(TemporaryFile(bytes), std::move(key)) {}
+    explicit Parse(const Bytes& bytes) : Parse(TemporaryFile(bytes)) {}
 
     json document;
     std::vector<ue4::FLocalFileEventInfo> events;
@@ -49,54 +48,6 @@ struct Parse {
 
 Bytes Eliminations(const std::string& group, const std::string& metadata, std::uint32_t time = 1) {
     return Event{.group = group, .metadata = metadata, .time1 = time, .data = Elimination{}.Build()}.Build();
-}
-
-TEST(ReplayParser, builds_the_whole_document) {
-    const Parse parse(
-        Join({InfoBlock{}.Build(), Eliminations("", "playerElim", 1), Chunk(kHeader, Header{}.Build()),
-              Event{.metadata = "AthenaMatchStats", .data = MatchStats()}.Build(),
-              Eliminations("playerElim", "", 3),
-              Event{.group = "AthenaMatchTeamStats", .data = MatchTeamStats()}.Build()}));
-    EXPECT_EQ(parse.failure, "");
-    EXPECT_EQ(parse.output, "\n");
-    EXPECT_EQ(parse.document.size(), 3U);
-    EXPECT_EQ(parse.document["header"]["magic"], 0x2CF5A13D);
-    ASSERT_EQ(parse.document["events"].size(), 4U);
-    EXPECT_EQ(parse.document["events"][0]["eventMeta"], (json{{"time1", 1}, {"time2", 1001}}));
-    EXPECT_EQ(parse.document["events"][1]["evtName"], "AthenaMatchStats");
-    EXPECT_EQ(parse.document["events"][2]["eventMeta"]["time1"], 3);
-    EXPECT_EQ(parse.document["events"][3]["evtName"], "AthenaMatchTeamStats");
-}
-
-TEST(ReplayParser, the_metadata_names_the_handler_before_the_group) {
-    const Parse parse(Join(
-        {InfoBlock{}.Build(),
-         Event{.group = "AthenaMatchStats", .metadata = "AthenaMatchTeamStats", .data = MatchStats()}.Build(),
-         Eliminations("playerElim", "unknown")}));
-    EXPECT_EQ(parse.document["events"][0]["evtName"], "AthenaMatchTeamStats");
-    EXPECT_EQ(parse.document["events"][1]["evtName"], "playerElim");
-}
-
-TEST(ReplayParser, members_appear_only_with_what_they_hold) {
-    const Bytes info = InfoBlock{}.Build();
-    const Bytes header = Chunk(kHeader, Header{}.Build());
-    const Bytes tooShort = Event{.group = "AthenaMatchTeamStats", .data = Bytes(11)}.Build();
-    const std::pair<Bytes, std::vector<std::string>> cases[] = {
-        {info, {"ReplayFileMeta"}},
-        {Join({info, header}), {"ReplayFileMeta", "header"}},
-        {Join({info, Chunk(kHeader, Header{.version = 4}.Build()), Eliminations("playerElim", "")}),
-         {"ReplayFileMeta", "events"}},
-        {Join({info, Eliminations("", ""), Event{.group = "playerElim"}.Build()}), {"ReplayFileMeta"}},
-        {Join({info, tooShort}), {"ReplayFileMeta", "events"}},
-        {Join({InfoBlock{.magic = 1}.Build(), header}), {}},
-    };
-    for (const auto& [bytes, members] : cases) {
-        std::vector<std::string> found;
-        const Parse parse(bytes);
-        for (const auto& [key, value] : parse.document.items()) found.push_back(key);
-        EXPECT_EQ(found, members);
-    }
-    EXPECT_EQ(Parse(Join({info, tooShort})).document["events"], json::array());
 }
 
 TEST(ReplayParser, failures_leave_what_was_read_before) {
@@ -127,52 +78,6 @@ TEST(ReplayParser, failures_leave_what_was_read_before) {
     }
     EXPECT_THAT(Parse(cases[1].bytes).failure, StartsWith("ios_base::failbit set"));
     EXPECT_THROW(orvel::corvane::ReplayParser(L"/no/such.replay"), std::ios_base::failure);
-}
-
-// Any bytes decrypt to something: an encrypted replay must come out as the plain one with the decrypted
-// payloads.
-TEST(ReplayParser, payloads_of_every_length_encrypted_or_not) {
-    const Bytes fileKey = Sequence(7, 24), callerKey = Sequence(99, 32);
-    const std::size_t longest = Elimination{}.Build().size() + 16;
-    for (const Bytes& key : {fileKey, callerKey}) {
-        Writer encrypted, plain;
-        std::size_t refused = 0;
-        for (const char* name : {"playerElim", "AthenaMatchStats", "AthenaMatchTeamStats"}) {
-            for (std::uint32_t length = 0; length <= longest; ++length) {
-                Event event{.group = name,
-                            .time1 = length,
-                            .data = Sequence(static_cast<std::uint8_t>(length), length)};
-                encrypted.Add(event.Build());
-                const Bytes cipher = event.data;
-                const int result = orvel::util::data::AesDecrypt(
-                    cipher.data(), length, key.data(), key.size(), event.data.data(), length, nullptr);
-                if (result == orvel::util::data::kAesSuccess) plain.Add(event.Build());
-                refused += result == orvel::util::data::kAesSuccess ? 0 : 1;
-            }
-        }
-        const Bytes storedKey = key == fileKey ? fileKey : Bytes(16);
-        const Parse read(Join({InfoBlock{.encrypted = 1, .key = storedKey}.Build(), encrypted.bytes}),
-                         callerKey);
-        const Parse expected(Join({InfoBlock{}.Build(), plain.bytes}));
-        EXPECT_EQ(read.failure, "");
-        EXPECT_EQ(read.document["events"], expected.document["events"]);
-        EXPECT_GT(expected.document["events"].size(), 0U);
-        std::size_t lines = 0;
-        for (auto at = read.output.find("failed."); at != std::string::npos;
-             at = read.output.find("failed.", at + 1)) {
-            ++lines;
-        }
-        EXPECT_EQ(lines, refused);
-    }
-}
-
-TEST(ReplayParser, an_event_that_cannot_be_decrypted_is_passed_over) {
-    const Bytes key = Sequence(0, 16);
-    const Event good{.group = "AthenaMatchTeamStats", .data = Bytes(16)};
-    const Event bad{.group = "AthenaMatchTeamStats", .data = Bytes(20)};
-    const Parse parse(Join({InfoBlock{.encrypted = 1, .key = key}.Build(), bad.Build(), good.Build()}));
-    EXPECT_EQ(parse.output, "\n[ orvel::util::data::decrypt ] Decryption failed.\n");
-    EXPECT_EQ(parse.document["events"].size(), 1U);
 }
 
 TEST(ReplayParser, memory_follows_the_largest_payload_not_the_numbers_in_the_file) {

@@ -64,34 +64,6 @@ TEST(EngineString, an_impossible_length_is_a_replay_exception) {
     EXPECT_EQ(text, "");
 }
 
-TEST(EngineValues, of_each_type) {
-    const Bytes bytes = Writer().I32(-2).U64(0x1122334455667788).U32(2).U32(0).F32(-1.5F).U8(0xFE).bytes;
-    ue4::FDataReader archive(bytes.data(), bytes.size(), LittleEndian);
-    EXPECT_EQ(archive.ReadInt32(), -2);
-    EXPECT_EQ(archive.ReadUInt64(), 0x1122334455667788U);
-    EXPECT_TRUE(archive.ReadBool());
-    EXPECT_FALSE(archive.ReadBool());
-    EXPECT_EQ(archive.ReadFloat(), -1.5F);
-    EXPECT_EQ(archive.ReadByte(), 0xFE);
-    EXPECT_FALSE(archive.Reader().fail());
-    EXPECT_EQ(archive.ReadFloat(), 0);
-    EXPECT_TRUE(archive.Reader().fail());
-}
-
-TEST(EngineValues, a_byte_array_is_as_long_as_its_count_or_fails) {
-    for (const auto& [count, most, good] :
-         {std::tuple(3, 3, true), std::tuple(0, 3, true), std::tuple(4, 3, false), std::tuple(4, 100, false),
-          std::tuple(-1, 100, false), std::tuple(INT32_MIN, 100, false),
-          std::tuple(INT32_MAX, INT32_MAX, false)}) {
-        SCOPED_TRACE(count);
-        const Bytes bytes = Writer().I32(count).Add({1, 2, 3}).bytes;
-        ue4::FDataReader archive(bytes.data(), bytes.size(), LittleEndian);
-        const Bytes array = archive.ReadByteArray(most);
-        EXPECT_EQ(archive.Reader().fail(), !good);
-        EXPECT_EQ(array.size(), good ? static_cast<std::size_t>(count) : 0U);
-    }
-}
-
 TEST(FArchiveReader, opens_what_is_a_file_and_nothing_else) {
     const auto folder = orvel::util::platform::WideFromPath(std::filesystem::temp_directory_path());
     for (const std::wstring& path : {std::wstring(L"/no/such/file.replay"), std::wstring(), folder}) {

@@ -1,0 +1,43 @@
+'use strict';
+// What goes wrong on the command line: an exit status for each kind of failure, and its text.
+
+const KINDS = [
+  [2, 'ERR_INVALID_ARGUMENT', 'arguments that make no sense'],
+  [3, 'ERR_UNREADABLE', 'a file cannot be opened'],
+  [4, 'ERR_NOT_A_REPLAY', 'a file is no replay'],
+  [5, 'ERR_CORRUPT', 'a replay is broken'],
+  [6, 'ERR_KEY_REQUIRED', 'a replay is encrypted, and there is no key for it'],
+  [7, 'ERR_TIMEOUT', 'a replay took longer than --timeout'],
+  [8, 'ERR_CHILD_LOST', 'the process that reads replays ended'],
+  [9, 'ERR_OUT_OF_MEMORY', 'a document does not fit into memory'],
+  [10, 'ERR_CORVANE_ADDON', 'the native add-on cannot be loaded'],
+  [11, 'ERR_NO_DEMO_FOLDER', 'there is no demo folder to watch'],
+  [12, 'ERR_OUTPUT', 'the output cannot be written'],
+  [130, 'ERR_ABORTED', 'interrupted'],
+];
+
+const STATUS = Object.fromEntries(KINDS.map(([status, code]) => [code, status]));
+const USAGE_STATUS = STATUS.ERR_INVALID_ARGUMENT;
+const OTHER_STATUS = 1;
+
+const STATUS_HELP = [
+  '\nExit status:',
+  '  0    everything was read and written, or the reader of the output went away',
+  `  ${OTHER_STATUS}    any other failure`,
+  ...KINDS.map(([status, , meaning]) => `  ${String(status).padEnd(3)}  ${meaning}`),
+  'With several files: that of the first file that failed, in the order given.',
+].join('\n');
+
+const exitStatus = (error) => STATUS[error.code] ?? OTHER_STATUS;
+
+// A replay is not trusted: nothing of it may steer the terminal or change the direction of what follows.
+function printable(text) {
+  return text.replace(/[\p{Cc}\p{Cf}\p{Cs}\u2028\u2029]/gu, '');
+}
+
+const usageFailure = (message) => Object.assign(new Error(message), { code: 'ERR_INVALID_ARGUMENT' });
+
+// The error as lines for standard error.
+const failureText = ({ message }) => `corvane-replay: ${message}\n`.split('\n').map(printable).join('\n');
+
+module.exports = { STATUS_HELP, USAGE_STATUS, exitStatus, failureText, printable, usageFailure };

@@ -1,0 +1,53 @@
+'use strict';
+// Where documents go: standard output, waiting when its reader is slow, or files that are there whole or not at all.
+
+const { randomUUID } = require('node:crypto');
+const fs = require('node:fs/promises');
+const path = require('node:path');
+
+const outputFailure = (cause) =>
+  Object.assign(new Error(`cannot write: ${cause.message}`, { cause }), { code: 'ERR_OUTPUT' });
+
+// Standard output. gone: nobody reads it any more, as in `corvane-replay … | head`, which is no failure.
+class Output {
+  gone = false;
+  failure = null;
+
+  // onEnd: called when nothing more can be written.
+  constructor(stream, onEnd) {
+    this.stream = stream;
+    this.onEnd = onEnd;
+    stream.on('error', (error) => this.#end(error));
+  }
+
+  // Resolves when the text is on its way. Rejects with ERR_OUTPUT.
+  async write(text) {
+    if (!this.gone && !this.failure) {
+      const error = await new Promise((resolve) => this.stream.write(text, resolve)).catch(
+        (thrown) => thrown,
+      );
+      if (error) this.#end(error);
+    }
+    if (this.failure) throw this.failure;
+  }
+
+  #end(error) {
+    this.gone ||= error.code === 'EPIPE' || error.code === 'EOF';
+    if (!this.gone) this.failure ??= outputFailure(error);
+    this.onEnd();
+  }
+}
+
+// Puts text at `file`, replacing what was there; on failure nothing of it stays. Rejects with ERR_OUTPUT.
+async function writeWhole(file, text) {
+  const temporary = path.join(path.dirname(file), `.${path.basename(file)}.${randomUUID()}.tmp`);
+  try {
+    await fs.writeFile(temporary, text, { flag: 'wx' });
+    await fs.rename(temporary, file);
+  } catch (error) {
+    await fs.rm(temporary, { force: true }).catch(() => {});
+    throw outputFailure(error);
+  }
+}
+
+module.exports = { Output, outputFailure, writeWhole };

@@ -1,0 +1,114 @@
+'use strict';
+// The package as its users get it: packed, installed offline into an empty folder, and used from there in every host.
+
+const assert = require('node:assert/strict');
+const { execFileSync, spawnSync } = require('node:child_process');
+const fs = require('node:fs');
+const path = require('node:path');
+const { test } = require('node:test');
+const { hosts, installPackage, pathIn, root, runIn } = require('./install.js');
+const { testExamples } = require('./readme-examples.js');
+
+const installed = installPackage();
+const manifest = JSON.parse(fs.readFileSync(path.join(installed.module, 'package.json'), 'utf8'));
+fs.copyFileSync(path.join(root, 'samples', 'match.replay'), path.join(installed.folder, 'match.replay'));
+fs.copyFileSync(path.join(__dirname, 'probe.mjs'), path.join(installed.folder, 'probe.mjs'));
+
+const readme = fs.readFileSync(path.join(installed.module, 'README.md'), 'utf8');
+const prebuilt = (host) => path.join(installed.module, 'prebuilds', host, 'corvane_napi.node');
+
+test('the tarball holds what an installation needs, and runs nothing when it is installed', () => {
+  const packed = execFileSync('tar', ['-tzf', installed.tarball], { encoding: 'utf8' }).trim().split('\n');
+  const top = new Set(packed.map((name) => name.split('/')[1]));
+  const expected = [
+    'CHANGELOG.md',
+    'README.md',
+    'bin',
+    'client',
+    'docs',
+    'index.d.mts',
+    'index.d.ts',
+    'index.js',
+  ];
+  expected.push('index.mjs', 'load-addon.js', 'node_modules', 'package.json', 'prebuilds');
+  assert.deepEqual([...top].sort(), expected);
+  const files = packed.filter((name) => name.includes('/prebuilds/')).sort();
+  const names = ['linux-x64', 'win32-ia32', 'win32-x64'].map(
+    (host) => `package/prebuilds/${host}/corvane_napi.node`,
+  );
+  assert.deepEqual(files, names);
+  assert.deepEqual(
+    Object.keys(manifest.scripts ?? {}).filter((name) => /install|prepare/.test(name)),
+    [],
+  );
+});
+
+test('the Linux file needs no newer system than the README says', () => {
+  const symbols = execFileSync('objdump', ['-T', prebuilt('linux-x64')], { encoding: 'utf8' });
+  for (const library of ['GLIBC', 'GLIBCXX']) {
+    const versions = [...symbols.matchAll(new RegExp(`\\b${library}_([\\d.]+)`, 'g'))].map(
+      (match) => match[1],
+    );
+    const newest = versions.sort((a, b) => a.localeCompare(b, 'en', { numeric: true })).at(-1);
+    assert.ok(readme.includes(`${library} ${newest}`), `README.md does not say ${library} ${newest}`);
+  }
+});
+
+// What the sample, which has every kind of event, is read as.
+function sampleDocument() {
+  const program = path.join(installed.folder, 'node_modules', '.bin', 'corvane-replay');
+  return execFileSync(program, ['read', 'match.replay'], { cwd: installed.folder, encoding: 'utf8' });
+}
+
+test('the types hold for ES modules and for CommonJS, and know every field of a document', () => {
+  const types = path.join(root, 'tests', 'types');
+  const sources = [...fs.readdirSync(types), 'sample.mts'];
+  sources
+    .slice(0, -1)
+    .forEach((name) => fs.copyFileSync(path.join(types, name), path.join(installed.folder, name)));
+  const literal = `export const sample: import('corvane_napi').ReplayDocument = ${sampleDocument()}`;
+  fs.writeFileSync(path.join(installed.folder, 'sample.mts'), literal);
+  const options = ['--noEmit', '--strict', '--module', 'node16', '--target', 'es2022', '--resolveJsonModule'];
+  options.push('--types', 'node', '--typeRoots', path.join(root, 'node_modules', '@types'));
+  const tsc = path.join(root, 'node_modules', '.bin', 'tsc');
+  const { status, stdout } = spawnSync(tsc, [...options, ...sources], {
+    cwd: installed.folder,
+    encoding: 'utf8',
+  });
+  assert.equal(status, 0, stdout);
+});
+
+test('docs/document.md tells of every field of a document', () => {
+  const text = fs.readFileSync(path.join(installed.module, 'docs', 'document.md'), 'utf8');
+  const fields = new Set();
+  JSON.parse(sampleDocument(), (key, value) => {
+    if (Array.isArray(value) || typeof value !== 'object') fields.add(key);
+    return value;
+  });
+  const named = [...fields].filter((field) => /\D/.test(field));
+  assert.ok(named.length > 40, `${named.length} fields`);
+  const missing = named.filter((field) => !new RegExp(`\`[\\w.]*\\b${field}\``).test(text));
+  assert.deepEqual(missing, []);
+});
+
+for (const host of hosts) {
+  test(`reads a replay as a CommonJS and as an ES module, and through the client: ${host.join(' ')}`, () => {
+    const run = runIn(host, installed.folder, [
+      'probe.mjs',
+      pathIn(host, path.join(installed.folder, 'match.replay')),
+    ]);
+    assert.equal(run.status, 0, run.stderr);
+    assert.match(run.stdout, /^7 eliminations$/m);
+  });
+
+  test(`the command line reads a replay: ${host.join(' ')}`, () => {
+    const program = path.join('node_modules', 'corvane_napi', manifest.bin['corvane-replay']);
+    const run = runIn(host, installed.folder, [program, 'read', 'match.replay']);
+    assert.equal(run.status, 0, run.stderr);
+    assert.equal(JSON.parse(run.stdout).events.length, 9);
+    const version = runIn(host, installed.folder, [program, '--version']);
+    assert.equal(version.stdout, `${manifest.version}\n`);
+  });
+}
+
+testExamples(readme, installed.folder);

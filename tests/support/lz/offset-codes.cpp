@@ -1,0 +1,111 @@
+// Offset codes in both forms, and long excesses.
+#include "support/lz/offset-codes.h"
+
+#include <cmath>
+
+#include "support/lz/symbol-runs.h"
+
+namespace lz {
+namespace {
+
+constexpr uint32_t kLowBias = 248;                 // codes below 0xF0
+constexpr uint32_t kHighBias = 8322816;            // codes from 0xF0
+constexpr uint32_t kFirstHigh = (1U << 23) - 256;  // the smallest distance of a high code
+
+void PutSingle(OffsetCodes& out, uint32_t distance) {
+    if (distance < kFirstHigh) {
+        const uint32_t biased = distance + kLowBias;
+        const uint32_t high = biased >> 4;
+        const unsigned k = FloorLog2(high);
+        out.codes.push_back(static_cast<uint8_t>(((k - 4) << 4) | (biased & 15)));
+        out.bits.push_back({{high - (1U << k), k}});
+        out.forms.insert("lz:code-low");
+    } else {
+        const uint32_t biased = distance - kHighBias;
+        const uint32_t high = biased >> 12;
+        const unsigned k = FloorLog2(high);
+        out.codes.push_back(static_cast<uint8_t>(0xF0 + k - 4));
+        out.bits.push_back({{high - (1U << k), k}, {biased & 0xFFF, 12}});
+        out.forms.insert("lz:code-high");
+    }
+}
+
+void PutModulus(OffsetCodes& out, uint32_t distance) {
+    const uint32_t biased = distance / out.modulus + 8;
+    const unsigned k = FloorLog2(biased) - 3;
+    out.codes.push_back(static_cast<uint8_t>((k << 3) | ((biased >> k) - 8)));
+    out.bits.push_back({{biased & ((1U << k) - 1), k}});
+    if (out.modulus > 1) out.remainders.push_back(static_cast<uint8_t>(distance % out.modulus));
+}
+
+double EntropyBits(const Bytes& bytes) {
+    double bits = 0;
+    for (const uint32_t count : CountBytes(bytes)) {
+        if (count != 0)
+            bits -= count * std::log2(static_cast<double>(count) / static_cast<double>(bytes.size()));
+    }
+    return bits;
+}
+
+// z zeros, then x + 64 in z + 7 bits; the excesses take turns at the two ends.
+void PutLongExcesses(TwoEndedWriter& out, const std::vector<uint32_t>& long_excesses) {
+    out.RestartAtFront();
+    for (const uint32_t x : long_excesses) {
+        const unsigned log = FloorLog2(x + 64);
+        MsbWriter& end = out.Next();
+        end.Put(0, log - 6);
+        end.Put(x + 64, log + 1);
+    }
+}
+
+}  // namespace
+
+double OffsetCodes::EstimatedBits() const {
+    double total = EntropyBits(codes) + EntropyBits(remainders);
+    for (const auto& fields : bits) {
+        for (const Field field : fields) total += field.bits;
+    }
+    return total;
+}
+
+bool CanCode(const std::vector<uint32_t>& distances, unsigned modulus) {
+    return modulus != 0 || std::all_of(distances.begin(), distances.end(), [](uint32_t d) { return d >= 8; });
+}
+
+OffsetCodes CodeOffsets(const std::vector<uint32_t>& distances, unsigned modulus) {
+    OffsetCodes out;
+    out.modulus = modulus;
+    out.forms.insert(modulus == 0 ? "lz:offsets-single" : modulus == 1 ? "lz:offsets-m1" : "lz:offsets-m>1");
+    for (const uint32_t distance : distances) {
+        if (distance < 8) out.forms.insert("lz:offset<8");
+        if (modulus == 0) {
+            PutSingle(out, distance);
+        } else {
+            PutModulus(out, distance);
+        }
+    }
+    return out;
+}
+
+Bytes OffsetBits(const OffsetCodes& offsets, const std::vector<uint32_t>& long_excesses, bool count_byte) {
+    TwoEndedWriter out;
+    if (!count_byte) {
+        const auto count = static_cast<uint32_t>(long_excesses.size()) + 1;
+        out.Back().Put(0, FloorLog2(count));
+        out.Back().Put(count, FloorLog2(count) + 1);
+    }
+    for (const auto& fields : offsets.bits) {
+        MsbWriter& end = out.Next();
+        for (const Field field : fields) end.Put(field);
+    }
+    if (!count_byte) PutLongExcesses(out, long_excesses);
+    return out.Finish();
+}
+
+Bytes LongExcessBits(const std::vector<uint32_t>& long_excesses) {
+    TwoEndedWriter out;
+    PutLongExcesses(out, long_excesses);
+    return out.Finish();
+}
+
+}  // namespace lz

@@ -1,0 +1,113 @@
+'use strict';
+// node watch-child.js SCENARIO ARGUMENT...: a process that watches the demo folder and ends in the way of the scenario.
+
+const fs = require('node:fs');
+const path = require('node:path');
+const { setTimeout: sleep } = require('node:timers/promises');
+const { Worker, isMainThread, parentPort, workerData } = require('node:worker_threads');
+const w = require('./replay-writer.js');
+
+const addonPath = process.env.CORVANE_ADDON;
+const file = path.join(process.env.LOCALAPPDATA, 'CorvaneGame', 'Saved', 'Demos', `${process.pid}.replay`);
+const noKey = new ArrayBuffer(0);
+const say = (text) => fs.writeSync(1, text + '\n'); // at once, whatever happens next
+const grow = () => fs.appendFileSync(file, w.chunk(w.CHUNK.replayData, Buffer.alloc(8)));
+const create = (...chunks) => fs.writeFileSync(file, w.replay({ FileVersion: 5 }, ...chunks));
+const start = (callback = () => say('payload')) => require(addonPath).StartCorvaneWatcher(callback, noKey);
+const stop = () => require(addonPath).StopCorvaneWatcher();
+
+// What a process does: when its function is done, nothing but the watcher may keep the process alive.
+const scenarios = {
+  // process.exit() while payloads are on their way.
+  exit(milliseconds) {
+    create();
+    start(() => {});
+    setInterval(grow, 20);
+    setTimeout(() => {
+      say(`exiting at ${Date.now()}`);
+      process.exit(7);
+    }, Number(milliseconds));
+  },
+
+  async stopped() {
+    create();
+    start();
+    start();
+    await sleep(100);
+    grow();
+    stop();
+    say('stopped');
+  },
+
+  noFolder() {
+    start((text) => say(JSON.stringify(JSON.parse(text))));
+  },
+
+  async throws() {
+    create();
+    const thrown = new Error('thrown by the callback');
+    process.on('uncaughtException', (error) => say(error === thrown ? 'the error' : `another: ${error}`));
+    start(() => {
+      throw thrown;
+    });
+    for (let i = 0; i < 2; ++i) {
+      grow();
+      await sleep(1200);
+    }
+    stop();
+  },
+
+  throwsUnhandled() {
+    create();
+    start(() => {
+      throw new Error('thrown by the callback');
+    });
+    grow();
+  },
+
+  broken(how) {
+    create();
+    start();
+    if (how === 'empty') fs.writeFileSync(file, '');
+    if (how === 'header') create(w.headerChunk(), w.headerChunk());
+    if (how === 'key') {
+      const event = w.eventChunk({ data: w.playerElim() });
+      fs.writeFileSync(file, w.replay({ bEncrypted: 1 }, event));
+    }
+  },
+
+  // Workers that watch, each ended at another time, a third of them around the first delivery; then this thread can
+  // still watch. With the add-on loaded by this thread first, or not: then it comes and goes with each worker.
+  async workers(count, addonFirst) {
+    create();
+    if (addonFirst) require(addonPath);
+    const growing = setInterval(grow, 20);
+    for (let i = 0; i < Number(count); ++i) {
+      const exitsItself = i % 2 === 1;
+      const milliseconds = i % 3 === 0 ? 490 + 3 * i : 2 * i;
+      const worker = new Worker(__filename, { workerData: { exitsItself, milliseconds } });
+      const ended = new Promise((resolve) => worker.once('exit', resolve));
+      await new Promise((resolve) => worker.once('message', resolve));
+      const began = Date.now();
+      if (!exitsItself) worker.terminate();
+      const code = await ended;
+      if (code !== (exitsItself ? 5 : 1)) say(`worker ${i} ended with ${code}`);
+      if (Date.now() - began > 2000) say(`worker ${i} took ${Date.now() - began} ms to end`);
+    }
+    await new Promise((resolve) => start(resolve));
+    clearInterval(growing);
+    stop();
+    say('done');
+  },
+};
+
+async function worker({ exitsItself, milliseconds }) {
+  start(() => {});
+  await sleep(milliseconds);
+  parentPort.postMessage('watching');
+  if (exitsItself) process.exit(5);
+  setInterval(() => {}, 1000);
+}
+
+if (isMainThread) scenarios[process.argv[2]](...process.argv.slice(3));
+else worker(workerData);
