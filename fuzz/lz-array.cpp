@@ -3,6 +3,7 @@
 #include "fuzz-target.h"
 #include "lz-log.h"
 #include "oodle/oodle2/core/newlz_arrays.h"
+#include "oodle/oodle2/core/newlz_arrays_huff.h"
 
 namespace {
 
@@ -15,15 +16,21 @@ struct Outcome {
     bool operator==(const Outcome&) const = default;
 };
 
+bool DecodeHuffman(std::span<const std::uint8_t> comp, std::span<std::uint8_t> out, bool split,
+                   DecodePath path) {
+    HuffBatch batch;
+    return batch.Add(comp, out, split) && batch.Run(path);
+}
+
 bool DecodeContents(ArrayType type, std::span<const std::uint8_t> comp, std::span<std::uint8_t> out,
                     ArrayScratch& scratch) {
     switch (type) {
         case ArrayType::Tans:
             return newLZ_decode_tans(comp, out, scratch.path);
         case ArrayType::Huffman:
-            return newLZ_decode_huff(comp, out, false, scratch.path);
+            return DecodeHuffman(comp, out, false, scratch.path);
         case ArrayType::HuffmanSplit:
-            return newLZ_decode_huff(comp, out, true, scratch.path);
+            return DecodeHuffman(comp, out, true, scratch.path);
         case ArrayType::RunLength:
             return newLZ_decode_rle(comp, out, scratch);
         default:

@@ -58,7 +58,7 @@ std::vector<NamedArray> ArrayForms() {
 
 void AddArrays(const Seeds& seeds) {
     for (const NamedArray& form : ArrayForms()) {
-        for (const std::size_t size : {40, 700}) {
+        for (const std::size_t size : {40U, 700U}) {
             const lz::Bytes raw = lz::MakeText(size);
             const lz::Coded array = lz::EncodeArray(raw, form.options);
             const Bytes scratch = {0xFF, 0xFF};

@@ -27,7 +27,7 @@ Bytes EveryChunk() {
 }
 
 void AddContainers(const Seeds& container, const Seeds& replay) {
-    for (const std::uint32_t version : {1, 2, 3, 5, 6, 7}) {
+    for (const std::uint32_t version : {1U, 2U, 3U, 5U, 6U, 7U}) {
         const Bytes file = Join({InfoBlock{.version = version}.Build(), EveryChunk()});
         container.Add("version-" + std::to_string(version), Join({{0}, file}));
         replay.Add("version-" + std::to_string(version), Join({{0}, file}));
@@ -50,7 +50,7 @@ void AddContainers(const Seeds& container, const Seeds& replay) {
 }
 
 void AddHeaders(const Seeds& seeds) {
-    for (const std::uint32_t version : {4, 5, 6, 7, 9, 11, 12, 14}) {
+    for (const std::uint32_t version : {4U, 5U, 6U, 7U, 9U, 11U, 12U, 14U}) {
         const Header header{.version = version,
                             .levels = version < 6 ? std::vector<std::string>{"Level"}
                                                   : std::vector<std::string>{"First", "Second"}};

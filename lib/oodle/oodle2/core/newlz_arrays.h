@@ -67,10 +67,9 @@ std::optional<ArrayHeader> newLZ_get_array_header(std::span<const std::uint8_t> 
 std::optional<DecodedArray> newLZ_get_array_copy(std::span<const std::uint8_t> in, std::uint8_t* dest,
                                                  std::size_t capacity, ArrayScratch& scratch);
 
-// The decoders of the codings. Each takes all of `comp`, fills all of `out`, or returns false.
+// The decoders of the codings but Huffman's (newlz_arrays_huff.h). Each takes all of `comp`, fills all of
+// `out`, or returns false.
 bool newLZ_decode_tans(std::span<const std::uint8_t> comp, std::span<std::uint8_t> out, DecodePath path);
-bool newLZ_decode_huff(std::span<const std::uint8_t> comp, std::span<std::uint8_t> out, bool split,
-                       DecodePath path);
 bool newLZ_decode_rle(std::span<const std::uint8_t> comp, std::span<std::uint8_t> out, ArrayScratch& scratch);
 bool newLZ_decode_multi(std::span<const std::uint8_t> comp, std::span<std::uint8_t> out,
                         ArrayScratch& scratch);
