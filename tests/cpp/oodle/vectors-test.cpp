@@ -12,6 +12,7 @@
 #include <gtest/gtest.h>
 #include <nlohmann/json.hpp>
 
+#include "oodle/oodle2/core/decompress.h"
 #include "oodle/oodle2/core/oodlelzcompressors.h"
 #include "support/captured-log.h"
 #include "support/sha256.h"
@@ -76,6 +77,17 @@ TEST_P(Vectors, give_their_bytes_or_are_refused) {
     } else {
         EXPECT_EQ(decoded, 0);
         EXPECT_NE(m_log.Lines(oo2::kLogError), std::vector<std::string>{});
+    }
+}
+
+TEST_P(Vectors, give_the_same_on_the_careful_path) {
+    const oo2::DecompressArgs args{.compBuf = m_stream.get(),
+                                   .compBufSize = m_streamLength,
+                                   .rawBuf = m_raw.get(),
+                                   .rawLen = GetParam().rawLength};
+    EXPECT_EQ(oo2::Decompress(args, oo2::DecodePath::Careful), GetParam().ok ? GetParam().rawLength : 0);
+    if (GetParam().ok) {
+        EXPECT_EQ(RawDigest(), GetParam().sha256);
     }
 }
 

@@ -1,0 +1,98 @@
+// Array headers at their limits, and what bounds arrays inside arrays.
+#include <cstdint>
+#include <string>
+#include <vector>
+
+#include <gtest/gtest.h>
+
+#include "oodle/oodle2/core/newlz_arrays.h"
+#include "support/captured-log.h"
+
+namespace {
+
+using Bytes = std::vector<std::uint8_t>;
+
+TEST(ArrayHeader, forms_and_limits) {
+    constexpr std::size_t kAny = 0x40000;
+    const struct {
+        Bytes header;
+        std::size_t more;  // bytes behind the header
+        std::size_t capacity;
+        long rawLen;  // -1: refused
+        const char* line = nullptr;
+    } cases[] = {
+        {{0x8F, 0xFF}, 4095, kAny, 4095},
+        {{0x8F, 0xFF}, 4094, kAny, -1},
+        {{0x8F, 0xFF}, 4095, 4094, -1},
+        {{0x80, 0x00}, 0, 0, 0},
+        {{0x80}, 0, kAny, -1, "OODLE ERROR : corruption : from_ptr+2 <= from_end\n"},
+        {{0x00, 0x00, 0x00}, 0, kAny, 0},
+        {{0x00, 0x00, 0x00}, 1, kAny, 0},
+        {{0x00, 0x00, 0x01}, 0, kAny, -1, "OODLE ERROR : corruption : header == 0\n"},
+        {{0x00, 0x00}, 0, kAny, -1, "OODLE ERROR : corruption : header == 0\n"},
+        {{0x03, 0xFF, 0xFF}, 0x3FFFF, kAny, 0x3FFFF},
+        {{0x04, 0x00, 0x00}, 0x40000, kAny, -1},
+        // Type 2, 5 bytes: raw length less 1 in bits 18 to 35, compressed length below them.
+        {{0x20, 0x00, 0x28, 0x00, 0x0A}, 10, kAny, 11},
+        {{0x20, 0x00, 0x28, 0x00, 0x0B}, 11, kAny, -1},
+        {{0x20, 0x00, 0x28, 0x00, 0x00}, 10, kAny, -1},
+        {{0x20, 0x00, 0x28, 0x00, 0x0A}, 9, kAny, -1},
+        {{0x2F, 0xFF, 0xFC, 0x00, 0x01}, 1, kAny, 0x40000},
+        {{0x20, 0x00, 0x28, 0x00}, 0, kAny, -1, "OODLE ERROR : corruption : from_ptr+5 <= from_end\n"},
+        // Type 3, 3 bytes: compressed length c in bits 0 to 9, raw length less c + 1 above them.
+        {{0xBF, 0xFC, 0x01}, 1, kAny, 1025},
+        {{0xB0, 0x00, 0x00}, 1, kAny, -1},
+        {{0xB0, 0x00, 0x01}, 0, kAny, -1, "OODLE ERROR : corruption : from_ptr+4 <= from_end\n"},
+        {{0x60, 0x00, 0x28, 0x00, 0x0A}, 10, kAny, -1},
+        {{0xF0, 0x00, 0x01}, 1, kAny, -1},
+    };
+    for (const auto& c : cases) {
+        const CapturedLog log;
+        Bytes in = c.header;
+        in.insert(in.end(), c.more, 0);
+        const auto header = oo2::newLZ_get_array_header(in, c.capacity);
+        const auto index = &c - cases;
+        EXPECT_EQ(header ? static_cast<long>(header->rawLen) : -1, c.rawLen) << index;
+        if (header) {
+            EXPECT_EQ(header->size, c.header.size()) << index;
+        }
+        const std::vector<std::string> lines = log.Lines(oo2::kLogError);
+        EXPECT_EQ(lines, c.line ? std::vector<std::string>{c.line} : std::vector<std::string>{}) << index;
+    }
+}
+
+// A long header: the type, the raw length less 1 and the compressed length.
+Bytes Header(unsigned type, std::size_t rawLen, std::size_t compLen) {
+    const std::uint64_t word = std::uint64_t{type} << 36 | std::uint64_t{rawLen - 1} << 18 | compLen;
+    Bytes bytes;
+    for (int shift = 32; shift >= 0; shift -= 8) bytes.push_back(static_cast<std::uint8_t>(word >> shift));
+    return bytes;
+}
+
+// 32,000 bytes in as many run-length arrays inside one another: the innermost is one byte repeated, each of
+// the others copies the literals that the one inside it gives.
+Bytes NestedArrays(std::size_t depth) {
+    constexpr std::size_t kRawLen = 32'000;
+    constexpr std::size_t kCopyAll = 0x1FF + kRawLen / 64;
+    Bytes array = {7};
+    for (std::size_t level = 1;; ++level) {
+        const Bytes header = Header(3, kRawLen, array.size());
+        array.insert(array.begin(), header.begin(), header.end());
+        if (level == depth) return array;
+        array.insert(array.end(), {kCopyAll & 0xFF, kCopyAll >> 8});
+    }
+}
+
+TEST(NestedArrays, go_16_deep) {
+    Bytes memory(1 << 20);
+    for (const std::size_t depth : {1u, 16u, 17u, 3000u}) {
+        oo2::ArrayScratch scratch{.next = memory.data(), .end = memory.data() + memory.size()};
+        const auto array = oo2::newLZ_get_array(NestedArrays(depth), nullptr, 32'000, scratch);
+        ASSERT_EQ(array.has_value(), depth <= 16) << depth;
+        if (array) {
+            EXPECT_EQ(Bytes(array->bytes.begin(), array->bytes.end()), Bytes(32'000, 7));
+        }
+    }
+}
+
+}  // namespace

@@ -1,0 +1,171 @@
+// Single steps of the LZ decoder's frame, in states that a whole call does not come to.
+#include <cstdint>
+#include <functional>
+#include <string>
+#include <vector>
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include "oodle/oodle2/core/decoder_state.h"
+#include "oodle/oodle2/core/decompress.h"
+#include "support/captured-log.h"
+
+namespace {
+
+using testing::ElementsAre;
+
+constexpr std::int64_t kRawLength = 100;
+constexpr std::uint8_t kReset = 0x8C;
+
+// A state with scratch for Kraken, and the arguments of a first step over a window of kRawLength bytes.
+struct Fixture {
+    Fixture() {
+        const std::ptrdiff_t size =
+            oo2::ScratchSizeNeeded(OodleLZ_Compressor_Kraken, kRawLength) + oo2::kDecoderMemorySlack;
+        memory.resize(static_cast<std::size_t>(size));
+        state = oo2::PlaceDecoderState(memory.data(), size);
+        args.windowBase = window.data();
+        args.windowEnd = kRawLength;
+        args.rawAvail = kRawLength;
+    }
+
+    bool Step(const std::vector<std::uint8_t>& stream) {
+        args.comp = stream.data();
+        args.compAvail = static_cast<std::ptrdiff_t>(stream.size());
+        return oo2::DecodeSome(*state, result, args);
+    }
+
+    std::vector<std::uint8_t> memory;
+    std::vector<std::uint8_t> window = std::vector<std::uint8_t>(OODLELZ_BLOCK_LEN * 2);
+    oo2::OodleLZDecoderState* state = nullptr;
+    oo2::DecodeSomeArgs args;
+    oo2::DecodeSomeResult result;
+    CapturedLog log;
+};
+
+struct Failure {
+    const char* line;
+    std::vector<std::uint8_t> stream;
+    std::function<void(Fixture&)> prepare = [](Fixture&) {};
+};
+
+TEST(DecodeSome, tells_why_it_fails) {
+    const std::vector<std::uint8_t> memset = {kReset, 6, 0x07, 0xFF, 0xFF, 1};
+    const Failure failures[] = {
+        {"OODLE ERROR : you didn't give me enough window!\n", memset,
+         [](Fixture& f) { f.args.rawPos = kRawLength; }},
+        {"OODLE ERROR : sliding window must be pow2!\n", memset, [](Fixture& f) { f.args.rawAvail = 101; }},
+        {"OODLE ERROR : only legacy compressors do sliding window!\n", memset,
+         [](Fixture& f) { f.args.windowEnd = 64; }},
+        {"OODLE ERROR : LZ corruption : invalid header..\n", {kReset, 13}},
+        {"OODLE ERROR : Requested Fuzz Safety, saw a compressor that can't decode Safe\n",
+         {kReset, 0, 0},
+         [](Fixture& f) { f.args.fuzzSafe = true; }},
+        {"OODLE ERROR : Legacy LZ VTable not installed", {kReset, 0, 0}},
+        {"OODLE ERROR : Heterogenous compressor file with insufficient decoder memory size!\n", memset,
+         [](Fixture& f) { --f.state->scratchSize; }},
+        // In the middle of a block whose header it never read, or read as nonsense.
+        {"OODLE ERROR : LZ corruption : DecodeOneQ invalid decodeType!\n",
+         {0, 0, 9},
+         [](Fixture& f) { f.args.rawPos = 1, f.args.rawAvail = 99; }},
+        {"OODLE ERROR : invalid decodeType!\n",
+         {0, 0, 9},
+         [](Fixture& f) { f.args.rawPos = 1, f.args.rawAvail = 99, f.state->block.decodeType = 99; }},
+        {"OODLE ERROR : corruption : matchOff > 1\n",
+         {0x03, 0xFF, 0xFF, 0x80, 0x00},
+         [](Fixture& f) {
+             f.args.rawPos = 10, f.args.rawAvail = 90, f.state->block.decodeType = oo2::kDecodeKraken;
+         }},
+    };
+    for (const Failure& failure : failures) {
+        Fixture f;
+        failure.prepare(f);
+        EXPECT_FALSE(f.Step(failure.stream)) << failure.line;
+        EXPECT_THAT(f.log.Lines(oo2::kLogError), ElementsAre(failure.line));
+    }
+}
+
+TEST(DecodeSome, waits_for_more_and_gives_up_after_1000_calls) {
+    Fixture f;
+    for (int call = 1; call < 1000; ++call) {
+        ASSERT_TRUE(f.Step({kReset, 6, 0x07, 0xFF})) << call;
+        ASSERT_EQ(f.result.rawDecoded + f.result.compUsed, 0);
+    }
+    EXPECT_FALSE(f.Step({kReset, 6, 0x07, 0xFF}));
+    EXPECT_THAT(f.log.Lines(oo2::kLogError), ElementsAre("OODLE ERROR : 1000 calls without progress!\n"));
+
+    f.state->callsWithoutProgress = 998;
+    EXPECT_TRUE(f.Step({kReset, 6, 0x07, 0xFF, 0xFF, 1}));
+    EXPECT_EQ(f.result.rawDecoded, kRawLength);
+    EXPECT_EQ(f.state->callsWithoutProgress, 0);
+}
+
+TEST(DecodeSome, a_short_quantum_covers_16384_bytes) {
+    Fixture f;
+    f.args.windowEnd = f.args.rawAvail = 20000;
+    f.state->scratchSize = oo2::kStateSize;
+    EXPECT_TRUE(f.Step({kReset, oo2::kDecodeLzb16, 0x7F, 0xFF, 5}));
+    EXPECT_EQ(f.result.rawDecoded, 16384);
+    EXPECT_EQ(f.window[16383], 5);
+    EXPECT_EQ(f.window[16384], 0);
+}
+
+TEST(BlockHeader, older_ones_are_legacy_or_nothing) {
+    const struct {
+        std::uint8_t byte;
+        int compressor;  // -1: no header
+        bool logs;
+    } cases[] = {{0x00, OodleLZ_Compressor_LZH, false},
+                 {0x55, OodleLZ_Compressor_LZH, false},
+                 {0x0A, OodleLZ_Compressor_LZHLW, false},
+                 {0x1A, OodleLZ_Compressor_LZNIB, false},
+                 {0x8A, -1, true},
+                 {0x03, -1, false}};
+    for (const auto& c : cases) {
+        const CapturedLog log;
+        const std::uint8_t bytes[] = {c.byte, 6};
+        const auto header = oo2::ReadBlockHeader(bytes);
+        EXPECT_EQ(header ? oo2::CompressorOf(*header) : -1, c.compressor) << int{c.byte};
+        EXPECT_EQ(log.Lines(oo2::kLogError).size(), c.logs ? 1u : 0u);
+    }
+}
+
+TEST(QuantumHeader, distances_have_up_to_5_groups) {
+    const struct {
+        std::vector<std::uint8_t> number;
+        oo2::HeaderStatus status;
+        std::uint64_t distance;
+    } cases[] = {
+        {{0x80, 0x01}, oo2::HeaderStatus::Ok, 2},
+        {{0xFF, 0xFF}, oo2::HeaderStatus::Ok, 0x8000},
+        {{0x00, 0x00, 0x80}, oo2::HeaderStatus::Ok, 0x8001},
+        {{0x00, 0x05, 0x01, 0x82}, oo2::HeaderStatus::Ok, ((0x81 + (2 << 7)) << 15) + 5 + 0x8001},
+        {{0x00, 0x00, 0, 0, 0, 0, 0x80},
+         oo2::HeaderStatus::Ok,
+         ((0x80ull + (0x80 << 7) + (0x80 << 14) + (0x80 << 21)) << 15) + 0x8001},
+        {{0x00, 0x00, 0, 0, 0, 0, 0, 0x80}, oo2::HeaderStatus::NumberTooLarge, 0},
+        {{0x00, 0x00, 1}, oo2::HeaderStatus::NeedMore, 0},
+        {{0x00}, oo2::HeaderStatus::NeedMore, 0},
+    };
+    for (const auto& c : cases) {
+        std::vector<std::uint8_t> bytes = {0x03, 0xFF, 0xFF};
+        bytes.insert(bytes.end(), c.number.begin(), c.number.end());
+        oo2::QuantumHeader header;
+        EXPECT_EQ(oo2::ReadQuantumHeader(bytes, {.decodeType = oo2::kDecodeKraken}, 100, header), c.status);
+        if (c.status == oo2::HeaderStatus::Ok) {
+            EXPECT_EQ(header.distance, c.distance);
+        }
+    }
+}
+
+TEST(GetCompressedStepForRawStep, begins_at_blocks_only) {
+    const CapturedLog log;
+    const std::uint8_t stream[] = {kReset, 6, 0x07, 0xFF, 0xFF, 1};
+    EXPECT_EQ(oo2::GetCompressedStepForRawStep(stream, 6, 0, 100).compUsed, 6);
+    EXPECT_EQ(oo2::GetCompressedStepForRawStep(stream, 6, 100, 100).compUsed, -1);
+    EXPECT_THAT(log.Lines(oo2::kLogError),
+                ElementsAre("OODLE ERROR : GetCompressedStepForRawStep : start pos not a quantum!\n"));
+}
+
+}  // namespace
