@@ -1,95 +1,87 @@
-// One polling cycle beside the cheapest listing with last-write times that the operating system offers, and
-// beside the standard library's. Run with --benchmark_enable_random_interleaving=true
-// --benchmark_repetitions=9.
-#include <dirent.h>
-#include <fcntl.h>
+// watcher_bench FOLDER: one polling cycle of the watcher beside the cheapest full listing with last-write
+// times that the operating system offers. Prints a JSON array of { files, cycle, listing, queries },
+// microseconds, medians of interleaved runs. Runs on both targets, so it measures time itself.
+#include <algorithm>
+#include <chrono>
+#include <cstdint>
+#include <cstdio>
 #include <filesystem>
 #include <fstream>
-#include <stdexcept>
+#include <functional>
 #include <string>
-#include <sys/stat.h>
-
-#include <benchmark/benchmark.h>
+#include <vector>
 
 #include "games/corvane/napi-module/watcher/folder-snapshot.h"
+#include "system-listing.h"
 #include "util/platform/platform.h"
 
 namespace {
 
 namespace fs = std::filesystem;
+namespace platform = orvel::util::platform;
 
-// A demo folder with so many replays; made once and left for the other benchmarks of the run.
-fs::path DemoFolder(std::int64_t files) {
-    const fs::path folder = fs::temp_directory_path() / "corvane-watcher-bench" / std::to_string(files) /
-                            "CorvaneGame" / "Saved" / "Demos";
-    if (fs::exists(folder)) return folder;
+std::wstring MakeFolder(const fs::path& parent, int files) {
+    const fs::path folder = parent / std::to_string(files);
+    fs::remove_all(folder);
     fs::create_directories(folder);
-    const fs::path first = folder / "UnsavedReplay-00000.replay";
-    std::ofstream(first) << "replay";
-    for (std::int64_t i = 1; i < files; ++i) {
-        fs::copy_file(first, folder / ("UnsavedReplay-" + std::to_string(100'000 + i) + ".replay"));
+    for (int i = 0; i < files; ++i) {
+        std::ofstream(folder / ("UnsavedReplay-2026.01.01-" + std::to_string(100000 + i) + ".replay")) << i;
     }
-    return folder;
+    return platform::WideFromPath(folder);
 }
 
-// openat, getdents64, newfstatat; statx with the time alone was measured to take as long.
-std::int64_t SystemListing(const char* path) {
-    DIR* listing = ::opendir(path);
-    if (listing == nullptr) throw std::runtime_error("cannot list");
-    const int folder = ::dirfd(listing);
-    std::int64_t sum = 0;
-    while (const dirent* entry = ::readdir(listing)) {
-        struct stat status {};
-        if (entry->d_type == DT_REG && ::fstatat(folder, entry->d_name, &status, 0) == 0) {
-            sum += status.st_mtim.tv_nsec;
+// The medians of functions that are run in turn, for a second and a half in all, at least 5 times each.
+std::vector<double> Medians(const std::vector<std::function<void()>>& functions) {
+    using Clock = std::chrono::steady_clock;
+    constexpr std::chrono::milliseconds kTime{1500};
+    constexpr std::size_t kLeast = 5;
+    std::vector<std::vector<double>> times(functions.size());
+    const Clock::time_point end = Clock::now() + kTime;
+    while (Clock::now() < end || times.back().size() < kLeast) {
+        for (std::size_t i = 0; i < functions.size(); ++i) {
+            const Clock::time_point start = Clock::now();
+            functions[i]();
+            times[i].push_back(std::chrono::duration<double, std::micro>(Clock::now() - start).count());
         }
     }
-    ::closedir(listing);
-    return sum;
-}
-
-void BM_SystemListing(benchmark::State& state) {
-    const fs::path folder = DemoFolder(state.range(0));
-    for (auto _ : state) benchmark::DoNotOptimize(SystemListing(folder.c_str()));
-}
-
-void BM_StandardListing(benchmark::State& state) {
-    const fs::path folder = DemoFolder(state.range(0));
-    for (auto _ : state) {
-        for (const auto& entry : fs::recursive_directory_iterator(folder)) {
-            benchmark::DoNotOptimize(fs::last_write_time(entry.path()));
-        }
+    std::vector<double> medians;
+    for (std::vector<double>& list : times) {
+        const auto middle = list.begin() + static_cast<std::ptrdiff_t>(list.size() / 2);
+        std::nth_element(list.begin(), middle, list.end());
+        medians.push_back(*middle);
     }
+    return medians;
 }
 
-void BM_IdleCycle(benchmark::State& state) {
-    util::FolderSnapshot snapshot(orvel::util::platform::WideFromPath(DemoFolder(state.range(0))),
-                                  util::RealFileSystem());
-    for (auto _ : state) {
-        snapshot.Update([](const std::wstring&, util::FileStatus) { std::abort(); });
-    }
-}
+std::int64_t g_sum = 0;  // keeps what is only listed from being optimised away
 
-// The game writes to one file between two cycles.
-void BM_CycleWithOneChange(benchmark::State& state) {
-    const fs::path folder = DemoFolder(state.range(0));
-    util::FolderSnapshot snapshot(orvel::util::platform::WideFromPath(folder), util::RealFileSystem());
-    static std::int64_t second = 0;
-    for (auto _ : state) {
-        const timespec times[2] = {{0, UTIME_OMIT}, {++second, 0}};
-        if (::utimensat(AT_FDCWD, (folder / "UnsavedReplay-00000.replay").c_str(), times, 0) != 0)
-            std::abort();
-        int reports = 0;
-        snapshot.Update([&reports](const std::wstring&, util::FileStatus) { ++reports; });
-        if (reports != 1) std::abort();
-    }
+void Measure(const fs::path& parent, int files, const char* separator) {
+    const std::wstring folder = MakeFolder(parent, files);
+    util::FolderSnapshot snapshot(folder, util::RealFileSystem());
+    const auto cycle = [&] { snapshot.Update([](const std::wstring&, util::FileStatus) { ++g_sum; }); };
+    const auto listing = [&] { g_sum += bench::SumOfSystemListing(folder); };
+    const auto queries = [&] {
+        platform::ListFolder(
+            folder, [](const platform::FolderEntry& entry) { g_sum += entry.lastWriteTime.value_or(0); });
+    };
+    const std::vector<double> medians = Medians({cycle, listing, queries});
+    std::printf("%s{\"files\": %d, \"cycle\": %.2f, \"listing\": %.2f, \"queries\": %.2f}", separator, files,
+                medians[0], medians[1], medians[2]);
+    fs::remove_all(fs::path(folder));
 }
-
-BENCHMARK(BM_SystemListing)->Arg(10)->Arg(1000)->Arg(10'000);
-BENCHMARK(BM_StandardListing)->Arg(10)->Arg(1000)->Arg(10'000);
-BENCHMARK(BM_IdleCycle)->Arg(10)->Arg(1000)->Arg(10'000);
-BENCHMARK(BM_CycleWithOneChange)->Arg(10)->Arg(1000)->Arg(10'000);
 
 }  // namespace
 
-BENCHMARK_MAIN();
+int main(int argc, char** argv) {
+    if (argc != 2) {
+        std::fputs("usage: watcher_bench FOLDER\n", stderr);
+        return 2;
+    }
+    const char* separator = "[";
+    for (const int files : {10, 1000, 10000}) {
+        Measure(argv[1], files, separator);
+        separator = ",\n ";
+    }
+    std::puts("]");
+    return g_sum == 0;
+}
