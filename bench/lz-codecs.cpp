@@ -18,10 +18,10 @@ namespace {
 
 using Span = std::span<const std::uint8_t>;
 
-// Long chains of candidates cost minutes where they no longer fit into the cache, and gain 1 %.
+// Longer chains of candidates cost minutes where they no longer fit into the cache.
 Bytes CompressOwn(Span raw) {
     lz::CompressOptions options;
-    if (raw.size() > 8 << 20) options.parse.chain = 12;
+    if (raw.size() > 1 << 20) options.parse.chain = 16;
     return lz::Compress(raw, options).bytes;
 }
 
