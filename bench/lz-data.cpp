@@ -1,4 +1,4 @@
-// lz_data DATASET FOLDER: writes what lz_bench decodes, the raw bytes of one data set at each size and each
+// lz_data DATASET BYTES FOLDER: writes what lz_bench decodes, so many raw bytes of one data set and each
 // codec's compressed form of them. Compressing takes minutes, so it is not part of a measurement.
 #include <cstdio>
 #include <filesystem>
@@ -14,14 +14,13 @@ void Write(const std::filesystem::path& path, const bench::Bytes& bytes) {
     file.write(reinterpret_cast<const char*>(bytes.data()), static_cast<std::streamsize>(bytes.size()));
 }
 
-void WriteDataSet(const bench::DataSet& set, const std::filesystem::path& folder) {
-    for (const std::size_t size : bench::kSizes) {
-        const bench::Bytes raw = set.make(size);
-        Write(folder / bench::FileName(set.name, size, "raw"), raw);
-        for (const bench::Codec& codec : bench::Codecs()) {
-            if (codec.compress == nullptr) continue;
-            Write(folder / bench::FileName(set.name, size, codec.stream), codec.compress(raw));
-        }
+void WriteAll(const bench::DataSet& set, std::size_t size, const std::filesystem::path& folder) {
+    std::filesystem::create_directories(folder);
+    const bench::Bytes raw = set.make(size);
+    Write(folder / bench::FileName(set.name, size, "raw"), raw);
+    for (const bench::Codec& codec : bench::Codecs()) {
+        if (codec.compress == nullptr) continue;
+        Write(folder / bench::FileName(set.name, size, codec.stream), codec.compress(raw));
     }
 }
 
@@ -29,11 +28,10 @@ void WriteDataSet(const bench::DataSet& set, const std::filesystem::path& folder
 
 int main(int argc, char** argv) {
     for (const bench::DataSet& set : bench::DataSets()) {
-        if (argc != 3 || set.name != argv[1]) continue;
-        std::filesystem::create_directories(argv[2]);
-        WriteDataSet(set, argv[2]);
+        if (argc != 4 || set.name != argv[1]) continue;
+        WriteAll(set, std::stoul(argv[2]), argv[3]);
         return 0;
     }
-    std::fputs("usage: lz_data DATASET FOLDER\n", stderr);
+    std::fputs("usage: lz_data DATASET BYTES FOLDER\n", stderr);
     return 2;
 }
