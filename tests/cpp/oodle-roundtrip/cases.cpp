@@ -239,7 +239,7 @@ void AddChunkShapes(CaseList& list) {
     list.AddParsed("recent-sent-as-new", MakeRecords(900), options);
     options.repeat_as_new = false;
     options.literals = ChunkOptions::Literals::sub;
-    list.AddParsed("near-matches", MakeRuns(20), options, {8, 64, 1});
+    list.AddParsed("near-matches", MakeRuns(20), options, {.min_distance = 1});
     options.kind = Kind::stored;
     Bytes tail(kChunkSize, 5);
     tail.push_back(6);

@@ -1,8 +1,6 @@
 // Offset codes in both forms, and long excesses.
 #include "support/lz/offset-codes.h"
 
-#include <cmath>
-
 #include "support/lz/symbol-runs.h"
 
 namespace lz {
@@ -36,15 +34,6 @@ void PutModulus(OffsetCodes& out, uint32_t distance) {
     out.codes.push_back(static_cast<uint8_t>((k << 3) | ((biased >> k) - 8)));
     out.bits.push_back({{biased & ((1U << k) - 1), k}});
     if (out.modulus > 1) out.remainders.push_back(static_cast<uint8_t>(distance % out.modulus));
-}
-
-double EntropyBits(const Bytes& bytes) {
-    double bits = 0;
-    for (const uint32_t count : CountBytes(bytes)) {
-        if (count != 0)
-            bits -= count * std::log2(static_cast<double>(count) / static_cast<double>(bytes.size()));
-    }
-    return bits;
 }
 
 // z zeros, then x + 64 in z + 7 bits; the excesses take turns at the two ends.

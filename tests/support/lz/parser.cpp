@@ -12,7 +12,6 @@ namespace {
 
 constexpr unsigned kMinHashBits = 10;
 constexpr unsigned kMaxHashBits = 19;
-constexpr double kCommandBits = 6;
 constexpr double kOffsetBits = 4.5;  // of an offset's code, besides its raw bits
 constexpr size_t kShortLimit = 16;   // the longest match without an excess
 constexpr size_t kLongMargin = 8;    // a longer one ends so far before the chunk's end
@@ -30,13 +29,7 @@ size_t CommonLength(const uint8_t* a, const uint8_t* b, size_t limit) {
 
 // Bits of a literal in a chunk of these bytes, by its entropy.
 double LiteralBits(ByteSpan chunk) {
-    const Histogram histogram = CountBytes(chunk);
-    double bits = 0;
-    for (const uint32_t count : histogram) {
-        if (count != 0)
-            bits -= count * std::log2(static_cast<double>(count) / static_cast<double>(chunk.size()));
-    }
-    return std::max(1.0, bits / static_cast<double>(chunk.size()));
+    return std::max(1.0, EntropyBits(chunk) / static_cast<double>(chunk.size()));
 }
 
 // The longest match not above `length` that the rules on the chunk's end allow, with `left` bytes to that
@@ -80,7 +73,7 @@ void Parser::Offer(size_t position, Bounds bounds, uint32_t distance, double cos
 void Parser::TryRecent(size_t position, Bounds bounds, const RecentDistances& recent, Match& best) const {
     for (size_t i = 0; i < 3; ++i) {
         if (recent[i] <= position - bounds.floor) {
-            Offer(position, bounds, recent[i], kCommandBits + static_cast<double>(i), best);
+            Offer(position, bounds, recent[i], options_.command_bits + static_cast<double>(i), best);
         }
     }
 }
@@ -96,7 +89,7 @@ void Parser::TryChain(size_t position, Bounds bounds, Match& best) {
         const bool longer = position + best.length < bounds.end &&
                             raw_[candidate + best.length] == raw_[position + best.length];
         if (!longer) continue;  // and farther than all before it
-        Offer(position, bounds, distance, kCommandBits + kOffsetBits + std::log2(distance), best);
+        Offer(position, bounds, distance, options_.command_bits + kOffsetBits + std::log2(distance), best);
         if (best.length >= options_.good_length) return;
     }
 }

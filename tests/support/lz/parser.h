@@ -16,6 +16,8 @@ struct Command {
 struct ParseOptions {
     unsigned chain = 96;        // candidates looked at for each position
     unsigned good_length = 96;  // a match of this length is taken without looking further
+    double command_bits =
+        12;  // what a match must save besides its offset; more: larger, but faster to decode
     uint32_t min_distance = 8;  // nearer matches have no single-form offset
 };
 

@@ -1,6 +1,8 @@
 // Histogram and runs of used symbols.
 #include "support/lz/symbol-runs.h"
 
+#include <cmath>
+
 namespace lz {
 namespace {
 
@@ -21,6 +23,15 @@ Histogram CountBytes(ByteSpan raw) {
     Histogram histogram{};
     for (const uint8_t byte : raw) ++histogram[byte];
     return histogram;
+}
+
+double EntropyBits(ByteSpan raw) {
+    double bits = 0;
+    for (const uint32_t count : CountBytes(raw)) {
+        if (count != 0)
+            bits -= count * std::log2(static_cast<double>(count) / static_cast<double>(raw.size()));
+    }
+    return bits;
 }
 
 std::vector<uint8_t> UsedSymbols(const Histogram& histogram) {

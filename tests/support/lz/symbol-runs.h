@@ -1,5 +1,5 @@
-// Which of the 256 symbols an array uses, told as runs of used symbols: shared by the second Huffman
-// description and the dense tANS table.
+// Byte histograms, and which of the 256 symbols an array uses, told as runs of used symbols: shared by the
+// second Huffman description and the dense tANS table.
 #pragma once
 
 #include <array>
@@ -11,6 +11,9 @@ namespace lz {
 using Histogram = std::array<uint32_t, 256>;
 
 Histogram CountBytes(ByteSpan raw);
+
+// What an ideal code for these bytes alone would take, in bits.
+double EntropyBits(ByteSpan raw);
 
 // Symbols with a count, ascending.
 std::vector<uint8_t> UsedSymbols(const Histogram& histogram);
