@@ -11,15 +11,18 @@ using Description = HuffmanOptions::Description;
 using Kind = ChunkOptions::Kind;
 using Layout = MultiOptions::Layout;
 
+constexpr uint32_t kDistances[] = {9, 8, 24, 11, 48, 30, 200};
+constexpr uint32_t kNearDistances[] = {1, 7, 6, 5, 4, 3, 2};
+
 struct Pieces {
     Bytes raw;
     std::vector<Command> commands;
 };
 
 // Bytes that come from commands of few kinds, so that even short command and offset arrays are worth coding.
-Pieces MakePieces(size_t count, std::span<const uint32_t> lengths, uint64_t seed) {
+Pieces MakePieces(size_t count, std::span<const uint32_t> distances, std::span<const uint32_t> lengths,
+                  uint64_t seed) {
     static constexpr uint32_t kRuns[] = {3, 0, 5, 1, 2, 30};
-    static constexpr uint32_t kDistances[] = {9, 8, 24, 11, 48, 30, 200};
     Random random(seed);
     Pieces pieces{MakeText(8, seed), {}};
     Bytes& raw = pieces.raw;
@@ -30,7 +33,7 @@ Pieces MakePieces(size_t count, std::span<const uint32_t> lengths, uint64_t seed
         Command command{kRuns[random.Skewed(std::size(kRuns))], 0, 0};
         put_literals(command.run);
         command.length = lengths[random.Skewed(static_cast<uint32_t>(lengths.size()))];
-        const uint32_t distance = kDistances[random.Skewed(std::size(kDistances))];
+        const uint32_t distance = distances[random.Skewed(static_cast<uint32_t>(distances.size()))];
         command.distance = distance <= raw.size() ? distance : 8;
         for (uint32_t j = 0; j < command.length; ++j) raw.push_back(raw[raw.size() - command.distance]);
         pieces.commands.push_back(command);
@@ -92,9 +95,8 @@ class CaseList {
         out.Quantum(chunk);
         Add(name, raw, out);
     }
-    void AddParsed(const std::string& name, const Bytes& raw, const ChunkOptions& options,
-                   const ParseOptions& parse = {}) {
-        AddChunk(name, raw, Parser(raw, parse).Parse(8, raw.size(), 0), options);
+    void AddParsed(const std::string& name, const Bytes& raw, const ChunkOptions& options) {
+        AddChunk(name, raw, Parser(raw, {}).Parse(8, raw.size(), 0), options);
     }
     void AddArray(const std::string& name, const Bytes& raw, const ArrayOptions& array) {
         ChunkOptions options;
@@ -216,7 +218,7 @@ void AddChunkLayouts(CaseList& list) {
         for (const unsigned modulus : {0U, 1U, 12U}) {
             options.modulus = modulus;
             options.count_byte = (i + modulus) % 2 == 0;
-            const Pieces pieces = MakePieces(i < 5 ? 150 : 400, kLengths, i);
+            const Pieces pieces = MakePieces(i < 5 ? 150 : 400, kDistances, kLengths, i);
             list.AddChunk("arrays" + std::to_string(i) + "-modulus" + std::to_string(modulus), pieces.raw,
                           pieces.commands, options);
         }
@@ -230,7 +232,7 @@ void AddChunkShapes(CaseList& list) {
     for (size_t i = 0; i < 152; ++i) period.push_back(period[i]);
     list.AddChunk("no-literals", period, {{0, 144, 8}, {0, 8, 16}}, options);
     static constexpr uint32_t kLongLengths[] = {272, 271, 900, 17, 335, 5000};
-    const Pieces pieces = MakePieces(50, kLongLengths, 9);
+    const Pieces pieces = MakePieces(50, kDistances, kLongLengths, 9);
     list.AddChunk("long-excesses", pieces.raw, pieces.commands, options);
     options.count_byte = true;
     list.AddChunk("long-excesses-in-own-section", pieces.raw, pieces.commands, options);
@@ -238,8 +240,12 @@ void AddChunkShapes(CaseList& list) {
     options.repeat_as_new = true;
     list.AddParsed("recent-sent-as-new", MakeRecords(900), options);
     options.repeat_as_new = false;
+    static constexpr uint32_t kLengths[] = {3, 17, 18, 30, 16, 41, 100};
+    const Pieces nearby = MakePieces(90, kNearDistances, kLengths, 4);
+    options.literals = ChunkOptions::Literals::raw;
+    list.AddChunk("near-matches", nearby.raw, nearby.commands, options);
     options.literals = ChunkOptions::Literals::sub;
-    list.AddParsed("near-matches", MakeRuns(20), options, {.min_distance = 1});
+    list.AddChunk("near-matches-sub", nearby.raw, nearby.commands, options);
     options.kind = Kind::stored;
     Bytes tail(kChunkSize, 5);
     tail.push_back(6);
