@@ -67,7 +67,7 @@ void BinaryReader::read(std::string& text) {
     text.clear();
     std::uint32_t length = 0;
     read(length);
-    if (length > kMaxStringBytes || !isCredible(length)) return runOut();
+    if (!isCredible(length)) return runOut();
     std::string bytes(length, '\0');
     read(bytes.data(), static_cast<std::streamsize>(length));
     if (!fail()) text = std::move(bytes);
@@ -78,16 +78,44 @@ std::string BinaryReader::readTerminatedString(char terminator) {
     WithFailureText(m_stream, [&] {
         char next = 0;
         while (m_stream.get(next) && next != terminator) {
-            if (text.size() == kMaxStringBytes) return runOut();
             text.push_back(next);
+            if (text.size() == kBelievedBytes && tellg() >= 0) return appendTerminated(text, terminator);
         }
     });
     return fail() ? std::string{} : text;
 }
 
-std::wstring BinaryReader::readWString(std::uint64_t count) {
+void BinaryReader::appendTerminated(std::string& text, char terminator) {
+    const std::optional<std::size_t> length = distanceTo(terminator);
+    if (!length) return runOut();
+    const std::size_t before = text.size();
+    text.resize(before + *length);
+    read(text.data() + before, static_cast<std::streamsize>(*length));
+    m_stream.get();
+}
+
+std::optional<std::size_t> BinaryReader::distanceTo(char byte) {
+    const std::int64_t here = tellg();
+    std::array<char, 16 * 1024> block;
+    std::uint64_t distance = 0;
+    std::size_t count = 0;
+    bool found = false;
+    do {
+        // Past the stream's own state: the end of the data is no failure here.
+        count = static_cast<std::size_t>(m_stream.rdbuf()->sgetn(block.data(), std::ssize(block)));
+        const auto end = block.begin() + static_cast<std::ptrdiff_t>(count);
+        const auto at = std::find(block.begin(), end, byte);
+        found = at != end;
+        distance += static_cast<std::uint64_t>(at - block.begin());
+    } while (!found && count == block.size());
+    seekg(here);
+    if (!found || !std::in_range<std::ptrdiff_t>(distance)) return std::nullopt;
+    return static_cast<std::size_t>(distance);
+}
+
+std::wstring BinaryReader::readWString(std::uint32_t count) {
     constexpr std::uint64_t kUnitBytes = 2;
-    if (count > kMaxStringBytes / kUnitBytes || !isCredible(count * kUnitBytes)) {
+    if (!isCredible(count * kUnitBytes)) {
         runOut();
         return {};
     }

@@ -5,6 +5,7 @@
 #include <cstdint>
 #include <istream>
 #include <memory>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -24,14 +25,9 @@ concept ByteValue = std::same_as<T, char> || std::same_as<T, std::uint8_t>;
 // returned are 0 and empty, and all later reads fail too.
 //
 // Lengths may come from hostile files: memory is taken for them only once the stream is known to hold as
-// much. One thread at a time.
+// much, and for a string of more than a page only once its end is found. One thread at a time.
 class BinaryReader {
   public:
-    // The longest string that is read, in stored bytes. Names in real files have dozens; a longer string (in
-    // practice one whose end was never written) is treated as data that runs out, so that it cannot fill the
-    // memory.
-    static constexpr std::uint64_t kMaxStringBytes = 512 * 1024;
-
     // stream: not null; it must outlive the reader, or is deleted with it if giveOwnership is true.
     BinaryReader(std::istream* stream, Endianess endianess, bool giveOwnership);
     BinaryReader(const BinaryReader&) = delete;
@@ -53,7 +49,7 @@ class BinaryReader {
     // The bytes before the terminator, which is consumed.
     std::string readTerminatedString(char terminator = '\0');
     // count 16-bit little-endian units, one per wchar_t.
-    std::wstring readWString(std::uint64_t count);
+    std::wstring readWString(std::uint32_t count);
     // Passes over length bytes.
     void skip(std::uint64_t length);
 
@@ -74,6 +70,11 @@ class BinaryReader {
   private:
     template <typename Word>
     bool readWord(Word& value, bool bigEndian);
+    // Appends the bytes before the terminator, which is consumed. Only for a stream that has positions.
+    void appendTerminated(std::string& text, char terminator);
+    // The number of bytes before the next one of this value; nothing if there is none or memory cannot hold
+    // as many. The position stays.
+    std::optional<std::size_t> distanceTo(char byte);
     // Whether the stream has so many more bytes.
     bool holds(std::uint64_t length);
     // The same, but a small length is believed without asking the stream, which costs more than the memory.

@@ -71,7 +71,7 @@ const blockRows = [
   ...[
     ['a key of zeros is no key', Buffer.alloc(16), ''],
     ['a key with one byte that is not zero counts as it stands', Buffer.from([0, 0, 1]), '00 00 01 '],
-    ['a key longer than any cipher takes is shown whole', Buffer.alloc(1000, 5), '05 '.repeat(1000)],
+    ['a key longer than any cipher takes is shown whole', Buffer.alloc(100000, 5), '05 '.repeat(100000)],
   ].map(([name, value, EncryptionKey]) => ({
     name,
     bytes: w.replay({ EncryptionKey: value }, ranking(1)),
@@ -104,6 +104,7 @@ const nameRows = [
   ],
   ['8-bit and empty', w.string8(''), ''],
   ['8-bit with whitespace everywhere', w.string8(' A\tB\n C\r\v\f'), 'ABC'],
+  ['8-bit, very long', w.string8('name'.repeat(150000)), 'name'.repeat(150000)],
   ['8-bit with characters of more than one byte', w.string8('Grüße 火🔥'), 'Grüße火🔥'],
   ['UTF-16, which keeps its final zero', w.string16('Grüße 火🔥'), 'Grüße火🔥\0'],
   ['UTF-16 with unpaired surrogates', w.string16('a\ud800b\udc00'), 'a\ufffdb\ufffd\0'],

@@ -34,14 +34,13 @@ TEST(HeaderChunk, one_that_is_cut_anywhere_runs_out) {
 
 TEST(HeaderChunk, a_list_has_as_many_strings_as_it_counts_or_runs_out) {
     const Bytes whole = Header{.gameData = {}}.Build();
-    constexpr std::int32_t kMost = orvel::corvane::kMaxHeaderListCount;
-    for (const auto& [count, good] :
-         {std::pair(1, true), std::pair(kMost, true), std::pair(kMost + 1, false), std::pair(-1, false),
-          std::pair(INT32_MAX, false), std::pair(INT32_MIN, false)}) {
+    constexpr std::int32_t kStored = 100'000;
+    for (const std::int32_t count : {kStored, kStored + 1, -1, INT32_MAX, INT32_MIN}) {
         Writer writer;
         writer.Add(Prefix(whole, whole.size() - 4)).I32(count);
-        for (std::int32_t i = 0; i < (good ? count : kMost + 1); ++i) writer.Str("");
+        for (std::int32_t i = 0; i < kStored; ++i) writer.Str("");
         NetworkDemoHeader header;
+        const bool good = count == kStored;
         EXPECT_EQ(Read(writer.bytes, header), good) << count;
         EXPECT_EQ(header.GameSpecificData.size(), good ? static_cast<std::size_t>(count) : 0U);
     }

@@ -77,7 +77,7 @@ TEST(BinaryReader, strings_end_where_their_form_says) {
 
 // Lengths out of hostile files, each with as many bytes behind it as make the boundary interesting.
 TEST(BinaryReader, a_length_that_the_stream_does_not_hold_takes_no_memory) {
-    for (const std::uint64_t length : {11ULL, 5000ULL, 0x7FFFFFFFULL, 0xFFFFFFFFULL, ~0ULL}) {
+    for (const std::uint64_t length : {11ULL, 5000ULL, 0x7FFFFFFFULL, 0x80000000ULL, 0xFFFFFFFFULL, ~0ULL}) {
         SCOPED_TRACE(length);
         Bytes bytes{1};
         MemoryReader vector(Bytes(10));
@@ -86,7 +86,7 @@ TEST(BinaryReader, a_length_that_the_stream_does_not_hold_takes_no_memory) {
         EXPECT_LE(bytes.capacity(), 5000U);
 
         MemoryReader wide(Bytes(10));
-        EXPECT_EQ(wide->readWString(length), L"");
+        EXPECT_EQ(wide->readWString(static_cast<std::uint32_t>(length)), L"");
         EXPECT_TRUE(wide->fail());
 
         MemoryReader skipped(Bytes(10));
@@ -106,18 +106,25 @@ TEST(BinaryReader, a_length_that_the_stream_does_not_hold_takes_no_memory) {
     EXPECT_TRUE(text->fail() && string.empty());
 }
 
-TEST(BinaryReader, a_string_longer_than_any_name_is_data_that_runs_out) {
-    constexpr std::size_t kMost = BinaryReader::kMaxStringBytes;
-    for (const std::size_t length : {kMost, kMost + 1}) {
-        Bytes bytes(length, 'a');
-        bytes.push_back(0);
-        MemoryReader reader(bytes);
-        EXPECT_EQ(reader->readTerminatedString().size(), length == kMost ? length : 0U);
-        EXPECT_EQ(reader->fail(), length != kMost);
+// Around the length from which a string's end is looked for before its bytes are kept, and beyond.
+TEST(BinaryReader, a_long_string_is_read_whole_or_runs_out) {
+    for (const std::size_t length : {4095U, 4096U, 4097U, 20'480U, 1'000'000U}) {
+        SCOPED_TRACE(length);
+        const std::string name(length, 'a');
+        const std::string bytes = name + std::string("\0b\0", 3);
+        std::istringstream file(bytes);
+        MemoryReader memory(Bytes(bytes.begin(), bytes.end()));
+        BinaryReader reader(&file, LittleEndian, false);
+        for (BinaryReader* each : {&reader, memory.operator->()}) {
+            EXPECT_EQ(each->readTerminatedString(), name);
+            EXPECT_EQ(each->readTerminatedString(), "b");
+            EXPECT_FALSE(each->fail());
+        }
+        std::istringstream endless(name);
+        BinaryReader unended(&endless, LittleEndian, false);
+        EXPECT_EQ(unended.readTerminatedString(), "");
+        EXPECT_TRUE(unended.fail() && unended.eof());
     }
-    MemoryReader longest(Bytes(3 * kMost, 'a'));
-    EXPECT_EQ(longest->readWString(kMost / 2).size(), kMost / 2);
-    EXPECT_EQ(longest->readWString(kMost / 2 + 1).size(), 0U);
 }
 
 // A medium that fails, as a file on a drive that is gone.

@@ -55,12 +55,9 @@ struct NetworkDemoHeader {
     std::vector<std::string> GameSpecificData;
 };
 
-// The longest list that is read. Real headers list a handful; a longer one is treated as data that runs out,
-// so that a count out of a broken file cannot fill the memory.
-inline constexpr std::int32_t kMaxHeaderListCount = 16 * 1024;
-
 // Reads the header at the archive's position. False, after a line on standard output, if its magic number or
-// a version is not one that this reader knows; what was read until then stays.
+// a version is not one that this reader knows; what was read until then stays. A list that counts more
+// elements than the data can hold is treated as data that runs out.
 bool ReadNetworkDemoHeader(ue4::FStreamReader& archive, NetworkDemoHeader& header);
 
 // The document's "header".

@@ -31,9 +31,11 @@ class ReplayParser : public ue4::FArchiveReader {
     ReplayParser& operator=(const ReplayParser&) = delete;
 
     // Reads the whole replay into the document. To be called once.
-    //   resumePosition, resumeFlag  the caller's for each file, at first 0 and false (ReadReplayInfo says
-    //   more) key                         the AES key for encrypted payloads if the file has none; may be
-    //   empty
+    //
+    //     resumePosition, resumeFlag   the caller's for each file, at first 0 and false; what for is told at
+    //                                  ReadReplayInfo
+    //     key                          the AES key for encrypted payloads if the file has none; may be empty
+    //
     // Throws what reading throws: ReplayException (after a line on standard output), std::ios_base::failure
     // if the header is cut short, char* for a broken container. The document then holds what was read before.
     void ParseReplay(std::uint32_t& resumePosition, bool& resumeFlag, std::vector<std::uint8_t> key);

@@ -21,15 +21,11 @@ constexpr std::uint32_t kVersionTimestamp = 3;
 constexpr std::uint32_t kVersionOrderedDataChunks = 4;
 constexpr std::uint32_t kVersionEncrypted = 6;
 
-// AES keys have 32 bytes at most, but any file's key is shown in the document. Nothing near this length is a
-// key.
-constexpr std::int32_t kMaxKeyBytes = 64 * 1024;
-
 // The file's key wins if it is one, or if this file has had one before.
 void SettleKey(FStreamReader& archive, ReplayFileInfo& info, bool& keyFromFile,
                std::vector<std::uint8_t> key) {
     info.EncryptionKey = std::move(key);
-    std::vector<std::uint8_t> fileKey = archive.ReadByteArray(kMaxKeyBytes);
+    std::vector<std::uint8_t> fileKey = archive.ReadByteArray();
     if (std::ranges::any_of(fileKey, [](std::uint8_t byte) { return byte != 0; })) keyFromFile = true;
     if (keyFromFile) info.EncryptionKey = std::move(fileKey);
     orvel::util::WriteConsole("\n");

@@ -33,11 +33,12 @@ class FLocalFileNetworkReplayStreamer {
     // payload is read. A file with another magic number is no failure: it has no chunks and gets no
     // "ReplayFileMeta".
     //
-    //   resumeOffset  in: where the scan of the table starts, 0 for the table's beginning; out: the low 32
-    //   bits of the
-    //                 file's size. A later call on a file that has grown thus scans only what was added.
-    //   keyFromFile   set once a file holds a key; while it is set, the file's key is taken even if it is all
-    //   zeros key           the caller's key; in effect (FileVersion >= 6) unless the file's own key is
+    //     resumeOffset   in: where the scan of the table starts, 0 for the table's beginning; out: the low 32
+    //                    bits of the file's size. A later call on a file that has grown thus scans only what
+    //                    was added.
+    //     keyFromFile    set once a file holds a key; while it is set, the file's key is taken even if it is
+    //                    all zeros
+    //     key            the caller's key; in effect (FileVersion >= 6) unless the file's own key is
     //
     // A broken container throws a plain C string of static duration (type char*): what is wrong, or the
     // stream's failure text if the information block is cut short. ReplayException passes. What was read

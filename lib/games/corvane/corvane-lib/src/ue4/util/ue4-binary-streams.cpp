@@ -36,7 +36,8 @@ std::vector<std::uint8_t> Decompressed(std::vector<std::uint8_t> payload) {
     const bool possible = size <= orvel::util::data::largestDecompressedSize(compressed.size());
     std::vector<std::uint8_t> output(possible ? size : 0);
     const auto length = static_cast<std::int32_t>(compressed.size());
-    return orvel::util::data::decompress(compressed.data(), length, output) ? output : payload;
+    if (!orvel::util::data::decompress(compressed.data(), length, output)) return payload;
+    return output;
 }
 
 }  // namespace
@@ -57,7 +58,7 @@ void FStreamReader::ReadString(std::string& text) {
         throw ReplayException("Invalid SaveNum, corrupted FArchive.", kSourceFile, kInvalidSaveNumLine);
     }
     if (saveNum < 0) {
-        const auto units = static_cast<std::uint64_t>(-std::int64_t{saveNum});
+        const auto units = static_cast<std::uint32_t>(-saveNum);
         text = orvel::util::platform::WideToUtf8(m_reader->readWString(units));
     } else {
         text = m_reader->readTerminatedString();
@@ -99,10 +100,10 @@ std::uint8_t FStreamReader::ReadByte() {
     return static_cast<std::uint8_t>(byte);
 }
 
-std::vector<std::uint8_t> FStreamReader::ReadByteArray(std::int32_t maxCount) {
+std::vector<std::uint8_t> FStreamReader::ReadByteArray() {
     std::vector<std::uint8_t> bytes;
     const std::int32_t count = ReadInt32();
-    if (count < 0 || count > maxCount) {
+    if (count < 0) {
         m_reader->runOut();
     } else {
         m_reader->read(bytes, static_cast<std::uint64_t>(count));
@@ -121,7 +122,8 @@ std::vector<std::uint8_t> FStreamReader::ReadPayload(std::uint32_t size, std::ui
         payload = orvel::util::data::decrypt(payload, EncryptionKey);
         if (payload.empty()) return payload;
     }
-    return (flags & kPayloadCompressed) != 0 ? Decompressed(std::move(payload)) : payload;
+    if ((flags & kPayloadCompressed) != 0) payload = Decompressed(std::move(payload));
+    return payload;
 }
 
 FDataReader::FDataReader(const std::uint8_t* data, std::size_t size, Endianess endianness)

@@ -37,14 +37,13 @@ class FStreamReader : public orvel::util::StreamReader {
     FStreamReader(std::istream* stream, Endianess endianness, bool giveOwnership);
 
     // One engine string, as UTF-8, in place of what text holds. Two habits of this format's readers matter:
-    //   - SaveNum >= 0: bytes up to the next zero, which is consumed and not stored. SaveNum is not used as a
-    //   length,
-    //     not even when it is 0.
-    //   - SaveNum < 0: -SaveNum UTF-16 units, all of which are kept: the stored terminator ends the result as
-    //   a zero
-    //     character.
-    // Whitespace of the "C" locale is removed wherever it stands. SaveNum INT32_MIN throws ReplayException. A
-    // string of more than BinaryReader::kMaxStringBytes stored bytes is treated as data that runs out.
+    //
+    //     SaveNum >= 0   bytes up to the next zero, which is consumed and not stored; SaveNum is not used as
+    //                    a length, not even when it is 0
+    //     SaveNum < 0    -SaveNum UTF-16 units, all of which are kept: the stored terminator ends the result
+    //                    as a zero character
+    //
+    // Whitespace of the "C" locale is removed wherever it stands. SaveNum INT32_MIN throws ReplayException.
     void ReadString(std::string& text) override;
 
     std::string ReadString();
@@ -54,8 +53,8 @@ class FStreamReader : public orvel::util::StreamReader {
     bool ReadBool();
     float ReadFloat();
     std::uint8_t ReadByte();
-    // A byte array. A count that is negative or above maxCount is treated as data that runs out.
-    std::vector<std::uint8_t> ReadByteArray(std::int32_t maxCount);
+    // A negative count is treated as data that runs out.
+    std::vector<std::uint8_t> ReadByteArray();
 
     // Bits of ReadPayload's flags; others are ignored.
     static constexpr std::uint8_t kPayloadEncrypted = 2;
