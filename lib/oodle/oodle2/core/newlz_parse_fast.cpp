@@ -49,14 +49,16 @@ constexpr std::uint32_t kFirstOfNew = 0xC0;
 
 // Conditional moves. Compilers make branches of the same in plain code: with every third command taking a new
 // offset, that is 5.5 ns a command instead of 3.6 (GCC 12, records of 40 bytes).
-inline void MoveIfAtLeast(std::uint32_t value, std::uint32_t limit, std::uint32_t& to, std::uint32_t from) {
-    asm("cmp %3, %2\n\tcmovae %1, %0" : "+r"(to) : "r"(from), "r"(value), "i"(limit) : "cc");
+template <std::uint32_t kLimit>
+void MoveIfAtLeast(std::uint32_t value, std::uint32_t& to, std::uint32_t from) {
+    asm("cmp %3, %2\n\tcmovae %1, %0" : "+r"(to) : "r"(from), "r"(value), "i"(kLimit) : "cc");
 }
-inline void SwapIfAtLeast(std::uint32_t value, std::uint32_t limit, std::uint32_t& a, std::uint32_t& b) {
-    std::uint32_t former = a;
+template <std::uint32_t kLimit>
+void SwapIfAtLeast(std::uint32_t value, std::uint32_t& a, std::uint32_t& b) {
+    const std::uint32_t former = a;
     asm("cmp %4, %3\n\tcmovae %1, %0\n\tcmovae %2, %1"
         : "+&r"(a), "+&r"(b)
-        : "r"(former), "r"(value), "i"(limit)
+        : "r"(former), "r"(value), "i"(kLimit)
         : "cc");
 }
 
@@ -141,7 +143,7 @@ bool Run(ParseState& state, std::size_t literalSlack) {
             const std::uint32_t c = *s.commands.next;
             const CommandShape shape = kShapes[c];
             std::uint32_t run = shape.run;
-            MoveIfAtLeast(run, kLongRunCode, run, *s.excesses.next);
+            MoveIfAtLeast<kLongRunCode>(run, run, *s.excesses.next);
             CopyLiteralUnit<kMode>(s.out, s.literals.next, recent0);
             if (run > kUsualRun) [[unlikely]] {
                 if (s.literals.end - s.literals.next < static_cast<std::ptrdiff_t>(run + kUnit))
@@ -153,8 +155,8 @@ bool Run(ParseState& state, std::size_t literalSlack) {
                 usual = 1;
             }
             std::uint32_t length = shape.length;
-            MoveIfAtLeast(length, kLongMatchShape, length,
-                          s.excesses.next[shape.runExcesses] + kLongMatchBase);
+            MoveIfAtLeast<kLongMatchShape>(length, length,
+                                           s.excesses.next[shape.runExcesses] + kLongMatchBase);
             s.excesses.next += shape.excesses;
             s.literals.next += run;
             s.out += run;
@@ -165,10 +167,10 @@ bool Run(ParseState& state, std::size_t literalSlack) {
                 recent1 = recent0;
                 recent0 = *s.offsets.next++;
             } else {
-                MoveIfAtLeast(c, kFirstOfNew, recent2, *s.offsets.next);
+                MoveIfAtLeast<kFirstOfNew>(c, recent2, *s.offsets.next);
                 s.offsets.next += c >= kFirstOfNew;
-                SwapIfAtLeast(c, kFirstOfIndex1, recent0, recent1);
-                SwapIfAtLeast(c, kFirstOfIndex2, recent0, recent2);
+                SwapIfAtLeast<kFirstOfIndex1>(c, recent0, recent1);
+                SwapIfAtLeast<kFirstOfIndex2>(c, recent0, recent2);
             }
             const std::size_t offset = recent0;
             Prefetch(s.out, lookAhead, s.offsets.next[kOffsetsAhead]);
