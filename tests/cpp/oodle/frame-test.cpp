@@ -49,6 +49,7 @@ struct Call {
     std::ptrdiff_t memorySize = 0;
     OodleLZ_DecodeCallback callback = nullptr;
     std::ptrdiff_t dictionary = 0;
+    std::ptrdiff_t window = 0;
     int verbosity = 0;
 };
 
@@ -65,7 +66,7 @@ void Decode(const Call& call, Outcome& outcome) {
     outcome.result = OodleLZ_Decompress(
         call.stream.data(), static_cast<std::ptrdiff_t>(call.stream.size()),
         outcome.raw.data() + call.dictionary, call.rawLength, 1, call.checkCRC, call.verbosity,
-        call.dictionary ? outcome.raw.data() : nullptr, 0, call.callback, nullptr,
+        call.dictionary ? outcome.raw.data() : nullptr, call.window, call.callback, nullptr,
         memory.empty() ? nullptr : memory.data(), call.memorySize, call.threadPhase);
 }
 
@@ -198,6 +199,13 @@ TEST(Frame, a_dictionary_is_within_reach_until_a_reset) {
             EXPECT_EQ(outcome.raw, Bytes(OODLELZ_BLOCK_LEN + 100, 0xEE));
         }
     }
+}
+
+// The scratch was once measured by the output and then compared with what the window would need.
+TEST(Frame, a_window_may_reach_beyond_the_output) {
+    Outcome outcome;
+    Decode({.stream = Memset(7), .window = OODLELZ_BLOCK_LEN}, outcome);
+    EXPECT_EQ(outcome.result, 100);
 }
 
 TEST(Frame, phase_0_is_taken_as_unthreaded) {

@@ -116,7 +116,8 @@ bool Step::BlockIsDecodable(OodleLZ_Compressor compressor) const {
     if (args_.fuzzSafe && !IsIn(kFuzzSafeCompressors, compressor)) {
         return Fail("OODLE ERROR : Requested Fuzz Safety, saw a compressor that can't decode Safe\n");
     }
-    if (ScratchSizeNeeded(compressor, args_.windowEnd) > state_.scratchSize) {
+    const std::int64_t rawEnd = std::min(args_.windowEnd, args_.rawPos + args_.rawAvail);
+    if (ScratchSizeNeeded(compressor, rawEnd) > state_.scratchSize) {
         return Fail("OODLE ERROR : Heterogenous compressor file with insufficient decoder memory size!\n");
     }
     return Check(!IsIn(kLegacyCompressors, compressor), "OODLE ERROR : Legacy LZ VTable not installed");

@@ -30,8 +30,8 @@ static_assert(sizeof(OodleLZDecoderState) <= kStateSize);
 inline constexpr std::ptrdiff_t kDecoderMemorySlack = 16;
 inline constexpr std::size_t kDecoderMemoryAlignment = 16;
 
-// The scratch size that a compressor needs in a window of windowEnd bytes, kStateSize included.
-std::ptrdiff_t ScratchSizeNeeded(OodleLZ_Compressor compressor, std::int64_t windowEnd);
+// The scratch size that a compressor needs for output that ends at rawEnd, kStateSize included.
+std::ptrdiff_t ScratchSizeNeeded(OodleLZ_Compressor compressor, std::int64_t rawEnd);
 
 // A state at the start of `memory`, which has `size` bytes and outlives it.
 OodleLZDecoderState* PlaceDecoderState(void* memory, std::ptrdiff_t size);

@@ -9,7 +9,6 @@
 
 namespace oo2 {
 
-inline constexpr std::size_t kMaxChunkLen = 0x20000;
 inline constexpr std::size_t kChunkHeaderSize = 3;
 inline constexpr std::size_t kHeadLen = 8;  // raw bytes stored verbatim at a window's start
 
@@ -29,8 +28,8 @@ struct Chunk {
     bool StartsWindow() const { return bytesSinceReset == 0; }
 };
 
-// The streams point into the payload, the literals and commands possibly, or into scratch. Whoever parses
-// them needs the payload and the scratch unchanged.
+// The streams of a chunk. They point into scratch, or into the payload where an array was stored: as long as
+// they are used, both must stay as they are.
 struct ChunkStreams {
     LiteralMode mode = LiteralMode::Raw;
     std::span<const std::uint8_t> head;  // the first kHeadLen raw bytes of a window, else none

@@ -11,7 +11,6 @@ namespace oo2 {
 namespace {
 
 constexpr std::ptrdiff_t kStackScratchLimit = 0x8000;
-constexpr std::int64_t kChunkLen = 0x20000;
 
 // One call of OodleLZ_Decompress, its steps in the order in which they fail.
 class Call {
@@ -175,9 +174,10 @@ bool Call::TellCallback() const {
 
 }  // namespace
 
-std::ptrdiff_t ScratchSizeNeeded(OodleLZ_Compressor compressor, std::int64_t windowEnd) {
+std::ptrdiff_t ScratchSizeNeeded(OodleLZ_Compressor compressor, std::int64_t rawEnd) {
     if (!IsIn(kNewLzCompressors, compressor)) return kStateSize;
-    const std::int64_t chunk = windowEnd >= 1 && windowEnd < kChunkLen ? windowEnd : kChunkLen;
+    constexpr std::int64_t kLargest = kMaxChunkLen;
+    const std::int64_t chunk = rawEnd >= 1 && rawEnd < kLargest ? rawEnd : kLargest;
     const bool isMermaid =
         compressor == OodleLZ_Compressor_Mermaid || compressor == OodleLZ_Compressor_Selkie;
     const auto n = static_cast<std::size_t>(chunk);

@@ -18,8 +18,10 @@ struct Phases {
     bool Threaded() const { return !(unpack && write); }
 };
 
-// Scratch that an LZ chunk of n raw bytes must be given: kChunkScratchBase and 2n, and for all but Mermaid n
-// more.
+// A quantum is cut into chunks of so many raw bytes, the last of them shorter.
+inline constexpr std::size_t kMaxChunkLen = 0x20000;
+
+// Scratch that an LZ chunk of n raw bytes must be given. Mermaid's takes n less.
 inline constexpr std::size_t kChunkScratchBase = 32 + 53'248;
 constexpr std::size_t KrakenChunkScratch(std::size_t n) { return 3 * n + kChunkScratchBase; }
 
