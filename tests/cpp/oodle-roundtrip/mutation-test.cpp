@@ -3,6 +3,7 @@
 #include <gtest/gtest.h>
 
 #include "decode.h"
+#include "oodle/oodle2/core/oodlelzcompressors.h"
 
 namespace lz {
 namespace {
@@ -45,6 +46,25 @@ TEST(OodleMutation, SurvivesEveryChangedByte) {
             stream[i] = original;
         }
     }
+}
+
+// Phase 2 once took what phase 1 had left of the stream that stood there before.
+TEST(OodleMutation, SecondPhaseRefusesWhatTheFirstRefused) {
+    const auto& cases = AllCases();
+    const auto example = std::ranges::find(cases, "long-excesses", &Case::name);
+    ASSERT_NE(example, cases.end());
+    Bytes stream = example->stream;
+    Bytes raw(example->raw.size());
+    Bytes memory(static_cast<size_t>(OodleLZ_ThreadPhased_BlockDecoderMemorySizeNeeded));
+    const auto decode = [&](int phase) {
+        return OodleLZ_Decompress(stream.data(), std::ssize(stream), raw.data(), std::ssize(raw), 1, 0, 0,
+                                  nullptr, 0, nullptr, nullptr, memory.data(), std::ssize(memory), phase);
+    };
+    EXPECT_EQ(decode(OodleLZ_Decode_ThreadPhase1), std::ssize(raw));
+    EXPECT_EQ(decode(OodleLZ_Decode_ThreadPhase2), std::ssize(raw));
+    std::fill(stream.end() - 3, stream.end(), uint8_t{0});  // the count of long excesses: too many zeros
+    EXPECT_EQ(decode(OodleLZ_Decode_ThreadPhase1), 0);
+    EXPECT_EQ(decode(OodleLZ_Decode_ThreadPhase2), 0);
 }
 
 }  // namespace

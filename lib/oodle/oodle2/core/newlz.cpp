@@ -80,9 +80,8 @@ std::span<std::uint8_t> QuantumDecoder::ChunkScratch() const {
 
 // A chunk, by the big-endian number of its first 3 bytes:
 //   bit 23 clear   an array, whose header these bytes begin: the raw bytes themselves
-//   bit 23 set     bits 0-18 the length of the payload behind the 3 bytes; bits 19-22 the literal mode. With
-//   the raw length
-//                  and mode 0 the payload is the raw bytes, stored
+//   bit 23 set     bits 0-18 the length of the payload behind the 3 bytes; bits 19-22 the literal mode.
+//                  With the raw length as length and mode 0 the payload is the raw bytes, stored.
 bool QuantumDecoder::DecodeChunk() {
     if (rest_.size() < kChunkHeaderSize) return false;
     const std::uint32_t header =
@@ -125,10 +124,12 @@ bool QuantumDecoder::RunPhases(unsigned mode, std::span<const std::uint8_t> payl
     ChunkRecord record{
         .rawPos = quantum_.rawPos + static_cast<std::int64_t>(done_), .payload = payload, .streams = {}};
     if (quantum_.phases.unpack) {
-        if (!newLZ_unpack_chunk(chunk_, mode, payload, record.streams)) return false;
-        if (quantum_.phases.write) return newLZ_decode_chunk_phase2(chunk_, record.streams);
+        const bool good = newLZ_unpack_chunk(chunk_, mode, payload, record.streams);
+        if (quantum_.phases.write) return good && newLZ_decode_chunk_phase2(chunk_, record.streams);
+        // After a failure no phase 2 must find the record of an earlier block, whose streams are overwritten.
+        if (!good) record = {};
         std::memcpy(Record(), &record, sizeof(record));
-        return true;
+        return good;
     }
     ChunkRecord unpacked;
     std::memcpy(&unpacked, Record(), sizeof(unpacked));
