@@ -14,10 +14,10 @@ constexpr std::size_t kLeastComp = 8;
 constexpr std::uint32_t kLargestLastState = 255;
 
 // Data: F, LSB forward from its first byte, and R, LSB backward from its last; they end where they meet.
-//   five states of the table's bits each: 0, 2 and 4 from F, 1 and 3 from R
-//   the bits of all output bytes but five: byte i is the symbol of state i % 5, whose next bits come from F
-//   for five bytes, from R for the next five, and so on the last five bytes are what the states themselves
-//   have come to
+//   five states      the table's bits each: 0, 2 and 4 from F, 1 and 3 from R
+//   for each output  byte i is the symbol of state i % 5, whose next bits come from F for five bytes, from R
+//   byte but five    for the next five, and so on
+// The last five output bytes are what the states themselves have come to.
 class TansDecoder {
   public:
     TansDecoder(std::span<const std::uint8_t> data, const TansTable& table, std::span<std::uint8_t> out)

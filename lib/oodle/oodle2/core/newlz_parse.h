@@ -9,17 +9,16 @@
 
 namespace oo2 {
 
-// A command byte.
+// A command byte: a run of literals, then a match.
+//   bits 0-1   run code: literals; kLongRunCode: the next excess
+//   bits 2-5   length code: match bytes less 2; kLongMatchCode: 14 and the next excess
+//   bits 6-7   offset index: one of the recent offsets; kNewOffset: the next offset
 struct Command {
     std::uint8_t byte;
 
-    constexpr unsigned RunCode() const { return byte & 3; }  // literals; kLongRunCode: the next excess
-    constexpr unsigned LengthCode() const {
-        return byte >> 2 & 15;
-    }  // match bytes less 2; kLongMatchCode: 14 and the next excess
-    constexpr unsigned OffsetIndex() const {
-        return byte >> 6;
-    }  // one of the recent offsets; kNewOffset: the next offset
+    constexpr unsigned RunCode() const { return byte & 3; }
+    constexpr unsigned LengthCode() const { return byte >> 2 & 15; }
+    constexpr unsigned OffsetIndex() const { return byte >> 6; }
 };
 
 inline constexpr unsigned kLongRunCode = 3;

@@ -24,15 +24,13 @@ const char* LiteralModeName(unsigned mode) {
 
 // The payload of an LZ chunk:
 //   8 bytes           at a window's start only: the first raw bytes
-//   1 or 2 bytes      optional, bit 7 of the first set: the count of excess bytes. Bit 6 is 0; bits 0-5 are
-//   the count c;
-//                     if that is 32 or more, a byte b follows and the count is c + 32 * b
+//   1 or 2 bytes      optional, bit 7 of the first set: the count of excess bytes. Bit 6 is 0; bits 0-5
+//                     are the count c; if that is 32 or more, a byte b follows and the count is c + 32 * b
 //   array             literals
 //   array             commands, one byte each
 //   array             offset codes, if its first byte is below 0x80: the single form
-//   or 1 byte, array  the byte is the offsets' modulus plus 0x7F; if the modulus is more than 1 an array with
-//   as many
-//                     low parts follows the codes
+//   or 1 byte, array  the byte is the offsets' modulus plus 0x7F; if the modulus is more than 1, an array
+//                     with as many low parts follows the codes
 //   array             excess codes
 //   the rest          the raw bits of offsets and excesses
 class Unpacker {

@@ -39,7 +39,8 @@ enum OodleLZ_Decode_ThreadPhase : int {
     OodleLZ_Decode_Unthreaded = 3,
 };
 
-// Called after every quantum with the bytes done so far; a result of 1 ends the decoding, which then fails.
+// Called after every quantum with the bytes done so far; a result of 1 ends the decoding, which then fails
+// unless it was done.
 using OodleLZ_DecodeCallback = int (*)(void* userData, const std::uint8_t* rawBuf, std::ptrdiff_t rawLen,
                                        const std::uint8_t* compBuf, std::ptrdiff_t compBufSize,
                                        std::ptrdiff_t rawDone, std::ptrdiff_t compUsed);
@@ -52,14 +53,12 @@ using OodleLZ_DecodeCallback = int (*)(void* userData, const std::uint8_t* rawBu
 //   checkCRC           nonzero asks that check values be verified. This decoder skips them but cannot compute
 //                      them, so a quantum that carries one then fails rather than pass unverified.
 //   verbosity          above 2 logs each block and quantum
-//   decBufBase         null, or where the window begins that rawBuf continues: what stands between the two is
-//   a
-//                      dictionary, a multiple of OODLELZ_BLOCK_LEN long
+//   decBufBase         null, or where the window begins that rawBuf continues: what stands between the two
+//                      is a dictionary, a multiple of OODLELZ_BLOCK_LEN long
 //   decBufSize         bytes from the window's begin to its end; 0 or less: up to the end of rawBuf
 //   fpCallback         null, or the progress callback, given callbackUserData
-//   decoderMemory      null, or decoderMemorySize bytes of scratch that the caller owns; with null the memory
-//   is
-//                      allocated and freed in the call
+//   decoderMemory      null, or decoderMemorySize bytes of scratch that the caller owns; with null the
+//                      memory is allocated and freed in the call
 //   threadPhase        OodleLZ_Decode_Unthreaded does everything. Of one block of up to OODLELZ_BLOCK_LEN raw
 //                      bytes, phase 1 unpacks what needs no earlier output into decoderMemory, never touching
 //                      rawBuf; phase 2, called with the same arguments and that memory afterwards, writes

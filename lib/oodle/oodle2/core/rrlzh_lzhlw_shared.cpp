@@ -40,9 +40,9 @@ class HeaderBytes {
 
 // The number of a whole match, which is its distance less 1:
 //   2 bytes big-endian u   with bit 15 set: the number is u - 0x8000
-//   otherwise, 7-bit groups follow, lowest first, the last marked by bit 7; a group that is not the last
-//   counts 0x80 more than its bits, so that no number has two forms. The number is (their sum << 15) + u +
-//   0x8000.
+//                          otherwise, 7-bit groups follow, lowest first, the last marked by bit 7; a group
+//                          that is not the last counts 0x80 more than its bits, so that no number has two
+//                          forms. The number is (their sum << 15) + u + 0x8000.
 HeaderStatus TakeDistanceLessOne(HeaderBytes& bytes, std::uint64_t& number) {
     number = bytes.Take(2);
     if (number >= 0x8000) {
@@ -148,15 +148,13 @@ OodleLZ_Compressor CompressorOf(const BlockHeader& header) {
     }
 }
 
-// A quantum header, big-endian; the long form is 3 bytes with an 18-bit length, the short 2 bytes with 14
-// bits:
-//   length below its largest value   the payload's bytes less 1; the bits above are two flags of the
-//   quantum's
-//                                    decoder (and 4 unused ones in the long form)
-//   length at its largest value      the bits above tell a special quantum: 0 whole match, its distance
-//   follows;
-//                                    1 memset, its byte follows; 2 stored; others do not exist
-//   then, for coded and stored quanta of a block with check values: 3 bytes, the check value
+// A quantum header, big-endian: a length and, in the bits above it, flags or a code. The long form has 3
+// bytes with a length of 18 bits, the short one 2 bytes with 14 bits.
+//   largest length    the code tells a special quantum: 0 whole match, its distance follows; 1 memset, its
+//                     byte follows; 2 stored; others do not exist
+//   any other length  the payload's bytes less 1; the two lowest bits above are flags for the quantum's
+//                     decoder, which none has a use for
+//   then              3 bytes, the check value, for coded and stored quanta of a block with check values
 HeaderStatus ReadQuantumHeader(std::span<const std::uint8_t> in, const BlockHeader& block, std::size_t rawLen,
                                QuantumHeader& header) {
     header = {};
