@@ -10,7 +10,6 @@
 #include <memory>
 #include <new>
 #include <optional>
-#include <span>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -37,8 +36,8 @@ void LogToStandardError(int level, const char* /*file*/, int /*line*/, const cha
     va_end(args);
 }
 
-std::nullopt_t Complain(std::string_view what, std::string_view name) {
-    std::fprintf(stderr, "lz_decode: %s: %s\n", std::string(what).c_str(), std::string(name).c_str());
+std::nullopt_t Complain(const char* what, const std::string& name) {
+    std::fprintf(stderr, "lz_decode: %s: %s\n", what, name.c_str());
     return std::nullopt;
 }
 
