@@ -55,11 +55,11 @@ describe('a process that watches', { concurrency: 1 }, () => {
     assert.match(unhandled.stderr, /Error: thrown by the callback/);
   });
 
-  it('is ended by a replay that cannot be parsed, with the reason on standard error', async () => {
+  it('is ended by a replay that cannot be parsed, with its name and the reason on standard error', async () => {
     for (const [how, reason] of [
-      ['empty', /^The Replay file had no data in it\.\n/],
-      ['header', /^ReadReplayInfo: Found multiple header chunks\n/],
-      ['key', /^.*: Data was encrypted, but encryption key was not set\.\n/],
+      ['empty', /\.replay\nThe Replay file had no data in it\.\n/],
+      ['header', /\.replay\nReadReplayInfo: Found multiple header chunks\n/],
+      ['key', /\.replay\n.*: Data was encrypted, but encryption key was not set\.\n/],
     ]) {
       const { status, signal, stderr } = await run('broken', how);
       assert.ok(signal === 'SIGABRT' || status === 3, `${how}: ${status} ${signal}`);

@@ -100,7 +100,7 @@ describe('the watcher in trouble', { concurrency: 1 }, () => {
     const watch = new Watch(addon).start();
     for (let i = 0; i < 100; ++i) {
       names.forEach((name) => demo.grow(name));
-      await sleep(70);
+      await sleep(50);
     }
     const finalSize = fs.statSync(demo.path(names[0])).size;
     const seen = new Map(names.map((_, i) => [100 + i, { count: 0, size: 0 }]));

@@ -101,7 +101,7 @@ class Watch {
 
   // Nothing comes for more than two polling cycles.
   async none() {
-    await sleep(1300);
+    await sleep(1150);
     assert.deepEqual(this.payloads.splice(0), []);
   }
 }
