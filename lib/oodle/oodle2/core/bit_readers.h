@@ -79,6 +79,27 @@ class BitCursor {
     std::size_t bitPos_ = 0;
 };
 
+// The next bits of an MSB reader, to take several values from.
+class BitWindow {
+  public:
+    static constexpr unsigned kBits = 57;
+
+    explicit BitWindow(std::uint64_t bits) : bits_(bits) {}
+
+    // 0 to 31 bits.
+    std::uint32_t Take(unsigned count) {
+        const std::uint32_t value = static_cast<std::uint32_t>(bits_ >> 32) >> 1 >> (31 - count);
+        bits_ <<= count;
+        taken_ += count;
+        return value;
+    }
+    unsigned Taken() const { return taken_; }
+
+  private:
+    std::uint64_t bits_;  // from bit 63 down
+    unsigned taken_ = 0;
+};
+
 template <Direction kDirection>
 class MsbReader : public BitCursor<kDirection> {
   public:
@@ -96,6 +117,10 @@ class MsbReader : public BitCursor<kDirection> {
         this->Skip(count);
         return value;
     }
+
+    // Takes several values at once: opens a window, and closes it when no more than its bits were taken.
+    BitWindow Open() const { return BitWindow(Window()); }
+    void Close(const BitWindow& window) { this->Skip(window.Taken()); }
 
     // The number of 0 bits before the next 1, which is taken too; kEndlessUnary or more if none is near.
     unsigned ReadUnary() {

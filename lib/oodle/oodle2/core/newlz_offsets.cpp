@@ -4,6 +4,7 @@
 #include <bit>
 
 #include "oodle/oodle2/core/bit_readers.h"
+#include "oodle/oodle2/core/byte_scan.h"
 #include "oodle/oodle2/core/newlz_chunk.h"
 #include "oodle/oodle2/core/oodlebase.h"
 
@@ -17,7 +18,6 @@ constexpr std::uint32_t kLeastExcess = 3;
 constexpr unsigned kMaxExcessZeros = 12;
 constexpr unsigned kMaxExcessCountZeros = 18;
 constexpr std::uint32_t kMaxLongExcesses = 512;
-constexpr unsigned kMaxModulusBits = 26;
 
 // The two readers of a section, MSB: F forward from its first byte, B backward from its last. Values come
 // from F and B in turn, and at the end the two meet.
@@ -35,79 +35,100 @@ struct SectionReader {
     MsbReader<Direction::Backward> backward;
 };
 
-// What an offset code stands for: base, plus (r << kShift) for r of `bits` raw bits.
-struct OffsetCode {
-    std::uint32_t base;
-    std::uint32_t bits;
+std::uint32_t Limited(std::uint64_t offset) {
+    return static_cast<std::uint32_t>(std::min<std::uint64_t>(offset, kOffsetTooFar));
+}
+
+// What an offset code stands for: `bits` raw bits r, and an offset of base plus r, or r times 16.
+struct OffsetTable {
+    std::array<std::uint32_t, 256> base;
+    std::array<std::uint8_t, 256> bits;
 };
-using OffsetCodeTable = std::array<OffsetCode, 256>;
 
 // The single form. A code c below kFirstFarCode has k = (c >> 4) + 4 bits r, and the offset
 // ((1 << k | r) << 4) + (c & 15) - 248. One from there on has k = (c & 15) + 16 bits r, and the offset
-// (1 << k | r) + 8322816.
+// (1 << k | r) + 8322816, which may not fit 32 bits.
 constexpr unsigned kFirstFarCode = 0xF0;
-constexpr unsigned kSingleShift = 4;
-constexpr OffsetCodeTable kSingleForm = [] {
-    OffsetCodeTable table{};
-    for (std::uint32_t c = 0; c < table.size(); ++c) {
+constexpr OffsetTable kSingleTable = [] {
+    OffsetTable table{};
+    for (std::uint32_t c = 0; c < 256; ++c) {
         const bool isFar = c >= kFirstFarCode;
         const std::uint32_t bits = isFar ? (c & 15) + 16 : (c >> 4) + 4;
-        table[c] = {isFar ? (1u << bits) + 8'322'816 : (16u << bits) + (c & 15) - 248, bits};
+        table.bits[c] = static_cast<std::uint8_t>(bits);
+        table.base[c] = isFar ? (1u << bits) + 8'322'816 : (16u << bits) + (c & 15) - 248;
     }
     return table;
 }();
 
 // The modulus form: a code c has k = c >> 3 bits r, and the offset ((8 + (c & 7)) << k) + r - 8. With a
 // modulus m of more than 1 the offset is m times that, plus a low part.
-constexpr unsigned kModulusShift = 0;
-constexpr OffsetCodeTable kModulusForm = [] {
-    OffsetCodeTable table{};
-    for (std::uint32_t c = 0; c < table.size(); ++c) {
-        const std::uint32_t bits = std::min(c >> 3, kMaxModulusBits);
-        table[c] = {((8 + (c & 7)) << bits) - 8, bits};
+constexpr unsigned kHighestModulusCode = 26 * 8 + 7;
+constexpr OffsetTable kModulusTable = [] {
+    OffsetTable table{};
+    for (std::uint32_t c = 0; c <= kHighestModulusCode; ++c) {
+        table.bits[c] = static_cast<std::uint8_t>(c >> 3);
+        table.base[c] = ((8 + (c & 7)) << (c >> 3)) - 8;
     }
     return table;
 }();
 
-std::uint32_t Limited(std::uint64_t offset) {
-    return static_cast<std::uint32_t>(std::min<std::uint64_t>(offset, kOffsetTooFar));
-}
-
-template <unsigned kShift, typename Reader>
-[[gnu::always_inline]] inline std::uint32_t ReadOffset(Reader& reader, const OffsetCodeTable& table,
-                                                       unsigned c) {
-    const OffsetCode code = table[c];
-    const std::uint32_t raw = reader.Read(code.bits);
-    if constexpr (kShift == kSingleShift) {
-        if (c >= kFirstFarCode) [[unlikely]]
-            return Limited(std::uint64_t{code.base} + raw);
+// How to read the offsets of a chunk. A window of a reader has the bits of kPerWindow of them, so it is
+// loaded once for so many, which takes a third off the instructions of an offset.
+struct NearOffsets {
+    static constexpr std::size_t kPerWindow = 3;
+    static_assert(kPerWindow * 18 <= BitWindow::kBits);
+    static std::uint32_t Read(BitWindow& window, unsigned c) {
+        return kSingleTable.base[c] + (window.Take(kSingleTable.bits[c]) << 4);
     }
-    return code.base + (raw << kShift);
-}
+};
+struct FarOffsets {
+    static constexpr std::size_t kPerWindow = 1;
+    static_assert(kPerWindow * 31 <= BitWindow::kBits);
+    static std::uint32_t Read(BitWindow& window, unsigned c) {
+        if (c < kFirstFarCode) return NearOffsets::Read(window, c);
+        return Limited(std::uint64_t{kSingleTable.base[c]} + window.Take(kSingleTable.bits[c]));
+    }
+};
+struct ModulusOffsets {
+    static constexpr std::size_t kPerWindow = 2;
+    static_assert(kPerWindow * 26 <= BitWindow::kBits);
+    static std::uint32_t Read(BitWindow& window, unsigned c) {
+        return kModulusTable.base[c] + window.Take(kModulusTable.bits[c]);
+    }
+};
 
-template <unsigned kShift>
-void ReadOffsets(SectionReader& in, const OffsetCodeTable& table, Bytes codes,
-                 std::span<std::uint32_t> offsets) {
+template <typename Offsets>
+void ReadOffsets(SectionReader& in, Bytes codes, std::span<std::uint32_t> offsets) {
+    constexpr std::size_t kRound = 2 * Offsets::kPerWindow;
     MsbReader<Direction::Forward> forward = in.forward;
     MsbReader<Direction::Backward> backward = in.backward;
-    std::size_t i = 0;
-    for (; i + 1 < codes.size(); i += 2) {
-        offsets[i] = ReadOffset<kShift>(forward, table, codes[i]);
-        offsets[i + 1] = ReadOffset<kShift>(backward, table, codes[i + 1]);
+    for (std::size_t i = 0; i < codes.size();) {
+        BitWindow first = forward.Open();
+        BitWindow second = backward.Open();
+        const auto read = [&](std::size_t count) {
+#pragma GCC unroll 8
+            for (std::size_t j = 0; j < count; ++j) {
+                offsets[i + j] = Offsets::Read(j % 2 == 0 ? first : second, codes[i + j]);
+            }
+            i += count;
+        };
+        codes.size() - i >= kRound ? read(kRound) : read(codes.size() - i);
+        forward.Close(first);
+        backward.Close(second);
     }
-    if (i < codes.size()) offsets[i] = ReadOffset<kShift>(forward, table, codes[i]);
     in.forward = forward;
     in.backward = backward;
 }
 
 bool UnpackOffsets(SectionReader& in, const OffsetCodes& from, std::span<std::uint32_t> offsets) {
+    const unsigned highest = HighestByte(from.codes);
     if (from.modulus == 0) {
-        ReadOffsets<kSingleShift>(in, kSingleForm, from.codes, offsets);
+        highest < kFirstFarCode ? ReadOffsets<NearOffsets>(in, from.codes, offsets)
+                                : ReadOffsets<FarOffsets>(in, from.codes, offsets);
         return true;
     }
-    const auto isTooLong = [](std::uint8_t c) { return c >> 3 > kMaxModulusBits; };
-    if (std::any_of(from.codes.begin(), from.codes.end(), isTooLong)) return false;
-    ReadOffsets<kModulusShift>(in, kModulusForm, from.codes, offsets);
+    if (highest > kHighestModulusCode) return false;
+    ReadOffsets<ModulusOffsets>(in, from.codes, offsets);
     if (from.modulus > 1) {
         for (std::size_t i = 0; i < offsets.size(); ++i) {
             offsets[i] = Limited(std::uint64_t{from.modulus} * offsets[i] + from.lowParts[i]);
@@ -150,7 +171,7 @@ bool ReadLongExcessCount(SectionReader& in, Bytes codes) {
         return false;
     in.backward.Skip(zeros);
     const std::uint32_t count = in.backward.Read(zeros + 1) - 1;
-    const auto wanted = static_cast<std::size_t>(std::count(codes.begin(), codes.end(), kLongExcessCode));
+    const std::size_t wanted = CountBytes(codes, [](std::uint8_t code) { return code == kLongExcessCode; });
     return Check(count <= kMaxLongExcesses, "OODLE ERROR : corruption : invalid excess stream\n") &&
            Check(count <= codes.size(), "OODLE ERROR : corruption : excess_u32_count > excesses_count\n") &&
            Check(wanted <= count, "OODLE ERROR : corruption : excesses_u32_ptr < excesses_u32_end\n") &&

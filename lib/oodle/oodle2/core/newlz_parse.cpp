@@ -5,6 +5,7 @@
 #include <algorithm>
 #include <cstring>
 
+#include "oodle/oodle2/core/byte_scan.h"
 #include "oodle/oodle2/core/oodlebase.h"
 
 namespace oo2 {
@@ -14,14 +15,22 @@ namespace {
 // window.
 constexpr std::size_t kLongestReach = kOffsetTooFar - 1 - kMaxChunkLen;
 
+// Counts what all the commands take, so that nothing needs to ask before it takes an offset or an excess.
+bool CoverCommands(const ChunkStreams& streams, std::size_t newOffsets) {
+    const auto hasLongRun = [](std::uint8_t c) { return Command{c}.RunCode() == kLongRunCode; };
+    const auto hasLongMatch = [](std::uint8_t c) { return Command{c}.LengthCode() == kLongMatchCode; };
+    const std::size_t excesses =
+        CountBytes(streams.commands, hasLongRun) + CountBytes(streams.commands, hasLongMatch);
+    return newOffsets <= streams.offsets.size() && excesses <= streams.excesses.size();
+}
+
 class Parser {
   public:
-    Parser(const Chunk& chunk, const ChunkStreams& streams);
+    Parser(const Chunk& chunk, const ChunkStreams& streams, std::size_t newOffsets);
 
     bool Run(DecodePath path);
 
   private:
-    bool StreamsCoverCommands();
     bool RunFast();
     bool RunOne();
     bool CopyLiterals(std::size_t count);
@@ -35,7 +44,8 @@ class Parser {
     bool literalsAreInTail_ = false;
 };
 
-Parser::Parser(const Chunk& chunk, const ChunkStreams& streams) : traits_{.mode = streams.mode} {
+Parser::Parser(const Chunk& chunk, const ChunkStreams& streams, std::size_t newOffsets)
+    : traits_{.mode = streams.mode, .mostlyNewOffsets = newOffsets >= streams.commands.size() / 16 * 15} {
     state_.out = chunk.raw;
     state_.outEnd = chunk.raw + chunk.rawLen;
     state_.windowStart = chunk.raw - std::min(chunk.bytesSinceReset, kLongestReach);
@@ -47,34 +57,8 @@ Parser::Parser(const Chunk& chunk, const ChunkStreams& streams) : traits_{.mode 
     state_.out += streams.head.size();
 }
 
-// Counts what all the commands take, so that nothing needs to ask before it takes an offset or an excess. The
-// counts of a round fit a byte, which lets the compiler count 16 commands at once.
-bool Parser::StreamsCoverCommands() {
-    constexpr std::size_t kRound = 64;
-    std::size_t offsets = 0;
-    std::size_t excesses = 0;
-    const auto count = [&](const std::uint8_t* from, std::size_t commands) {
-        std::uint8_t newOffsets = 0;
-        std::uint8_t longRuns = 0;
-        std::uint8_t longMatches = 0;
-        for (std::size_t i = 0; i < commands; ++i) {
-            const Command command{from[i]};
-            newOffsets = static_cast<std::uint8_t>(newOffsets + (command.OffsetIndex() == kNewOffset));
-            longRuns = static_cast<std::uint8_t>(longRuns + (command.RunCode() == kLongRunCode));
-            longMatches = static_cast<std::uint8_t>(longMatches + (command.LengthCode() == kLongMatchCode));
-        }
-        offsets += newOffsets;
-        excesses += std::size_t{longRuns} + longMatches;
-    };
-    Cursor<std::uint8_t> commands = state_.commands;
-    for (; commands.Left() >= kRound; commands.next += kRound) count(commands.next, kRound);
-    count(commands.next, commands.Left());
-    traits_.mostlyNewOffsets = offsets >= state_.commands.Left() / 16 * 15;
-    return offsets <= state_.offsets.Left() && excesses <= state_.excesses.Left();
-}
-
 bool Parser::Run(DecodePath path) {
-    if (!StreamsCoverCommands() || state_.Written() < kFirstOffset) return false;
+    if (state_.Written() < kFirstOffset) return false;
     for (;;) {
         if (path == DecodePath::Fast && !RunFast()) return false;
         if (state_.commands.Left() == 0) break;
@@ -150,7 +134,9 @@ bool newLZ_decode_chunk_phase2(const Chunk& chunk, const ChunkStreams& streams) 
         return Fail("OODLE ERROR : assertion failed : %s : %s\n", "oo2::newLZ_decode_chunk_phase2",
                     "bad chunk_type");
     }
-    return Parser(chunk, streams).Run(chunk.path);
+    const auto takesNew = [](std::uint8_t c) { return Command{c}.OffsetIndex() == kNewOffset; };
+    const std::size_t newOffsets = CountBytes(streams.commands, takesNew);
+    return CoverCommands(streams, newOffsets) && Parser(chunk, streams, newOffsets).Run(chunk.path);
 }
 
 }  // namespace oo2

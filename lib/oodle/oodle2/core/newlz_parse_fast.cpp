@@ -1,6 +1,6 @@
 // The fast half of phase 2: copies in whole units, which may overshoot what they are to copy, and branches
-// only where hardly any command goes the other way. What it costs is mispredicted branches: a run of 3
-// literals or more, a match of 17 bytes or more, or a recent offset comes when one least expects it.
+// only where hardly any command goes the other way. Runs of up to 16 literals, matches of up to 32 bytes and
+// offsets from 16 on are the usual case.
 #include <algorithm>
 #include <xmmintrin.h>
 
@@ -14,29 +14,30 @@ constexpr std::size_t kUnit = 16;
 constexpr std::size_t kUsualRun = kUnit;
 constexpr std::size_t kUsualMatch = 2 * kUnit;
 
-// A usual command writes a unit of literals and, behind the run, two of match: as far as it can move `out` at
-// the most. Its match may be a long one, which leaves kLongMatchEndRoom.
+// A usual command moves `out` by this at the most, and writes no further: a unit of literals and, behind the
+// run, two of match. A round of them must leave kLongMatchEndRoom behind, which its last match may need.
 constexpr std::size_t kUsualOut = kUsualRun + kUsualMatch;
 // What a long run must leave: its last unit may overshoot, and the command's match follows.
 constexpr std::size_t kBehindLongRun = kUsualMatch + kLongMatchEndRoom;
 static_assert(kBehindLongRun >= kUnit && kLiteralMargin >= kUnit);
 
 // What the commands take and do, by command byte; a long run's or match's length is to be replaced.
-struct CommandShape {
-    std::uint8_t run;
-    std::uint8_t length;
-    std::uint8_t runExcesses;
-    std::uint8_t excesses;
+using ByteTable = std::array<std::uint8_t, 256>;
+struct CommandShapes {
+    ByteTable run;
+    ByteTable length;
+    ByteTable runExcesses;
+    ByteTable excesses;
 };
-constexpr std::array<CommandShape, 256> kShapes = [] {
-    std::array<CommandShape, 256> shapes{};
-    for (unsigned byte = 0; byte < shapes.size(); ++byte) {
+constexpr CommandShapes kShapes = [] {
+    CommandShapes shapes{};
+    for (unsigned byte = 0; byte < 256; ++byte) {
         const Command command{static_cast<std::uint8_t>(byte)};
-        const bool isLongRun = command.RunCode() == kLongRunCode;
-        const bool isLongMatch = command.LengthCode() == kLongMatchCode;
-        shapes[byte] = {static_cast<std::uint8_t>(command.RunCode()),
-                        static_cast<std::uint8_t>(command.LengthCode() + kShortMatchBase), isLongRun,
-                        static_cast<std::uint8_t>(isLongRun + isLongMatch)};
+        shapes.run[byte] = static_cast<std::uint8_t>(command.RunCode());
+        shapes.length[byte] = static_cast<std::uint8_t>(command.LengthCode() + kShortMatchBase);
+        shapes.runExcesses[byte] = command.RunCode() == kLongRunCode;
+        shapes.excesses[byte] =
+            static_cast<std::uint8_t>(shapes.runExcesses[byte] + (command.LengthCode() == kLongMatchCode));
     }
     return shapes;
 }();
@@ -114,84 +115,94 @@ inline void Prefetch(const std::uint8_t* out, std::size_t lookAhead, std::size_t
 }
 
 // How many commands can start before one must ask again whether there is room, if all are usual ones.
-std::size_t UsualCommands(const ParseState& state, std::size_t literalSlack) {
-    const std::ptrdiff_t literals =
-        state.literals.end - state.literals.next + static_cast<std::ptrdiff_t>(literalSlack);
-    if (literals < 0 || state.OutLeft() < kLongMatchEndRoom) return 0;
-    return std::min({state.commands.Left(), (state.OutLeft() - kLongMatchEndRoom) / kUsualOut,
-                     static_cast<std::size_t>(literals) / kUnit});
+std::size_t UsualCommands(std::ptrdiff_t commands, std::ptrdiff_t out, std::ptrdiff_t literals) {
+    constexpr std::ptrdiff_t kEndRoom = kLongMatchEndRoom;
+    constexpr std::ptrdiff_t kOut = kUsualOut;
+    constexpr std::ptrdiff_t kLiterals = kUnit;
+    return static_cast<std::size_t>(
+        std::max<std::ptrdiff_t>(std::min({commands, (out - kEndRoom) / kOut, literals / kLiterals}), 0));
 }
 
 template <LiteralMode kMode, bool kMostlyNew>
 bool Run(ParseState& state, std::size_t literalSlack) {
-    ParseState s = state;
-    std::uint32_t recent0 = s.recent[0];
-    std::uint32_t recent1 = s.recent[1];
-    std::uint32_t recent2 = s.recent[2];
+    if (state.Written() < kUnit) return true;
+    // Offsets below a unit and those that reach too far fail one comparison, with the bytes written from
+    // here.
+    const std::uint8_t* const unitBehindStart = state.windowStart + kUnit;
+    const std::size_t lookAhead = kOffsetsAhead * state.OutLeft() / (state.offsets.Left() + 1);
+    std::uint8_t* out = state.out;
+    const std::uint8_t* command = state.commands.next;
+    const std::uint8_t* literal = state.literals.next;
+    const std::uint32_t* newOffset = state.offsets.next;
+    const std::uint32_t* excess = state.excesses.next;
+    std::uint32_t recent0 = state.recent[0];
+    std::uint32_t recent1 = state.recent[1];
+    std::uint32_t recent2 = state.recent[2];
     const auto stop = [&] {
-        state = s;
+        state.out = out;
+        state.commands.next = command;
+        state.literals.next = literal;
+        state.offsets.next = newOffset;
+        state.excesses.next = excess;
         state.recent = {recent0, recent1, recent2};
-        return s.literals.next <= s.literals.end;
+        return literal <= state.literals.end;
     };
-    // Offsets below a unit and those that reach too far then fail one comparison.
-    if (s.Written() < kUnit) return stop();
-    const std::uint8_t* const unitBehindStart = s.windowStart + kUnit;
-    const std::size_t lookAhead = kOffsetsAhead * s.OutLeft() / (s.offsets.Left() + 1);
 
-    while (std::size_t usual = UsualCommands(s, literalSlack)) {
+    for (;;) {
+        std::size_t usual =
+            UsualCommands(state.commands.end - command, state.outEnd - out,
+                          state.literals.end - literal + static_cast<std::ptrdiff_t>(literalSlack));
+        if (usual == 0) return stop();
         do {
-            const std::uint32_t c = *s.commands.next;
-            const CommandShape shape = kShapes[c];
-            std::uint32_t run = shape.run;
-            MoveIfAtLeast<kLongRunCode>(run, run, *s.excesses.next);
-            CopyLiteralUnit<kMode>(s.out, s.literals.next, recent0);
+            const std::uint32_t c = *command;
+            std::uint32_t run = kShapes.run[c];
+            MoveIfAtLeast<kLongRunCode>(run, run, *excess);
+            CopyLiteralUnit<kMode>(out, literal, recent0);
             if (run > kUsualRun) [[unlikely]] {
-                if (s.literals.end - s.literals.next < static_cast<std::ptrdiff_t>(run + kUnit))
-                    return stop();
-                if (s.OutLeft() < run + kBehindLongRun) return stop();
+                if (state.literals.end - literal < static_cast<std::ptrdiff_t>(run + kUnit)) return stop();
+                if (state.outEnd - out < static_cast<std::ptrdiff_t>(run + kBehindLongRun)) return stop();
                 for (std::size_t i = kUnit; i < run; i += kUnit) {
-                    CopyLiteralUnit<kMode>(s.out + i, s.literals.next + i, recent0);
+                    CopyLiteralUnit<kMode>(out + i, literal + i, recent0);
                 }
                 usual = 1;
             }
-            std::uint32_t length = shape.length;
-            MoveIfAtLeast<kLongMatchShape>(length, length,
-                                           s.excesses.next[shape.runExcesses] + kLongMatchBase);
-            s.excesses.next += shape.excesses;
-            s.literals.next += run;
-            s.out += run;
-            ++s.commands.next;
+            std::uint32_t length = kShapes.length[c];
+            MoveIfAtLeast<kLongMatchShape>(length, length, excess[kShapes.runExcesses[c]] + kLongMatchBase);
+            excess += kShapes.excesses[c];
+            literal += run;
+            out += run;
+            ++command;
 
             if (kMostlyNew && c >= kFirstOfNew) [[likely]] {
                 recent2 = recent1;
                 recent1 = recent0;
-                recent0 = *s.offsets.next++;
+                recent0 = *newOffset++;
             } else {
-                MoveIfAtLeast<kFirstOfNew>(c, recent2, *s.offsets.next);
-                s.offsets.next += c >= kFirstOfNew;
+                MoveIfAtLeast<kFirstOfNew>(c, recent2, *newOffset);
+                newOffset += c >= kFirstOfNew;
                 SwapIfAtLeast<kFirstOfIndex1>(c, recent0, recent1);
                 SwapIfAtLeast<kFirstOfIndex2>(c, recent0, recent2);
             }
             const std::size_t offset = recent0;
-            Prefetch(s.out, lookAhead, s.offsets.next[kOffsetsAhead]);
+            Prefetch(out, lookAhead, newOffset[kOffsetsAhead]);
 
-            const bool isUsualOffset = offset - kUnit <= static_cast<std::size_t>(s.out - unitBehindStart);
+            const bool isUsualOffset = offset - kUnit <= static_cast<std::size_t>(out - unitBehindStart);
             if (isUsualOffset) [[likely]] {
-                Copy16(s.out, s.out - offset);
-                Copy16(s.out + kUnit, s.out - offset + kUnit);
-            } else if (offset == 0 || offset > s.Written()) {
+                const std::uint8_t* const from = out - offset;
+                Copy16(out, from);
+                Copy16(out + kUnit, from + kUnit);
+            } else if (offset == 0 || offset > static_cast<std::size_t>(out - state.windowStart)) {
                 return false;
             }
             if (length > kUsualMatch || !isUsualOffset) [[unlikely]] {
-                const std::size_t room = s.OutLeft();
+                const auto room = static_cast<std::size_t>(state.outEnd - out);
                 if (length >= kLongMatchShape && length + kLongMatchEndRoom > room) return false;
-                CopyAnyMatch(s.out, offset, length, room);
+                CopyAnyMatch(out, offset, length, room);
                 usual = 1;
             }
-            s.out += length;
+            out += length;
         } while (--usual != 0);
     }
-    return stop();
 }
 
 }  // namespace
