@@ -18,7 +18,8 @@ export function ReadCorvaneDemo(replayFilePath: string): string;
  * Watches the game's demo folder and calls `jsCallbackFn` with the document of every replay that changes, as JSON text
  * in plain characters: parse it as a {@link WatcherPayload}.
  *
- * A second start replaces the first. Every start keeps the process alive until it is ended; a broken replay ends it.
+ * A second start replaces the first. The watcher keeps the process alive until it is stopped; a broken replay ends the
+ * process.
  *
  * @param encKey The AES key for replays that carry none: 16, 24 or 32 bytes, or an empty buffer. Not a typed array.
  * @param interval Accepted and not used: the folder is polled every 500 ms.

@@ -15,6 +15,7 @@ class ChildPool {
   #waiting = new Set(); // jobs in the order of their coming
   #jobs = new Map(); // child -> the job it works on, or null
   #dying = new Set(); // children that were told to end
+  #heeded = new Map(); // signal -> { jobs, onAbort }: one listener each, since Node.js warns of more than ten
   #idleTimer;
   #isClosed = false;
 
@@ -30,13 +31,8 @@ class ChildPool {
     return new Promise((resolve, reject) => {
       if (this.#isClosed) throw closed(path);
       if (signal?.aborted) throw ReplayError.aborted(signal, path);
-      const job = { request, path, timeout, resolve, reject };
-      const onAbort = () => this.#giveUp(job, ReplayError.aborted(signal, path));
-      signal?.addEventListener('abort', onAbort);
-      job.forget = () => {
-        signal?.removeEventListener('abort', onAbort);
-        clearTimeout(job.timer);
-      };
+      const job = { request, path, signal, timeout, resolve, reject };
+      if (signal) this.#heed(signal, job);
       this.#waiting.add(job);
       this.#assign();
     });
@@ -55,12 +51,34 @@ class ChildPool {
   #assign() {
     clearTimeout(this.#idleTimer);
     for (const job of this.#waiting) {
+      if (job.signal?.aborted) continue; // it is about to be given up, and needs no child for that
       const child = this.#freeChild();
       if (child === undefined) return;
       this.#waiting.delete(job);
       this.#start(job, child);
     }
     this.#idleTimer = setTimeout(() => this.#endIdle(), IDLE_MS).unref();
+  }
+
+  #heed(signal, job) {
+    if (!this.#heeded.has(signal)) {
+      const jobs = new Set();
+      const onAbort = () =>
+        jobs.forEach((each) => this.#giveUp(each, ReplayError.aborted(signal, each.path)));
+      signal.addEventListener('abort', onAbort);
+      this.#heeded.set(signal, { jobs, onAbort });
+    }
+    this.#heeded.get(signal).jobs.add(job);
+  }
+
+  // The job is concluded: neither its signal nor its time limit concerns it any more.
+  #forget(job) {
+    clearTimeout(job.timer);
+    const heeded = this.#heeded.get(job.signal);
+    heeded?.jobs.delete(job);
+    if (heeded?.jobs.size !== 0) return;
+    job.signal.removeEventListener('abort', heeded.onAbort);
+    this.#heeded.delete(job.signal);
   }
 
   #freeChild() {
@@ -102,14 +120,14 @@ class ChildPool {
     else this.#jobs.set(child, null);
     child.hold(false);
     if (job !== null) {
-      job.forget();
+      this.#forget(job);
       conclude(job);
     }
     this.#assign();
   }
 
   #giveUp(job, error) {
-    job.forget();
+    this.#forget(job);
     job.reject(error);
     this.#waiting.delete(job);
     if (job.child !== undefined) this.#end(job.child);

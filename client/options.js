@@ -36,7 +36,8 @@ function keyBuffer(key) {
 }
 
 function abortSignal(signal) {
-  if (signal === undefined || typeof signal?.aborted === 'boolean') return signal;
+  if (signal === undefined) return signal;
+  if (typeof signal?.aborted === 'boolean' && typeof signal.addEventListener === 'function') return signal;
   throw invalid('signal must be an AbortSignal');
 }
 

@@ -90,10 +90,11 @@ class ReplayClient {
     await Promise.all([...this.#open].map((part) => part.close()));
   }
 
-  async *#readMany(name, readOne, paths, { concurrency = this.#concurrency, ...given } = {}) {
+  async *#readMany(name, readOne, paths, given = {}) {
+    const limits = options.limits(given);
+    const { concurrency = this.#concurrency } = given;
     const count = options.concurrency(concurrency);
     const list = options.pathList(paths);
-    const limits = options.limits(given);
     const pool = this.#added(() => new ChildPool(count, this.#execPath));
     try {
       yield* readInOrder(list, count, async (path) => ({ path, [name]: await readOne(pool, path, limits) }));

@@ -4,6 +4,7 @@
 
 const assert = require('node:assert/strict');
 const { spawn } = require('node:child_process');
+const { getEventListeners } = require('node:events');
 const fs = require('node:fs');
 const path = require('node:path');
 const { after, test } = require('node:test');
@@ -77,6 +78,27 @@ test('a blocked read and a waiting one are aborted; the reason is kept', async (
   await assert.rejects(one.readReplay(file('pid'), options), { code: 'ERR_ABORTED' });
   await one.close();
   assert.ok(!isAlive(pidOf('hang.abort')));
+});
+
+test('one signal may abort many reads: without a warning, and without a child for those that waited', async () => {
+  const warnings = [];
+  const onWarning = (warning) => warnings.push(warning);
+  process.on('warning', onWarning);
+  const one = new ReplayClient({ concurrency: 1 });
+  const controller = new AbortController();
+  const names = ['hang.crowd', ...Array(19).fill('pid')];
+  const reads = names.map((name) =>
+    one.readReplay(file(name), { signal: controller.signal }).catch(({ code }) => code),
+  );
+  assert.ok(await isBlocked('hang.crowd'));
+  const started = children.length;
+  controller.abort();
+  assert.deepEqual(new Set(await Promise.all(reads)), new Set(['ERR_ABORTED']));
+  assert.equal(children.length, started);
+  assert.deepEqual(getEventListeners(controller.signal, 'abort'), []);
+  await one.close();
+  process.off('warning', onWarning);
+  assert.deepEqual(warnings, []);
 });
 
 test('a child that is killed from outside loses its read only', async () => {

@@ -187,9 +187,11 @@ test('wrong arguments are rejected, each by name', async () => {
     [readReplay(file, { key: 'abc' }), 'key'],
     [readReplay(file, { key: Buffer.alloc(15) }), 'key'],
     [readReplay(file, { signal: {} }), 'signal'],
+    [readReplay(file, { signal: { aborted: false } }), 'signal'],
     [readReplay(file, { timeout: 0 }), 'timeout'],
     [readReplay(file, { timeout: Infinity }), 'timeout'],
     [readReplays(file).next(), 'paths'],
+    [readReplays([file], null).next(), 'options'],
     [readReplays([file], { concurrency: 0 }).next(), 'concurrency'],
     [readReplays([file], { key: Buffer.alloc(1) }).next(), 'key'],
   ]) {
