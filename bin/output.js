@@ -40,7 +40,7 @@ class Output {
 
 // Puts text at `file`, replacing what was there; on failure nothing of it stays. Rejects with ERR_OUTPUT.
 async function writeWhole(file, text) {
-  const temporary = path.join(path.dirname(file), `.${path.basename(file)}.${randomUUID()}.tmp`);
+  const temporary = path.join(path.dirname(file), `.${randomUUID()}.tmp`);
   try {
     await fs.writeFile(temporary, text, { flag: 'wx' });
     await fs.rename(temporary, file);
