@@ -162,6 +162,21 @@ describe('the watcher', { concurrency: 1 }, () => {
     assert.deepEqual([first.payloads, second.payloads], [[], []]);
   });
 
+  it('gives a callback that takes over each replay from its start', async () => {
+    const names = ['a.replay', 'b.replay', 'c.replay'];
+    names.forEach((name, i) => demo.write(name, 23 + i));
+    const first = new Watch(addon).start();
+    const grow = () => names.forEach((name) => demo.grow(name));
+    grow();
+    await first.take(3);
+    grow();
+    await first.take(1);
+    const second = new Watch(addon).start(); // in the middle of a cycle
+    grow();
+    for (const { document } of await second.take(3)) assert.ok('Creation' in document && 'header' in document);
+    assert.equal((await first.take(2)).length, 2);
+  });
+
   it('can be started again and again inside deliveries', async () => {
     demo.write('a.replay', 21);
     demo.write('b.replay', 22);

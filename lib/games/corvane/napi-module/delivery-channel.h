@@ -15,7 +15,6 @@ namespace orvel::corvane {
 struct DeliveryChannel {
     using EnvironmentEnd = void (*)(void* channel);
 
-    napi_env environment = nullptr;
     napi_threadsafe_function function = nullptr;
     EnvironmentEnd onEnvironmentEnd = nullptr;  // null once it has been called
 };

@@ -3,14 +3,16 @@
 #include <cstdio>
 #include <filesystem>
 #include <string>
+#include <system_error>
 #include <utility>
+
+#include <nlohmann/json.hpp>
 
 #include "games/corvane/corvane-lib/src/replay-parser.h"
 #include "games/corvane/corvane-lib/src/ue4/util/json-object.h"
 #include "games/corvane/napi-module/delivery-channel.h"
 #include "games/corvane/napi-module/document-text.h"
 #include "games/corvane/napi-module/process-end.h"
-#include "util/console.h"
 #include "util/platform/platform.h"
 
 namespace orvel::corvane {

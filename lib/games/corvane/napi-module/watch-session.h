@@ -3,12 +3,11 @@
 #pragma once
 
 #include <atomic>
+#include <chrono>
 #include <cstdint>
 #include <string>
 #include <unordered_map>
 #include <vector>
-
-#include <nlohmann/json.hpp>
 
 #include "games/corvane/napi-module/watcher/file-status.h"
 #include "games/corvane/napi-module/watcher/folder-watcher.h"

@@ -70,11 +70,14 @@ void StartWatching(Napi::Env env, Napi::Function callback, std::vector<std::uint
     const auto folder = LocateDemoFolder();
     if (!folder) return DeliverFolderError(std::move(channel), watching.session != nullptr);
 
-    // The new session has its snapshot before the old one ends, so that no change falls between them.
+    // The new session has its snapshot before the old one ends: what changes meanwhile is the new one's to
+    // report as well. The old one's last results still go to the old callback, since the new one is to get
+    // each replay from its start.
     auto next = std::make_unique<WatchSession>(util::platform::WideFromPath(*folder), std::move(key));
-    next->Start();
+    watching.session.reset();
     SetCurrentChannel(std::move(channel));
     watching.session = std::move(next);
+    watching.session->Start();
 }
 
 std::vector<std::uint8_t> KeyBytes(Napi::ArrayBuffer buffer) {

@@ -13,10 +13,9 @@ namespace orvel::corvane {
 // document as JSON text, for each time that a replay in the demo folder or below was written to; at most ten
 // times a second. encKey, an ArrayBuffer, is the key for encrypted replays without one of their own; it may
 // be empty. interval is read if it is a number, and not used: the folder is polled every 500 ms. Without a
-// demo folder the callback gets
-// {"err": ...}, and a watcher that runs goes on with the new callback. Returns undefined. Throws a TypeError
-// for other arguments, and an Error, leaving all as it was, if the folder cannot be listed or there can be no
-// thread.
+// demo folder the callback gets {"err": ...}, and a watcher that runs goes on with the new callback. Returns
+// undefined. Throws a TypeError for other arguments, and an Error if the folder cannot be listed, leaving all
+// as it was, or if there can be no thread.
 Napi::Value StartCorvaneWatcher(const Napi::CallbackInfo& info);
 
 // Waits for the parse that is being made and the results that are due; they still reach the callback. Then

@@ -38,8 +38,9 @@ class FolderWatcher {
     void Start(FileStatusCallback callback);
 
     // Cuts the current delay and all pauses short, lets the polling thread finish its cycle with all its
-    // reports, and waits for it: what changed before Stop is still reported. Does nothing the second time.
-    // Not to be called by the callback.
+    // reports, and waits for it. A delay belongs to the cycle after it, so what changed during the delay is
+    // still reported; what changes behind a cycle that is already looking is not. Does nothing the second
+    // time. Not to be called by the callback.
     void Stop();
 
     // For the callback: sleeps until the time has passed or the watcher is being stopped.
