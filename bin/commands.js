@@ -18,10 +18,14 @@ const isFolder = (file) =>
     () => false,
   );
 
+const unreadableFolder = ({ message }) =>
+  Object.assign(new Error(`the folder cannot be read: ${message}`), { code: 'ERR_UNREADABLE' });
+
 // A folder stands for the replays in it.
 async function replaysOf(file) {
   if (!(await isFolder(file))) return [file];
-  const names = (await fs.readdir(file)).filter((name) => name.endsWith('.replay')).sort();
+  const entries = await fs.readdir(file).catch((error) => Promise.reject(unreadableFolder(error)));
+  const names = entries.filter((name) => name.endsWith('.replay')).sort();
   if (names.length === 0) throw usageFailure(`there are no replays in ${file}`);
   return names.map((name) => path.join(file, name));
 }

@@ -3,7 +3,7 @@
 
 const KINDS = [
   [2, 'ERR_INVALID_ARGUMENT', 'arguments that make no sense'],
-  [3, 'ERR_UNREADABLE', 'a file cannot be opened'],
+  [3, 'ERR_UNREADABLE', 'a file or folder cannot be opened'],
   [4, 'ERR_NOT_A_REPLAY', 'a file is no replay'],
   [5, 'ERR_CORRUPT', 'a replay is broken'],
   [6, 'ERR_KEY_REQUIRED', 'a replay is encrypted, and there is no key for it'],

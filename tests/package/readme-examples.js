@@ -36,7 +36,11 @@ function testWatching(host, folder, { file }) {
     const live = path.join(demos, 'live.replay');
     fs.writeFileSync(live, w.replay({}));
     const growing = setInterval(() => fs.appendFileSync(live, w.eventChunk({ data: w.playerElim() })), 300);
-    const child = spawn(host[0], [file], { cwd: folder, env: { ...process.env, LOCALAPPDATA: folder } });
+    const child = spawn(host[0], [file], {
+      cwd: folder,
+      env: { ...process.env, LOCALAPPDATA: folder },
+      timeout: 60_000,
+    });
     let stdout = '';
     child.stdout.on('data', (text) => (stdout += text) && /Unnamed Bot/.test(stdout) && child.kill());
     await new Promise((resolve) => child.on('close', resolve));
