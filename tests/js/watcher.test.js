@@ -173,7 +173,8 @@ describe('the watcher', { concurrency: 1 }, () => {
     await first.take(1);
     const second = new Watch(addon).start(); // in the middle of a cycle
     grow();
-    for (const { document } of await second.take(3)) assert.ok('Creation' in document && 'header' in document);
+    for (const { document } of await second.take(3))
+      assert.ok('Creation' in document && 'header' in document);
     assert.equal((await first.take(2)).length, 2);
   });
 
