@@ -1,5 +1,6 @@
 // lz_data DATASET BYTES FOLDER: writes what lz_bench decodes, so many raw bytes of one data set and each
-// codec's compressed form of them. Compressing takes minutes, so it is not part of a measurement.
+// codec's compressed form of them. Compressing takes minutes, so it is not part of a measurement, and a file
+// that is there is left as it is.
 #include <cstdio>
 #include <filesystem>
 #include <fstream>
@@ -15,12 +16,17 @@ void Write(const std::filesystem::path& path, const bench::Bytes& bytes) {
 }
 
 void WriteAll(const bench::DataSet& set, std::size_t size, const std::filesystem::path& folder) {
-    std::filesystem::create_directories(folder);
     const bench::Bytes raw = set.make(size);
-    Write(folder / bench::FileName(set.name, size, "raw"), raw);
+    const auto write = [&](const std::string& stream, const auto& bytes) {
+        const std::filesystem::path path = folder / bench::FileName(set.name, size, stream);
+        if (std::filesystem::exists(path)) return;
+        const std::filesystem::path unfinished = path.string() + ".part";
+        Write(unfinished, bytes());
+        std::filesystem::rename(unfinished, path);
+    };
+    write("raw", [&] { return raw; });
     for (const bench::Codec& codec : bench::Codecs()) {
-        if (codec.compress == nullptr) continue;
-        Write(folder / bench::FileName(set.name, size, codec.stream), codec.compress(raw));
+        if (codec.compress != nullptr) write(codec.stream, [&] { return codec.compress(raw); });
     }
 }
 
