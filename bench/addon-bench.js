@@ -42,7 +42,7 @@ function replay(row) {
 }
 
 async function timeRow(row) {
-  const task = { file: replay(row), readers: BOTH, seconds: 1 };
+  const task = { file: replay(row), readers: BOTH, seconds: 0.5 };
   // A gigabyte does not fit into every host's memory; the add-on does not mind.
   const [addonMs, readerMs] =
     (await measure('timeReads', task)) ?? (await measure('timeReads', { ...task, readers: ['addon'] }));
@@ -98,7 +98,7 @@ async function memory() {
     const row = { bytes, chunks, events: 200, encrypted: true };
     const file = replay(row);
     const [addonKiB, readerKiB] = await medians(
-      5,
+      3,
       'peakMemory',
       BOTH.map((reader) => ({ file, reader })),
     );
@@ -114,7 +114,7 @@ async function loading() {
     { addon: emptyAddon, call: 'nothing', file },
   ];
   const results = [[], []];
-  for (let i = 0; i < 15; ++i) {
+  for (let i = 0; i < 11; ++i) {
     for (const [j, task] of list.entries()) results[j].push(await measure('timeLoad', task));
   }
   const part = (of) => results.map((runs) => median(runs.map(of)));
@@ -135,7 +135,7 @@ async function idle() {
   fs.mkdirSync(demos, { recursive: true });
   try {
     for (let i = 0; i < 1000; ++i) fs.writeFileSync(path.join(demos, `match-${i}.replay`), 'x');
-    const task = { seconds: 3, samples: 3 };
+    const task = { seconds: 2, samples: 3 };
     const [watching, host] = await Promise.all(
       [true, false].map((watch) => measure('idleLoad', { ...task, watch })),
     );
