@@ -43,6 +43,7 @@ void RegisterAll(const std::filesystem::path& folder) {
             };
             const Shared raw = load("raw");
             for (const bench::Codec& codec : bench::Codecs()) {
+                if (size > codec.largest) continue;
                 const Shared compressed = load(codec.stream);
                 const std::string row = set.name + '-' + std::to_string(size) + '/' + codec.name;
                 benchmark::RegisterBenchmark(

@@ -91,7 +91,7 @@ const std::vector<Codec>& Codecs() {
         {"own", "own", CompressOwn, DecodeOwn},
         {"zstd-3", "zstd-3", CompressZstd<3>, DecodeZstd},
         {"zstd-9", "zstd-9", CompressZstd<9>, DecodeZstd},
-        {"zstd-19", "zstd-19", CompressZstd<19>, DecodeZstd},
+        {"zstd-19", "zstd-19", CompressZstd<19>, DecodeZstd, 8 << 20},
         {"lz4", "lz4", CompressLz4, DecodeLz4},
         {"zlib", "zlib", CompressZlib, DecodeZlib},
         {"libdeflate", "zlib", nullptr, DecodeLibdeflate},

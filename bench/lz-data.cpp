@@ -26,7 +26,8 @@ void WriteAll(const bench::DataSet& set, std::size_t size, const std::filesystem
     };
     write("raw", [&] { return raw; });
     for (const bench::Codec& codec : bench::Codecs()) {
-        if (codec.compress != nullptr) write(codec.stream, [&] { return codec.compress(raw); });
+        if (codec.compress != nullptr && size <= codec.largest)
+            write(codec.stream, [&] { return codec.compress(raw); });
     }
 }
 

@@ -60,8 +60,10 @@ function lz() {
     [64 << 10, 1 << 20, 8 << 20, 64 << 20].map((size) => {
       const row = (codec) => of(`${set}-${size}`, codec);
       const cell = (codec) =>
-        `${mega(row(codec).bytes_per_second)} (${percent((100 * row(codec).compressed) / size)} %)`;
-      const fastest = Math.max(...ZSTD.map((codec) => row(codec).bytes_per_second));
+        row(codec)
+          ? `${mega(row(codec).bytes_per_second)} (${percent((100 * row(codec).compressed) / size)} %)`
+          : '-';
+      const fastest = Math.max(...ZSTD.map((codec) => row(codec)?.bytes_per_second ?? 0));
       return [
         `${set}, ${binary(size)}`,
         ratio(row('own').bytes_per_second / fastest),
