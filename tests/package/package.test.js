@@ -62,12 +62,10 @@ function sampleDocument() {
 
 test('the types hold for ES modules and for CommonJS, and know every field of a document', () => {
   const types = path.join(root, 'tests', 'types');
-  const sources = [...fs.readdirSync(types), 'sample.mts'];
-  sources
-    .slice(0, -1)
-    .forEach((name) => fs.copyFileSync(path.join(types, name), path.join(installed.folder, name)));
+  fs.cpSync(types, installed.folder, { recursive: true });
   const literal = `export const sample: import('corvane_napi').ReplayDocument = ${sampleDocument()}`;
   fs.writeFileSync(path.join(installed.folder, 'sample.mts'), literal);
+  const sources = [...fs.readdirSync(types), 'sample.mts'];
   const options = ['--noEmit', '--strict', '--module', 'node16', '--target', 'es2022', '--resolveJsonModule'];
   options.push('--types', 'node', '--typeRoots', path.join(root, 'node_modules', '@types'));
   const tsc = path.join(root, 'node_modules', '.bin', 'tsc');
