@@ -48,9 +48,14 @@ const ours = files
   .map((file) => ({ ...file, name: path.relative(root, file.name) }))
   .sort((a, b) => (a.name < b.name ? -1 : 1));
 
-console.log('lib/'.padEnd(52) + ['lines', 'ran', 'branches', 'taken'].map((title) => title.padStart(10)).join(''));
+console.log(
+  'lib/'.padEnd(52) + ['lines', 'ran', 'branches', 'taken'].map((title) => title.padStart(10)).join(''),
+);
 for (const folder of new Set(ours.map((file) => path.dirname(file.name)))) {
-  printRow(folder, ours.filter((file) => path.dirname(file.name) === folder));
+  printRow(
+    folder,
+    ours.filter((file) => path.dirname(file.name) === folder),
+  );
 }
 printRow('together', ours);
 

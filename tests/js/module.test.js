@@ -6,6 +6,7 @@ const fs = require('node:fs');
 const path = require('node:path');
 const { test } = require('node:test');
 const { Worker } = require('node:worker_threads');
+const { ElfFile } = require('../support/elf-file.js');
 const { DYNAMIC_BASE, NX_COMPAT, PeFile } = require('../support/pe-file.js');
 const { addonPath, readPaths, temporaryFolder, utf8Text } = require('../support/reads.js');
 const w = require('../support/replay-writer.js');
@@ -163,5 +164,14 @@ if (process.platform === 'win32') {
       [],
     );
     assert.ok(bytes.includes('NODE.EXE\0'), 'the host is named, but in the delay-load descriptor only');
+  });
+}
+
+if (process.platform === 'linux') {
+  test('the module is hardened', () => {
+    const elf = new ElfFile(fs.readFileSync(addonPath));
+    assert.ok(!elf.stackIsExecutable);
+    assert.ok(elf.hasFullRelro);
+    assert.ok(elf.names('__stack_chk_fail'), 'functions with buffers guard their return address');
   });
 }
