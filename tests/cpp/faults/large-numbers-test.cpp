@@ -8,6 +8,8 @@ namespace {
 using namespace corvane_test;
 
 constexpr std::size_t kMebibyte = 1024 * 1024;
+// What a parse holds at any rate.
+constexpr std::size_t kNothingMuch = 48 * 1024;
 constexpr std::uint32_t kTwoBillion = 2'000'000'000;
 
 // The information block up to its name.
@@ -19,10 +21,11 @@ Bytes Repeated(const Bytes& bytes, std::size_t count) {
     return writer.bytes;
 }
 
-Bytes KeyOfTwoBillionBytes() {
+// A key of so many bytes, 100 of which are there.
+Bytes KeyOf(std::uint32_t count) {
     Bytes block = InfoBlock{}.Build();
     block.resize(block.size() - 4);
-    return Writer().Add(block).U32(kTwoBillion).Fill(100).bytes;
+    return Writer().Add(block).U32(count).Fill(100).bytes;
 }
 
 // A header whose fields up to its lists are good.
@@ -53,7 +56,10 @@ TEST(LargeNumbers, are_not_believed) {
          Outcome::ProcessEnd},
         {"an event's id without an end",
          Join({info, Writer().U32(kEvent).Fill(8).Fill(8 * kMebibyte, 'a').bytes}), Outcome::Document},
-        {"a key of two billion bytes", KeyOfTwoBillionBytes(), Outcome::ProcessEnd},
+        {"a UTF-16 name of 200,000 units that are not there",
+         BlockBeforeName().I32(-200'000).Fill(1000, 'a').bytes, Outcome::ProcessEnd, kNothingMuch},
+        {"a key of 60,000 bytes that are not there", KeyOf(60'000), Outcome::ProcessEnd, kNothingMuch},
+        {"a key of two billion bytes", KeyOf(kTwoBillion), Outcome::ProcessEnd},
         {"two billion levels", Join({info, HeaderBefore(kTwoBillion, Repeated(level, 100'000))}),
          Outcome::Empty},
         {"fewer levels than the file holds", Join({info, HeaderBefore(16 * 1024, Repeated(level, 100'000))}),
