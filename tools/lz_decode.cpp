@@ -5,6 +5,7 @@
 #include <cstdarg>
 #include <cstdint>
 #include <cstdio>
+#include <filesystem>
 #include <fstream>
 #include <limits>
 #include <memory>
@@ -59,12 +60,12 @@ std::optional<Buffer> Allocate(std::int64_t size, const std::string& what) {
 }
 
 std::optional<Buffer> ReadFile(const std::string& path) {
-    std::ifstream file(path, std::ios::binary | std::ios::ate);
-    const std::int64_t size = file ? static_cast<std::int64_t>(file.tellg()) : -1;
-    if (size < 0) return Complain("cannot read", path);
-    std::optional<Buffer> buffer = Allocate(size, path);
+    std::error_code error;
+    const std::uintmax_t size = std::filesystem::file_size(path, error);
+    if (error || size > std::numeric_limits<std::int64_t>::max()) return Complain("cannot read", path);
+    std::optional<Buffer> buffer = Allocate(static_cast<std::int64_t>(size), path);
     if (!buffer) return std::nullopt;
-    file.seekg(0);
+    std::ifstream file(path, std::ios::binary);
     file.read(reinterpret_cast<char*>(buffer->bytes.get()), buffer->size);
     if (!file) return Complain("cannot read", path);
     return buffer;

