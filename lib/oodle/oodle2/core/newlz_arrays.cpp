@@ -52,8 +52,9 @@ bool ReadLongHeader(std::span<const std::uint8_t> in, ArrayHeader& header) {
     return header.compLen > 0 && header.compLen < header.rawLen;
 }
 
-bool DecodeHuffman(bool split, std::span<const std::uint8_t> comp, std::span<std::uint8_t> out,
-                   const ArrayScratch& scratch) {
+// Not inlined: its tables must not lie on the stack once for each level of arrays inside arrays.
+[[gnu::noinline]] bool DecodeHuffman(bool split, std::span<const std::uint8_t> comp,
+                                     std::span<std::uint8_t> out, const ArrayScratch& scratch) {
     if (scratch.batch) return scratch.batch->Add(comp, out, split);
     HuffBatch batch;
     return batch.Add(comp, out, split) && batch.Run(scratch.path);

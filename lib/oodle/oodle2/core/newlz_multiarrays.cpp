@@ -75,7 +75,8 @@ bool ReadIntervals(ArrayQueue& queue, Intervals& intervals) {
     const unsigned q = Load<std::uint16_t>(queue.Take(2).data());
     intervals.packed = (q & kPackedFlag) != 0;
     const auto indices = queue.Next(ArrayScratch::kMaxArrayLen);
-    if (!indices || indices->empty()) return false;
+    if (!indices || !Check(!indices->empty(), "OODLE ERROR : corruption : indi < num_indices\n"))
+        return false;
     intervals.indices = *indices;
     if (!intervals.packed) {
         const auto logs = queue.Next(ArrayScratch::kMaxArrayLen);

@@ -84,7 +84,8 @@ HeaderStatus TakeSpecial(std::uint32_t code, HeaderBytes& bytes, std::size_t raw
 }
 
 // The decode type of an older header. Its kinds 0 and 1 stand for LZH, kind 2 carries one of the first eight
-// decode types; what else there was to them does not matter, since all of these are refused.
+// decode types, but not LZB16 or Kraken; what else there was to them does not matter, since all of these are
+// refused.
 std::optional<BlockHeader> ReadOlderHeader(std::uint8_t byte) {
     BlockHeader header;
     header.kind = byte & 3;
@@ -94,7 +95,6 @@ std::optional<BlockHeader> ReadOlderHeader(std::uint8_t byte) {
         if (!Check(header.decodeType <= kDecodeLzh, "OODLE ERROR : invalid V3 decodetype\n"))
             return std::nullopt;
     }
-    // LZB16 never had an older header.
     if (header.kind == 3 || header.decodeType == kDecodeLzb16 || header.decodeType == kDecodeKraken)
         return std::nullopt;
     return header;
