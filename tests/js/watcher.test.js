@@ -3,6 +3,7 @@
 
 const assert = require('node:assert/strict');
 const fs = require('node:fs');
+const path = require('node:path');
 const { after, describe, it } = require('node:test');
 const { DemoFolder, Watch, addonPath, idOf, sleep } = require('../support/demo-folder.js');
 const w = require('../support/replay-writer.js');
@@ -205,6 +206,12 @@ describe('the watcher', { concurrency: 1 }, () => {
     assert.ok(performance.now() - began >= 100);
     assert.deepEqual(idle.payloads, []);
     assert.deepEqual((await idle.take(1))[0].document, err);
+
+    // Something that is there, but cannot be listed.
+    fs.mkdirSync(path.dirname(demo.demos), { recursive: true });
+    fs.writeFileSync(demo.demos, '');
+    assert.throws(() => idle.start(), /recursive_directory_iterator::recursive_directory_iterator/);
+    fs.rmSync(demo.demos);
 
     demo.create();
     await idle.none();

@@ -84,6 +84,7 @@ const scenarios = {
     const growing = setInterval(grow, 20);
     for (let i = 0; i < Number(count); ++i) {
       const exitsItself = i % 2 === 1;
+      if (addonFirst) start(() => {}); // and the worker takes over
       const milliseconds = i % 3 === 0 ? 490 + 3 * i : 2 * i;
       const worker = new Worker(__filename, { workerData: { exitsItself, milliseconds } });
       const ended = new Promise((resolve) => worker.once('exit', resolve));

@@ -168,8 +168,13 @@ TEST_F(FolderSnapshotTest, a_folder_that_cannot_be_listed_hides_nothing_and_lose
     }
 }
 
-TEST_F(FolderSnapshotTest, a_folder_that_cannot_be_listed_has_no_snapshot) {
+TEST_F(FolderSnapshotTest, only_the_folder_itself_has_to_be_listed_for_a_snapshot) {
     EXPECT_THROW(FolderSnapshot(L"/nowhere", files), std::filesystem::filesystem_error);
+    files.Put(L"/demos/a", {1});
+    files.Put(L"/demos/sub", {1, true, std::errc::io_error});
+    FolderSnapshot snapshot(L"/demos", files);
+    files.Put(L"/demos/a", {2});
+    EXPECT_THAT(Reports(snapshot), ElementsAre(L"modified /demos/a"));
 }
 
 // 2,000 modifications of 20 files, between looks and within their reports. What differs from the recorded

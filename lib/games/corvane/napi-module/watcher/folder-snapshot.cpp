@@ -27,7 +27,7 @@ std::wstring AsPrefix(std::wstring folder) {
 FolderSnapshot::FolderSnapshot(std::wstring folder, FileSystem& fileSystem)
     : m_folder(std::move(folder)), m_fileSystem(fileSystem) {
     Look();
-    if (m_failure) throw *m_failure;
+    if (m_failure && !m_failure->isOfSubFolder) throw m_failure->error;
     for (Difference& entry : m_differences) {
         m_paths.insert_or_assign(std::move(entry.path), Record{entry.lastWriteTime, m_look});
     }
@@ -37,7 +37,7 @@ void FolderSnapshot::Update(const FileStatusCallback& report) {
     Look();
     ReportErased(report);
     ReportPresent(report);
-    if (m_failure) throw *m_failure;
+    if (m_failure) throw m_failure->error;
 }
 
 void FolderSnapshot::Look() {
@@ -77,7 +77,8 @@ void FolderSnapshot::NoteFailure(const std::wstring& folder, const std::error_co
     const bool isSubFolder = folder != m_folder;
     if (m_failure || (isSubFolder && (SaysGone(error) || error == std::errc::permission_denied))) return;
     const std::string operation = isSubFolder ? "operator++" : "recursive_directory_iterator";
-    m_failure.emplace("recursive_directory_iterator::" + operation + " [" + WideToUtf8(folder) + "]", error);
+    const std::string what = "recursive_directory_iterator::" + operation + " [" + WideToUtf8(folder) + "]";
+    m_failure = {fs::filesystem_error(what, error), isSubFolder};
 }
 
 void FolderSnapshot::ReportErased(const FileStatusCallback& report) {

@@ -22,7 +22,8 @@ namespace util {
 class FolderSnapshot {
   public:
     // Records what the folder and its sub-folders hold, files and folders alike; a link to a folder is an
-    // entry, but not entered. Throws std::filesystem::filesystem_error if the folder cannot be listed.
+    // entry, but not entered. Throws std::filesystem::filesystem_error if the folder itself cannot be
+    // listed; what a sub-folder that cannot be listed holds is `created` once it can.
     FolderSnapshot(std::wstring folder, FileSystem& fileSystem);
 
     // Looks again, records each difference and reports it: first `erased` for what is gone, then `created`
@@ -45,6 +46,11 @@ class FolderSnapshot {
         std::int64_t lastWriteTime;
     };
 
+    struct Failure {
+        std::filesystem::filesystem_error error;
+        bool isOfSubFolder;
+    };
+
     void Look();
     void List(const std::wstring& folder, std::vector<std::wstring>& pending);
     void Meet(const std::wstring& path, std::int64_t lastWriteTime);
@@ -60,7 +66,7 @@ class FolderSnapshot {
     // failure to list, and whether a report has taken time since, so that the times may be out of date.
     std::uint32_t m_look = 0;
     std::vector<Difference> m_differences;
-    std::optional<std::filesystem::filesystem_error> m_failure;
+    std::optional<Failure> m_failure;
     bool m_timesAreOld = false;
 };
 
