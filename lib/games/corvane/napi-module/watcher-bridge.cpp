@@ -37,13 +37,17 @@ Watching& TheWatching() {
     return watching;
 }
 
+void EndWatching(Watching& watching) {
+    watching.session.reset();
+    SetCurrentChannel(nullptr);
+}
+
 void OnEnvironmentEnd(void* channel) {
     Watching& watching = TheWatching();
     const std::lock_guard lock(watching.mutex);
     if (!IsCurrentChannel(static_cast<DeliveryChannel*>(channel))) return;
     if (watching.session) watching.session->Abandon();
-    watching.session.reset();
-    SetCurrentChannel(nullptr);
+    EndWatching(watching);
 }
 
 std::optional<std::filesystem::path> LocateDemoFolder() {
@@ -77,7 +81,12 @@ void StartWatching(Napi::Env env, Napi::Function callback, std::vector<std::uint
     watching.session.reset();
     SetCurrentChannel(std::move(channel));
     watching.session = std::move(next);
-    watching.session->Start();
+    try {
+        watching.session->Start();
+    } catch (...) {
+        EndWatching(watching);
+        throw;
+    }
 }
 
 std::vector<std::uint8_t> KeyBytes(Napi::ArrayBuffer buffer) {
@@ -108,8 +117,7 @@ Napi::Value StartCorvaneWatcher(const Napi::CallbackInfo& info) {
 Napi::Value StopCorvaneWatcher(const Napi::CallbackInfo& info) {
     Watching& watching = TheWatching();
     const std::lock_guard lock(watching.mutex);
-    watching.session.reset();
-    SetCurrentChannel(nullptr);
+    EndWatching(watching);
     return info.Env().Undefined();
 }
 

@@ -15,7 +15,7 @@ namespace orvel::corvane {
 // be empty. interval is read if it is a number, and not used: the folder is polled every 500 ms. Without a
 // demo folder the callback gets {"err": ...}, and a watcher that runs goes on with the new callback. Returns
 // undefined. Throws a TypeError for other arguments, and an Error if the folder cannot be listed, leaving all
-// as it was, or if there can be no thread.
+// as it was, or if there can be no thread; then nothing watches.
 Napi::Value StartCorvaneWatcher(const Napi::CallbackInfo& info);
 
 // Waits for the parse that is being made and the results that are due; they still reach the callback. Then
