@@ -10,6 +10,7 @@
 
 #include "games/corvane/corvane-lib/src/replay-parser.h"
 #include "games/corvane/corvane-lib/src/ue4/util/json-object.h"
+#include "games/corvane/napi-module/arguments.h"
 #include "games/corvane/napi-module/document-text.h"
 #include "games/corvane/napi-module/process-end.h"
 
@@ -26,11 +27,6 @@ std::u16string WidenBytes(const std::string& text) {
         units[i] = static_cast<char16_t>(static_cast<signed char>(text[i]));
     }
     return units;
-}
-
-std::wstring PathArgument(const Napi::Value& argument) {
-    const std::u16string units = argument.ToString().Utf16Value();
-    return {units.begin(), units.end()};
 }
 
 Napi::Value ParseToText(Napi::Env env, const std::wstring& path) {
@@ -60,7 +56,7 @@ Napi::Value ReadCorvaneDemo(const Napi::CallbackInfo& info) {
         return env.Undefined();
     }
     try {
-        return ParseToText(env, PathArgument(info[0]));
+        return ParseToText(env, PathOf(info[0]));
     } catch (const Napi::Error&) {
         throw;
     } catch (const std::exception& failure) {

@@ -14,7 +14,9 @@
 #include <nlohmann/json.hpp>
 
 #include "games/corvane/corvane-lib/src/replay-parser.h"
+#include "games/corvane/napi-module/arguments.h"
 #include "games/corvane/napi-module/document-text.h"
+#include "util/aes/aes-decryption-key.h"
 
 namespace orvel::corvane {
 namespace {
@@ -61,17 +63,6 @@ Napi::Error ErrorOf(Napi::Env env, const Failure& failure) {
     return error;
 }
 
-std::wstring PathOf(const Napi::Value& argument) {
-    const std::u16string units = argument.As<Napi::String>().Utf16Value();
-    return {units.begin(), units.end()};
-}
-
-std::vector<std::uint8_t> BytesOf(const Napi::Value& argument) {
-    auto buffer = argument.As<Napi::ArrayBuffer>();
-    const auto* bytes = static_cast<const std::uint8_t*>(buffer.Data());
-    return {bytes, bytes + buffer.ByteLength()};
-}
-
 std::unique_ptr<ReplayParser> Open(const std::wstring& path) {
     try {
         return std::make_unique<ReplayParser>(path);
@@ -86,7 +77,7 @@ void CheckDecryption(const ReplayParser& parser) {
     const ue4::ReplayFileInfo& info = parser.FileInfo();
     if (!info.bEncrypted) return;
     const std::size_t keyBytes = info.EncryptionKey.size();
-    const bool isKey = keyBytes == 16 || keyBytes == 24 || keyBytes == 32;
+    const bool isKey = util::data::AesDecryptionKey::IsKeyLength(keyBytes);
     for (const ue4::FLocalFileEventInfo& event : info.Events) {
         if (!parser.Handles(event) || event.SizeInBytes == 0) continue;
         if (isKey && event.SizeInBytes % 16 == 0) continue;

@@ -11,6 +11,7 @@
 #include <utility>
 #include <vector>
 
+#include "games/corvane/napi-module/arguments.h"
 #include "games/corvane/napi-module/delivery-channel.h"
 #include "games/corvane/napi-module/document-text.h"
 #include "games/corvane/napi-module/watch-session.h"
@@ -89,11 +90,6 @@ void StartWatching(Napi::Env env, Napi::Function callback, std::vector<std::uint
     }
 }
 
-std::vector<std::uint8_t> KeyBytes(Napi::ArrayBuffer buffer) {
-    const auto* bytes = static_cast<const std::uint8_t*>(buffer.Data());
-    return {bytes, bytes + buffer.ByteLength()};
-}
-
 }  // namespace
 
 Napi::Value StartCorvaneWatcher(const Napi::CallbackInfo& info) {
@@ -102,7 +98,7 @@ Napi::Value StartCorvaneWatcher(const Napi::CallbackInfo& info) {
         Napi::TypeError::New(env, kArgumentError).ThrowAsJavaScriptException();
         return env.Undefined();
     }
-    std::vector<std::uint8_t> key = KeyBytes(info[1].As<Napi::ArrayBuffer>());
+    std::vector<std::uint8_t> key = BytesOf(info[1]);
     if (info.Length() > 2 && info[2].IsNumber()) info[2].ToNumber().Int64Value();
     try {
         StartWatching(env, info[0].As<Napi::Function>(), std::move(key));
