@@ -1,4 +1,6 @@
 # Wine and the real Windows node.exe for the Windows tests. Sourced after common.sh.
+# Wine can name a file beyond ASCII only in a UTF-8 locale, and not every machine sets one.
+export LC_ALL=C.UTF-8
 export WINEPREFIX="$tools/wine-prefix" WINEARCH=win64 WINEDEBUG=-all WINEDLLOVERRIDES="mscoree,mshtml="
 
 node_version=22.23.2   # the last line of Node.js with a 32-bit Windows build
