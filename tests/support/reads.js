@@ -70,60 +70,46 @@ function readPaths(paths, host = process.execPath) {
   return outcomes;
 }
 
-// Writes each of the given files and reads it.
+// Writes each of the given files and reads it; the outcomes are those of readPaths, with the file's name.
 function readFiles(contents) {
   const folder = temporaryFolder();
-  return readPaths(
-    contents.map((bytes, i) => {
-      const file = path.join(folder, `${i}.replay`);
-      fs.writeFileSync(file, bytes);
-      return file;
-    }),
+  const files = contents.map((_, i) => path.join(folder, `${i}.replay`));
+  files.forEach((file, i) => fs.writeFileSync(file, contents[i]));
+  return readPaths(files).map((outcome, i) => ({ file: files[i], ...outcome }));
+}
+
+// What `actual` has of the members that `expected` names.
+function sharedPart(actual, expected) {
+  if (Array.isArray(actual)) return actual.map((item, i) => sharedPart(item, expected?.[i]));
+  if (Object(actual) !== actual || Object(expected) !== expected) return actual;
+  return Object.fromEntries(
+    Object.keys(expected).map((key) => [key, sharedPart(actual[key], expected[key])]),
   );
 }
 
-// Registers a test for each row { name, bytes, ... }, which says what is to come of reading a file of these bytes, or
-// each of a list of files:
-//   dies: TEXT      the process ends with the text on its standard error
-//   throws: REGEXP  a JavaScript Error is thrown whose message matches
-//   empty: true     the result is ""
-//   otherwise a document, whose members under the names of MEMBERS are compared where the row has such a name
-//   (undefined: the document has no such member; of ReplayFileMeta and header only the members given are compared);
-//   check(document, outcome) sees all of it.
+// Registers a test for each row { name, bytes, ... }, which says what is to come of reading a file of these bytes:
+//   dies: TEXT        the process ends with the text on its standard error
+//   throws: REGEXP    a JavaScript Error is thrown whose message matches
+//   empty: true       the result is ""
+//   document: OBJECT  the result is a document; of its members those that are given are compared
 // stdout (a string or a RegExp) is compared always; the default is the empty line that is printed after a key.
-const MEMBERS = ['ReplayFileMeta', 'header', 'events'];
-
 function testReads(rows) {
-  const files = rows.map((row) => [row.bytes].flat());
-  const outcomes = readFiles(files.flat());
-  rows.forEach((row, i) => {
-    const own = outcomes.splice(0, files[i].length);
-    test(row.name, () => own.forEach((outcome) => checkOutcome(row, outcome)));
-  });
+  const outcomes = readFiles(rows.map(({ bytes }) => bytes));
+  rows.forEach((row, i) => test(row.name, () => checkOutcome(row, outcomes[i])));
 }
 
-function checkOutcome(row, outcome) {
-  const stdout = row.stdout ?? '\n';
-  assert.equal(outcome.died, 'dies' in row, outcome.stderr);
-  if (row.dies) assert.ok(outcome.stderr.startsWith(row.dies), outcome.stderr);
+function checkOutcome({ dies, throws, empty, document, stdout = '\n' }, outcome) {
+  assert.equal(outcome.died, dies !== undefined, outcome.stderr);
+  if (dies) assert.ok(outcome.stderr.startsWith(dies), outcome.stderr);
   if (stdout instanceof RegExp) assert.match(outcome.stdout, stdout);
   else assert.equal(outcome.stdout, stdout);
-  if (row.throws) assert.match(outcome.error?.message ?? 'nothing thrown', row.throws);
+  if (throws) assert.match(outcome.error?.message ?? 'nothing thrown', throws);
   else assert.equal(outcome.error, undefined);
-  if (row.empty) assert.equal(outcome.text, '');
-  else if (outcome.text !== undefined) checkDocument(row, JSON.parse(utf8Text(outcome.text)), outcome);
-}
-
-function checkDocument(row, document, outcome) {
-  for (const name of MEMBERS.filter((name) => name in row)) {
-    const expected = row[name];
-    let actual = document[name];
-    if (actual && expected && !Array.isArray(expected)) {
-      actual = Object.fromEntries(Object.keys(expected).map((key) => [key, actual[key]]));
-    }
-    assert.deepEqual(actual, expected);
+  if (empty) assert.equal(outcome.text, '');
+  if (document) {
+    const actual = JSON.parse(utf8Text(outcome.text));
+    assert.deepEqual(sharedPart(actual, document), document);
   }
-  row.check?.(document, outcome);
 }
 
 module.exports = { addonPath, readFiles, readPaths, temporaryFolder, testReads, utf8Text };
