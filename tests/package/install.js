@@ -16,9 +16,6 @@ const hosts = (process.env.CORVANE_TEST_HOSTS ?? process.execPath)
 
 const isWindows = (host) => host[0] === 'wine';
 
-// A path of this machine as the host's programs name it.
-const pathIn = (host, file) => (isWindows(host) ? `Z:${file.replaceAll('/', '\\')}` : file);
-
 function npm(args, cwd) {
   return execFileSync('npm', [...args, '--no-audit', '--no-fund', '--loglevel=error'], {
     cwd,
@@ -56,4 +53,4 @@ function runIn(host, folder, args, env = {}) {
   return { status, signal, stdout, stderr };
 }
 
-module.exports = { hosts, installPackage, isWindows, pathIn, root, runIn };
+module.exports = { hosts, installPackage, isWindows, root, runIn };
