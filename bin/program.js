@@ -30,6 +30,7 @@ function program(run) {
     .description('Reads replays of the game Corvane.')
     .version(version)
     .exitOverride()
+    .showHelpAfterError('(see corvane-replay --help)')
     .addHelpText('after', STATUS_HELP);
   const key = ['--key <hex>', 'AES key for replays that carry none', keyBytes];
   const timeout = ['--timeout <seconds>', 'give a replay up that takes longer', milliseconds];

@@ -19,8 +19,12 @@ function openFailure(path) {
   }
 }
 
-// What has no code is none of the add-on's own errors: it is not the add-on that belongs to this client.
-const failure = ({ code = 'ERR_CORVANE_ADDON', message }) => ({ code, reason: message.trim() });
+// What has no code is none of the add-on's own errors: it is not the add-on that belongs to this client. Of a file that
+// is cut short the native side only says that its stream has failed.
+function failure({ code = 'ERR_CORVANE_ADDON', message }) {
+  const isCut = code === 'ERR_CORRUPT' && message.startsWith('ios_base::failbit set');
+  return { code, reason: isCut ? 'the file ends too early' : message.trim() };
+}
 
 function read(path, key) {
   try {

@@ -65,11 +65,15 @@ function pathList(paths) {
   throw invalid('paths must be an iterable of paths');
 }
 
+function object(given = {}) {
+  if (typeof given === 'object' && given !== null) return given;
+  throw invalid('options must be an object');
+}
+
 // What one reading is told, whichever function it is for.
-function limits(given = {}) {
-  if (typeof given !== 'object' || given === null) throw invalid('options must be an object');
-  const { key, signal, timeout } = given;
+function limits(given) {
+  const { key, signal, timeout } = object(given);
   return { key: keyBuffer(key), signal: abortSignal(signal), timeout: timeoutMs(timeout) };
 }
 
-module.exports = { filePath, limits, concurrency, execPath, pathList };
+module.exports = { filePath, object, limits, concurrency, execPath, pathList };

@@ -46,7 +46,8 @@ class ReplayClient {
 
   // concurrency: how many children read at once (default: one per processor). execPath: the program that runs the
   // children (default: the running one): Node.js, or what is Node.js with ELECTRON_RUN_AS_NODE.
-  constructor({ concurrency, execPath } = {}) {
+  constructor(given) {
+    const { concurrency, execPath } = options.object(given);
     this.#concurrency = options.concurrency(concurrency);
     this.#execPath = options.execPath(execPath);
     this.#pool = this.#added(() => new ChildPool(this.#concurrency, this.#execPath));

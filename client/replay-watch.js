@@ -11,6 +11,9 @@ const { ReplayError } = require('./replay-error.js');
 const FIRST_PAUSE_MS = 500;
 const LONGEST_PAUSE_MS = 30_000;
 
+// A demo folder that is missing is looked for by the child that runs, which costs next to nothing.
+const FOLDER_PAUSE_MS = 1000;
+
 // What the native watcher writes to standard error before a replay ends its process.
 const ENDED_BY = /\[ orvel::corvane::WatchSession::OnReport \] Ending the process over (.*)$/m;
 
@@ -30,7 +33,7 @@ class ReplayWatch extends EventEmitter {
   #stop = new AbortController();
   #closing;
   #child;
-  #restart;
+  #nextStart; // the timer, while one is to come
   #pause = FIRST_PAUSE_MS;
   #culprit; // the replay that ended the child, until the next one has begun
   #readers = new Set();
@@ -67,7 +70,7 @@ class ReplayWatch extends EventEmitter {
   async #end() {
     this.#stop.abort();
     this.#signal?.removeEventListener('abort', this.#onAbort);
-    clearTimeout(this.#restart);
+    clearTimeout(this.#nextStart);
     for (const reader of this.#readers) reader.push(null);
     this.#child?.kill();
     await this.#child?.gone;
@@ -80,12 +83,19 @@ class ReplayWatch extends EventEmitter {
       onEnd: (reason) => this.#lost(reason),
     });
     this.#child.hold(true);
+    this.#beginWatching();
+  }
+
+  #beginWatching() {
     this.#child.send({ key: this.#key });
   }
 
-  #startLater() {
-    this.#restart = setTimeout(() => this.#start(), this.#pause);
-    this.#pause = Math.min(2 * this.#pause, LONGEST_PAUSE_MS);
+  #later(pause, start) {
+    clearTimeout(this.#nextStart);
+    this.#nextStart = setTimeout(() => {
+      this.#nextStart = undefined;
+      start();
+    }, pause);
   }
 
   #receive({ watching, payload, code, reason }) {
@@ -98,6 +108,7 @@ class ReplayWatch extends EventEmitter {
   }
 
   #begun() {
+    if (this.#nextStart) return; // there is no folder
     this.#missesFolder = false;
     this.emit('watching');
     // What the game wrote while nobody watched is no change to the new child.
@@ -113,14 +124,14 @@ class ReplayWatch extends EventEmitter {
 
   // The game makes the folder with its first replay: reported once, then waited for.
   #noFolder(reason) {
-    this.#child.kill();
-    this.#startLater();
+    this.#later(FOLDER_PAUSE_MS, () => this.#beginWatching());
     if (!this.#missesFolder) this.#fail(new ReplayError('ERR_NO_DEMO_FOLDER', reason));
     this.#missesFolder = true;
   }
 
   #lost(reason) {
-    this.#startLater();
+    this.#later(this.#pause, () => this.#start());
+    this.#pause = Math.min(2 * this.#pause, LONGEST_PAUSE_MS);
     const path = ENDED_BY.exec(reason)?.[1];
     if (path === undefined) return this.#fail(new ReplayError('ERR_CHILD_LOST', reason));
     this.#culprit = { path, stamp: stamp(path) };

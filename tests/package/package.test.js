@@ -31,16 +31,6 @@ test('the tarball holds what an installation needs, and runs nothing when it is 
   assert.doesNotMatch(Object.keys(manifest.scripts ?? {}).join(), /install|prepare/);
 });
 
-test('README.md and the documents name no file that the package lacks', () => {
-  for (const name of ['README.md', 'docs/api.md', 'docs/document.md', 'docs/troubleshooting.md']) {
-    const text = fs.readFileSync(path.join(installed.module, name), 'utf8');
-    for (const [, link] of text.matchAll(/\]\(([^)#]+)[^)]*\)/g)) {
-      const file = path.join(installed.module, path.dirname(name), link);
-      assert.ok(/^\w+:/.test(link) || fs.existsSync(file), `${name} names ${link}`);
-    }
-  }
-});
-
 const objdump = (flag, host) => execFileSync('objdump', [flag, prebuilt(host)], { encoding: 'utf8' });
 
 test('the Linux file needs no newer system than the README says, and is hardened', () => {
