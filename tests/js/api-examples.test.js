@@ -2,15 +2,14 @@
 // Runs the examples of docs/api.md, in the folder of the samples.
 
 const assert = require('node:assert/strict');
-const { spawnSync } = require('node:child_process');
 const fs = require('node:fs');
 const path = require('node:path');
 const { describe, it } = require('node:test');
 const { DemoFolder } = require('../support/demo-folder.js');
-const { addonPath, temporaryFolder } = require('../support/reads.js');
+const { addonPath } = require('../support/reads.js');
+const { run } = require('../support/run.js');
 
 const root = path.join(__dirname, '..', '..');
-const folder = temporaryFolder();
 
 // What each example prints; the one that watches an empty folder nothing.
 const EXPECTED = [
@@ -29,19 +28,11 @@ const examples = [
 // The one that watches does so for an hour.
 const shortened = (code) => code.replace('3_600_000', '1_000');
 
-// Output goes to files: node.exe under Wine does not start with pipes.
-function run(code) {
+function runExample(code) {
   const type = /^import /m.test(code) ? 'module' : 'commonjs';
-  const files = ['out', 'err'].map((name) => path.join(folder, name));
-  const descriptors = files.map((file) => fs.openSync(file, 'w'));
-  const { status } = spawnSync(process.execPath, [`--input-type=${type}`, '--eval', code], {
-    cwd: path.join(root, 'samples'),
-    env: { ...process.env, CORVANE_ADDON: addonPath },
-    stdio: ['ignore', ...descriptors],
-  });
-  descriptors.forEach((descriptor) => fs.closeSync(descriptor));
-  const [stdout, stderr] = files.map((file) => fs.readFileSync(file, 'utf8').replaceAll('\r\n', '\n').trim());
-  return { status, stdout, stderr };
+  const env = { ...process.env, CORVANE_ADDON: addonPath };
+  const options = { cwd: path.join(root, 'samples'), env };
+  return run(process.execPath, [`--input-type=${type}`, '--eval', code], options);
 }
 
 describe('docs/api.md', { concurrency: 1 }, () => {
@@ -51,9 +42,9 @@ describe('docs/api.md', { concurrency: 1 }, () => {
 
   examples.forEach(([, code], i) => {
     it(`says what is true: example ${i + 1}`, () => {
-      const { status, stdout, stderr } = run(shortened(code));
+      const { status, stdout, stderr } = runExample(shortened(code));
       assert.deepEqual([status, stderr], [0, '']);
-      assert.match(stdout, EXPECTED[i]);
+      assert.match(stdout.trim(), EXPECTED[i]);
     });
   });
 });

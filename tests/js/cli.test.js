@@ -2,18 +2,18 @@
 // The command line: what it prints where, its exit status for each kind of failure, and that nothing is written half.
 
 const assert = require('node:assert/strict');
-const { spawn, spawnSync } = require('node:child_process');
+const { spawn } = require('node:child_process');
 const fs = require('node:fs');
 const path = require('node:path');
-const { Writable } = require('node:stream');
 const { test } = require('node:test');
 const w = require('../support/replay-writer.js');
-const { addonPath, temporaryFolder } = require('../support/reads.js');
+const { addonPath } = require('../support/reads.js');
+const { run, temporaryFolder } = require('../support/run.js');
 const { progress } = require('../../bin/progress.js');
-const { version } = require('../../package.json');
 
 const program = path.join(__dirname, '..', '..', 'bin', 'corvane-replay.js');
 const folder = temporaryFolder();
+const inFolder = (...names) => path.join(folder, ...names);
 const env = { ...process.env, CORVANE_ADDON: addonPath };
 
 const key = Buffer.alloc(16, 7);
@@ -26,60 +26,43 @@ const replays = {
   'encrypted.replay': w.replay({ bEncrypted: 1 }, statsChunk(w.encrypt(stats, key))),
   'text.replay': Buffer.from('no replay at all'),
 };
-for (const [name, bytes] of Object.entries(replays)) fs.writeFileSync(path.join(folder, name), bytes);
+for (const [name, bytes] of Object.entries(replays)) fs.writeFileSync(inFolder(name), bytes);
 
-// Output goes through files: node.exe under Wine cannot start with both on one pipe.
-function run(args, { environment = env, stdout = path.join(folder, 'stdout') } = {}) {
-  const errors = path.join(folder, 'stderr');
-  const files = [fs.openSync(stdout, 'w'), fs.openSync(errors, 'w')];
-  const stdio = ['ignore', ...files];
-  const { status } = spawnSync(process.execPath, [program, ...args], {
-    cwd: folder,
-    env: environment,
-    stdio,
-  });
-  files.forEach((file) => fs.closeSync(file));
-  return { status, stdout: fs.readFileSync(stdout, 'utf8'), stderr: fs.readFileSync(errors, 'utf8') };
-}
+const cli = (args, addon = addonPath) =>
+  run(process.execPath, [program, ...args], { cwd: folder, env: { ...env, CORVANE_ADDON: addon } });
 
 test('one replay is printed as its text, with every digit of a 64-bit number', () => {
-  const { status, stdout, stderr } = run(['read', 'whole.replay']);
-  assert.deepEqual({ status, stderr }, { status: 0, stderr: '' });
+  const { status, stdout, stderr } = cli(['read', 'whole.replay', '--timeout', '30']);
+  assert.deepEqual([status, stderr], [0, '']);
   assert.match(stdout, /^ {2}"Timestamp": 637489102335170001,$/m);
   assert.equal(JSON.parse(stdout).events.length, 1);
 });
 
-test('several replays are lines in order; a broken one is a message, and its kind the exit status', () => {
-  const { status, stdout, stderr } = run([
-    'read',
-    'whole.replay',
-    'cut.replay',
-    'none.replay',
-    'other.replay',
-  ]);
+test('several replays are lines in order; of the broken ones the first is the exit status', () => {
+  const files = ['whole', 'cut', 'none', 'other'].map((name) => `${name}.replay`);
+  const { status, stdout, stderr } = cli(['read', ...files]);
   const [first, second, ...more] = stdout.split('\n');
   assert.equal(JSON.parse(first).ReplayFileMeta.FriendlyName, 'a\\nb');
   assert.equal(JSON.parse(second).ReplayFileMeta.LegthInMs, 2);
-  assert.deepEqual(more, ['']);
+  assert.deepEqual([status, more], [5, ['']]);
   assert.match(stderr, /^corvane-replay: .*cut\.replay.*\ncorvane-replay: .*none\.replay.*\n$/);
-  assert.equal(status, 5);
 });
 
-const failures = [
-  { args: [], status: 2, stderr: /Usage/ },
-  { args: ['read'], status: 2, stderr: /missing required argument/ },
-  { args: ['read', 'whole.replay', '--jobs', '0'], status: 2, stderr: /--jobs/ },
-  { args: ['read', 'whole.replay', '--timeout', 'soon'], status: 2, stderr: /--timeout/ },
-  { args: ['events', 'whole.replay', '--key', 'abc'], status: 2, stderr: /--key/ },
-  { args: ['read', 'none.replay'], status: 3, stderr: /none\.replay/ },
-  { args: ['read', 'text.replay'], status: 4, stderr: /text\.replay/ },
-  { args: ['events', 'cut.replay'], status: 5, stderr: /cut\.replay/ },
-  { args: ['read', 'encrypted.replay'], status: 6, stderr: /encrypted\.replay/ },
-  { args: ['read', 'whole.replay'], addon: 'none.node', status: 10, stderr: /could not be loaded/ },
-];
-for (const { args, addon, status, stderr } of failures) {
+for (const [status, stderr, args, addon] of [
+  [2, /Usage/, []],
+  [2, /missing required argument[^]*--help/, ['read']],
+  [2, /--jobs/, ['read', 'whole.replay', '--jobs', '0']],
+  [2, /--timeout/, ['read', 'whole.replay', '--timeout', 'soon']],
+  [2, /--key/, ['events', 'whole.replay', '--key', 'abc']],
+  [3, /none\.replay/, ['read', 'none.replay']],
+  [4, /text\.replay/, ['read', 'text.replay']],
+  [5, /cut\.replay/, ['events', 'cut.replay']],
+  [6, /encrypted\.replay/, ['read', 'encrypted.replay']],
+  [7, /whole\.replay \(more than 1 ms\)/, ['read', 'whole.replay', '--timeout', '0.001']],
+  [10, /could not be loaded/, ['read', 'whole.replay'], 'none.node'],
+]) {
   test(`exit status ${status}, and nothing on standard output: ${args.join(' ')}`, () => {
-    const result = run(args, { environment: { ...env, ...(addon && { CORVANE_ADDON: addon }) } });
+    const result = cli(args, addon);
     assert.match(result.stderr, stderr);
     assert.deepEqual([result.status, result.stdout], [status, '']);
   });
@@ -87,160 +70,114 @@ for (const { args, addon, status, stderr } of failures) {
 
 test('a key is given as hexadecimal digits, with or without blanks', () => {
   for (const digits of [key.toString('hex'), '07 '.repeat(16)]) {
-    const { status, stdout } = run(['read', '--key', digits, 'encrypted.replay']);
-    assert.equal(status, 0);
+    const { stdout } = cli(['read', '--key', digits, 'encrypted.replay']);
     assert.equal(JSON.parse(stdout).events[0].accuracy, 0.5);
   }
 });
 
-test('--out writes whole files: a broken replay leaves none, and none in place of an older one', () => {
-  const out = path.join(folder, 'new', 'out');
-  fs.mkdirSync(out, { recursive: true });
+test('--out writes whole files or nothing, and nothing twice', () => {
+  const out = inFolder('new', 'out');
+  fs.mkdirSync(path.join(out, 'other.json', 'in the way'), { recursive: true });
   fs.writeFileSync(path.join(out, 'cut.json'), 'older');
   fs.writeFileSync(path.join(out, 'whole.json'), 'older');
-  const { status, stdout } = run(['read', 'whole.replay', 'cut.replay', 'text.replay', '--out', out]);
+  const { status, stdout } = cli(['read', 'whole.replay', 'cut.replay', 'text.replay', '--out', out]);
   assert.deepEqual([status, stdout], [5, '']);
-  assert.deepEqual(fs.readdirSync(out), ['cut.json', 'whole.json']);
   assert.equal(fs.readFileSync(path.join(out, 'cut.json'), 'utf8'), 'older');
-  assert.equal(fs.readFileSync(path.join(out, 'whole.json'), 'utf8'), run(['read', 'whole.replay']).stdout);
-});
+  assert.equal(fs.readFileSync(path.join(out, 'whole.json'), 'utf8'), cli(['read', 'whole.replay']).stdout);
+  assert.equal(cli(['read', 'other.replay', '--out', out]).status, 12);
+  assert.deepEqual(fs.readdirSync(out), ['cut.json', 'other.json', 'whole.json']);
 
-test('--out writes nothing when a document cannot take its place', () => {
-  const out = path.join(folder, 'taken');
-  fs.mkdirSync(path.join(out, 'whole.json', 'in-the-way'), { recursive: true });
-  assert.equal(run(['read', 'whole.replay', '--out', out]).status, 12);
-  assert.deepEqual(fs.readdirSync(out), ['whole.json']);
-});
-
-test('replays whose documents would have one name are refused before anything is written', () => {
-  const out = path.join(folder, 'twice');
-  const { status, stderr } = run([
-    'read',
-    'whole.replay',
-    path.join('.', 'sub', 'Whole.replay'),
-    '--out',
-    out,
-  ]);
-  assert.equal(status, 2);
-  assert.match(stderr, /would both become Whole\.json/);
-  assert.equal(fs.existsSync(out), false);
+  const twice = cli(['read', 'whole.replay', path.join('sub', 'Whole.replay'), '--out', inFolder('twice')]);
+  assert.equal(twice.status, 2);
+  assert.match(twice.stderr, /would both become Whole\.json/);
+  assert.equal(fs.existsSync(inFolder('twice')), false);
 });
 
 test('a folder stands for its replays, one line each', () => {
-  const sub = path.join(folder, 'folder');
-  fs.mkdirSync(sub);
-  fs.writeFileSync(path.join(sub, 'notes.txt'), '');
-  assert.equal(run(['read', sub]).status, 2);
-  fs.writeFileSync(path.join(sub, 'b.replay'), replays['whole.replay']);
-  const { status, stdout } = run(['read', sub]);
-  assert.equal(status, 0);
-  assert.equal(JSON.parse(stdout.trim().split('\n')[0]).events.length, 1);
-  assert.equal(stdout.split('\n').length, 2);
+  fs.mkdirSync(inFolder('sub'));
+  fs.writeFileSync(inFolder('sub', 'notes.txt'), '');
+  assert.equal(cli(['read', 'sub']).status, 2);
+  fs.writeFileSync(inFolder('sub', 'b.replay'), replays['whole.replay']);
+  const [line, ...more] = cli(['read', 'sub']).stdout.split('\n');
+  assert.equal(JSON.parse(line).events.length, 1);
+  assert.deepEqual(more, ['']);
 });
 
 test('the table of events is aligned, and a name cannot steer the terminal', () => {
-  const elimination = (Time1, fields) => w.eventChunk({ Time1, data: w.playerElim(fields) });
-  const account = { type: 17, id: Buffer.alloc(16, 0xab) };
-  const hostile = { type: 16, id: '\x1b[31mSøren\u202e玩\x07' };
-  const file = path.join(folder, 'table.replay');
+  const fields = {
+    killed: { type: 17, id: Buffer.alloc(16, 0xab) },
+    killer: { type: 16, id: '\x1b[31mSøren\u202e玩\x07' },
+    ...{ killedAt: [300, 0, 0], killerAt: [0, 400, 0], knocked: 1 },
+  };
+  const unknown = { killed: { type: 9 }, killedAt: [NaN, 0, 0], damageType: 12 };
   const events = [
-    elimination(1_234, {
-      killed: account,
-      killer: hostile,
-      killedAt: [300, 0, 0],
-      killerAt: [0, 400, 0],
-      knocked: 1,
-    }),
-    elimination(4_510_123, { killed: { type: 9 }, killedAt: [NaN, 0, 0], damageType: 12 }),
+    w.eventChunk({ Time1: 1_234, data: w.playerElim(fields) }),
+    w.eventChunk({ Time1: 4_510_123, data: w.playerElim(unknown) }),
     statsChunk(stats),
     w.eventChunk({ Group: 'AthenaMatchTeamStats', data: w.teamStats(3, 98) }),
   ];
-  fs.writeFileSync(file, w.replay({}, ...events));
+  fs.writeFileSync(inFolder('table'), w.replay({}, ...events));
   assert.equal(
-    run(['events', file]).stdout,
-    [
-      '       TIME  WHO          DID           WHOM                              DISTANCE  DAMAGE',
-      '0:00:01.234  [31mSøren玩  knocked down  abababababababababababababababab     5.0 m       0',
-      '1:15:10.123  Unnamed Bot  eliminated    ?                                        ?      12',
-      'player at 0:01:01.001: accuracy 0.5, assists 1, damage taken 6, damage to structures 7, kills 2, ' +
-        'materials gathered 8, materials used 9, other damage 4, revives 5, total traveled 10, weapon damage 3',
-      'team at 0:00:00.000: final ranking 3, total players 98',
-      '',
-    ].join('\n'),
+    cli(['events', 'table']).stdout,
+    `       TIME  WHO          DID           WHOM                              DISTANCE  DAMAGE
+0:00:01.234  [31mSøren玩  knocked down  abababababababababababababababab     5.0 m       0
+1:15:10.123  Unnamed Bot  eliminated    ?                                        ?      12
+player at 0:01:01.001: accuracy 0.5, assists 1, damage taken 6, damage to structures 7, kills 2, \
+materials gathered 8, materials used 9, other damage 4, revives 5, total traveled 10, weapon damage 3
+team at 0:00:00.000: final ranking 3, total players 98
+`,
   );
 });
 
-test('the version and the help go to standard output', () => {
-  assert.deepEqual(run(['--version']), { status: 0, stdout: `${version}\n`, stderr: '' });
-  const { status, stdout } = run(['read', '--help']);
-  assert.equal(status, 0);
-  assert.match(stdout, /--out <folder>/);
-});
-
-test('a reader that goes away ends the run without a message', async () => {
-  const many = Array(400).fill('whole.replay');
-  const child = spawn(process.execPath, [program, 'read', ...many], { cwd: folder, env });
-  let stderr = '';
-  child.stderr.on('data', (text) => (stderr += text));
-  child.stdout.once('data', () => child.stdout.destroy());
-  const status = await new Promise((resolve) => child.on('close', resolve));
-  assert.deepEqual({ status, stderr }, { status: 0, stderr: '' });
-});
-
 test("the progress bar is a terminal's only, and messages stand on lines of their own", () => {
-  let shown = '';
-  const stream = new Writable({ write: (chunk, _, done) => done(void (shown += chunk)) });
-  const use = (total) => {
-    shown = '';
-    const bar = progress(total, stream);
+  const terminal = { isTTY: true, columns: 100, rows: 20, cursorTo() {}, moveCursor() {}, clearLine() {} };
+  const shown = (total, stream) => {
+    let text = '';
+    const bar = progress(total, { ...stream, write: (part) => (text += part) });
     bar.step();
     bar.message('a message\n');
     bar.stop();
-    return shown;
+    return text;
   };
-  assert.equal(use(3), 'a message\n');
-  Object.assign(stream, {
-    isTTY: true,
-    columns: 100,
-    rows: 20,
-    cursorTo() {},
-    moveCursor() {},
-    clearLine() {},
-  });
-  assert.equal(use(1), 'a message\n');
-  assert.match(use(3), /\x1b\[2Ka message\n/);
-  assert.match(shown, / 1\/3 replays/);
+  assert.equal(shown(3, {}), 'a message\n');
+  assert.equal(shown(1, terminal), 'a message\n');
+  assert.match(shown(3, terminal), /\x1b\[2Ka message\n[^]* 1\/3 replays/);
 });
 
-// Resolves with { status, line } of a run that is interrupted when the first line has come.
-function interrupted(args, environment = env) {
+// Resolves with { status, line, stderr } of a run for which `stop` is called when its first line has come.
+function stopped(args, stop, environment = env) {
   const child = spawn(process.execPath, [program, ...args], { cwd: folder, env: environment });
-  let stdout = '';
-  child.stdout.on('data', (text) => (stdout += text));
-  child.stdout.once('data', () => child.kill('SIGINT'));
+  const text = { stdout: '', stderr: '' };
+  for (const name of ['stdout', 'stderr']) child[name].on('data', (part) => (text[name] += part));
+  child.stdout.once('data', () => stop(child));
   return new Promise((resolve) => {
-    child.on('close', (status) => resolve({ status, line: JSON.parse(stdout.split('\n')[0]) }));
+    child.on('close', (status) => resolve({ status, line: text.stdout.split('\n')[0], stderr: text.stderr }));
   });
 }
 
+test('a reader that goes away ends the run without a message', async () => {
+  const many = Array(400).fill('whole.replay');
+  const { status, stderr } = await stopped(['read', ...many], (child) => child.stdout.destroy());
+  assert.deepEqual([status, stderr], [0, '']);
+});
+
 // Windows has no signals to send; there an interrupt comes from the console.
 if (process.platform !== 'win32') {
+  const interrupt = (child) => child.kill('SIGINT');
+
   test('an interrupt ends reading with status 130', async () => {
-    const { status, line } = await interrupted(['read', ...Array(20_000).fill('whole.replay')]);
-    assert.deepEqual([status, line.events.length], [130, 1]);
+    const { status, line } = await stopped(['read', ...Array(20_000).fill('whole.replay')], interrupt);
+    assert.deepEqual([status, JSON.parse(line).events.length], [130, 1]);
   });
 
   test('watching prints a line for each change, and an interrupt is its ordinary end', async () => {
-    const demos = path.join(folder, 'data', 'CorvaneGame', 'Saved', 'Demos');
+    const demos = inFolder('CorvaneGame', 'Saved', 'Demos');
     fs.mkdirSync(demos, { recursive: true });
     const file = path.join(demos, 'live.replay');
     fs.writeFileSync(file, replays['other.replay']);
     const growing = setInterval(() => fs.appendFileSync(file, statsChunk(stats)), 300);
-    const { status, line } = await interrupted(['watch'], {
-      ...env,
-      LOCALAPPDATA: path.join(folder, 'data'),
-    });
+    const { status, line } = await stopped(['watch'], interrupt, { ...env, LOCALAPPDATA: folder });
     clearInterval(growing);
-    assert.deepEqual([status, line.Creation.fileName], [0, file]);
+    assert.deepEqual([status, JSON.parse(line).Creation.fileName], [0, file]);
   });
 }

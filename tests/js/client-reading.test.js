@@ -6,13 +6,14 @@ const fs = require('node:fs');
 const path = require('node:path');
 const { test } = require('node:test');
 const { pathToFileURL } = require('node:url');
-const { children, livingChildren } = require('../support/client-processes.js');
-const { addonPath, temporaryFolder, utf8Text } = require('../support/reads.js');
+const { livingChildren } = require('../support/client-processes.js');
+const { addonPath, utf8Text } = require('../support/reads.js');
+const { temporaryFolder } = require('../support/run.js');
 const w = require('../support/replay-writer.js');
 
 process.env.CORVANE_ADDON = addonPath;
 const addon = require(addonPath);
-const { readReplay, readReplayText, readReplays, readReplayTexts } = require('../../client');
+const { ReplayClient, readReplay, readReplayText, readReplays, readReplayTexts } = require('../../client');
 
 const samples = path.join(__dirname, '..', '..', 'samples');
 const folder = temporaryFolder();
@@ -34,12 +35,13 @@ const encryptedTeam = w.encrypt(w.teamStats(3, 100), key);
 const keyless = encrypted(Buffer.alloc(16), encryptedTeam);
 
 test('a document is the one that ReadCorvaneDemo gives', async () => {
-  for (const name of ['match.replay', 'match-encrypted.replay']) {
-    const file = path.join(samples, name);
-    const text = utf8Text(addon.ReadCorvaneDemo(file));
-    assert.equal(await readReplayText(file), text);
-    assert.deepEqual(await readReplay(pathToFileURL(file)), JSON.parse(text));
-  }
+  const files = ['match.replay', 'match-encrypted.replay'].map((name) => path.join(samples, name));
+  const expected = files.map((file) => utf8Text(addon.ReadCorvaneDemo(file)));
+  const texts = [];
+  for await (const { text } of readReplayTexts(new Set(files))) texts.push(text);
+  assert.deepEqual(texts, expected);
+  assert.equal(await readReplayText(files[0]), expected[0]);
+  assert.deepEqual(await readReplay(pathToFileURL(files[1])), JSON.parse(expected[1]));
 });
 
 test('text arrives as characters, 64-bit numbers with all their digits', async () => {
@@ -68,65 +70,27 @@ test('a key opens a replay that has none, in any kind of buffer; a replay that h
   assert.equal((await readReplay(keyed, { key: Buffer.alloc(32, 7) })).events[0].finalRanking, 3);
 });
 
-test('an empty document has no events, and is no failure', async () => {
-  const { events, header } = await readReplay(write('empty.replay', w.replay()));
-  assert.deepEqual([events, header], [undefined, undefined]);
-});
-
-// Ten ways in which a file can be broken; undefined is a file that is not there, null a folder.
-const invalidUtf8 = Buffer.from([5, 0, 0, 0, 0xc3, 0x28, 0xa0, 0xff, 0]);
+// Ways in which a file can be broken; undefined is a file that is not there, null a folder.
+const withName = (...parts) => w.replay({ FriendlyName: w.bytes(...parts) });
 const BROKEN = [
-  { bytes: undefined, code: 'ERR_UNREADABLE', reason: /^ENOENT: no such file/ },
-  { bytes: null, code: 'ERR_UNREADABLE', reason: /^not a regular file$/ },
-  { bytes: Buffer.from('PK\x03\x04 is no replay'), code: 'ERR_NOT_A_REPLAY', reason: /magic number/ },
-  { bytes: Buffer.alloc(0), code: 'ERR_CORRUPT', reason: /^The Replay file had no data in it\.$/ },
-  { bytes: w.replay().subarray(0, 10), code: 'ERR_CORRUPT', reason: /^ios_base::failbit set$/ },
-  {
-    bytes: w.replay({}, w.headerChunk(), w.headerChunk()),
-    code: 'ERR_CORRUPT',
-    reason: /^ReadReplayInfo: Found multiple header chunks$/,
-  },
-  {
-    bytes: w.replay({}, w.eventChunk({ SizeInBytes: 1000 })),
-    code: 'ERR_CORRUPT',
-    reason: /^ReadReplayInfo: Invalid event disk size$/,
-  },
-  { bytes: keyless, code: 'ERR_KEY_REQUIRED', reason: /encryption key was not set\.$/ },
-  {
-    bytes: w.replay({ FriendlyName: w.i32(-0x80000000) }),
-    code: 'ERR_CORRUPT',
-    reason: /Invalid SaveNum, corrupted FArchive\.$/,
-  },
-  { bytes: w.replay({ FriendlyName: invalidUtf8 }), code: 'ERR_CORRUPT', reason: /invalid UTF-8/ },
-];
+  ['ERR_UNREADABLE', /^ENOENT: no such file/, undefined],
+  ['ERR_UNREADABLE', /^not a regular file$/, null],
+  ['ERR_NOT_A_REPLAY', /magic number/, Buffer.from('PK\x03\x04 is no replay')],
+  ['ERR_CORRUPT', /^The Replay file had no data in it\.$/, Buffer.alloc(0)],
+  ['ERR_CORRUPT', /^the file ends too early$/, w.replay().subarray(0, 3)],
+  ['ERR_CORRUPT', /: Found multiple header chunks$/, w.replay({}, w.headerChunk(), w.headerChunk())],
+  ['ERR_CORRUPT', /: Invalid event disk size$/, w.replay({}, w.eventChunk({ SizeInBytes: 1000 }))],
+  ['ERR_KEY_REQUIRED', /encryption key was not set\.$/, keyless],
+  ['ERR_CORRUPT', /Invalid SaveNum, corrupted FArchive\.$/, withName(w.i32(-0x80000000))],
+  ['ERR_CORRUPT', /invalid UTF-8/, withName(w.i32(3), w.u8(0xc3), w.u8(40), w.u8(0))],
+  ['ERR_CORRUPT', /^Decryption failed: 20 bytes of event 0/, encrypted(key, w.skipped(20))],
+  ['ERR_CORRUPT', /^Decryption failed: .* 15$/, encrypted(Buffer.alloc(15, 1), w.skipped(32))],
+].map(([code, reason, bytes]) => ({ code, reason, bytes }));
 
 function writeBroken(name, bytes) {
   if (bytes === null) fs.mkdirSync(path.join(folder, name));
   return bytes ? write(name, bytes) : path.join(folder, name);
 }
-
-// More ways, beyond those of the long run.
-const ALSO_BROKEN = [
-  {
-    bytes: encrypted(key, w.skipped(20)),
-    code: 'ERR_CORRUPT',
-    reason: /^Decryption failed: 20 bytes of event 0/,
-  },
-  {
-    bytes: encrypted(Buffer.alloc(15, 1), w.skipped(32)),
-    code: 'ERR_CORRUPT',
-    reason: /^Decryption failed: .* a key of 15$/,
-  },
-];
-
-test('each way of being broken has its code and its reason', async () => {
-  for (const [i, { bytes, code, reason }] of [...BROKEN, ...ALSO_BROKEN].entries()) {
-    const file = writeBroken(`broken-${i}.replay`, bytes);
-    const error = await failure(readReplay(file));
-    assert.deepEqual([error.name, error.code, error.path], ['ReplayError', code, file], error.message);
-    assert.match(error.reason, reason);
-  }
-});
 
 test('an event that nobody shows may be undecryptable', async () => {
   const unknown = w.eventChunk({ Group: 'another', data: w.skipped(20) });
@@ -135,45 +99,28 @@ test('an event that nobody shows may be undecryptable', async () => {
   assert.equal(events.length, 1);
 });
 
-test('500 replays, 50 of them broken in ten ways: 450 documents and 50 coded errors, in order', async (t) => {
+test('500 replays, 50 of them broken: 450 documents and 50 errors with code and reason, in order', async () => {
   const before = new Set(livingChildren());
-  const startedBefore = children.length;
-  const began = Date.now();
   const files = Array.from({ length: 500 }, (_, i) => {
-    const broken = i % 10 === 7 ? BROKEN[(i / 10) % 10 | 0] : undefined;
-    const bytes = broken ? broken.bytes : w.replay({ FriendlyName: `${i}` }, team(w.teamStats(i, 500)));
-    return { path: writeBroken(`run-${i}.replay`, bytes), code: broken?.code };
+    const broken = i % 10 === 7 ? BROKEN[Math.floor(i / 10) % BROKEN.length] : undefined;
+    const bytes = broken ? broken.bytes : w.replay({}, team(w.teamStats(i, 500)));
+    return { broken, path: writeBroken(`run-${i}.replay`, bytes) };
   });
-  const results = [];
   const paths = files.map((file) => file.path);
-  for await (const result of readReplays(paths, { concurrency: 3 })) results.push(result);
-  const ms = Date.now() - began;
-
+  let i = 0;
+  for await (const { path, document, error } of readReplays(paths, { concurrency: 3 })) {
+    const { broken } = files[i];
+    assert.equal(path, paths[i]);
+    assert.deepEqual([error?.code, error?.path], broken ? [broken.code, path] : [undefined, undefined]);
+    if (broken) assert.match(error.reason, broken.reason);
+    else assert.deepEqual([document.Creation.fileName, document.events[0].finalRanking], [path, i]);
+    i += 1;
+  }
+  assert.equal(i, 500);
   assert.deepEqual(
-    results.map(({ path, error }) => ({ path, code: error?.code })),
-    files,
+    livingChildren().filter((child) => !before.has(child)),
+    [],
   );
-  const documents = results.filter(({ document }) => document);
-  documents.forEach(({ path, document: { Creation, events } }) => {
-    assert.equal(Creation.fileName, path);
-    assert.equal(`run-${events[0].finalRanking}.replay`, path.slice(folder.length + 1));
-  });
-  const left = livingChildren().filter((child) => !before.has(child));
-  assert.deepEqual([documents.length, results.length - documents.length, left.length], [450, 50, 0]);
-
-  const counts = {};
-  for (const { error } of results) if (error) counts[error.code] = (counts[error.code] ?? 0) + 1;
-  const codes = Object.entries(counts).map(([code, count]) => `${count} ${code}`);
-  t.diagnostic(`${results.length} replays in ${ms} ms: ${documents.length} documents; ${codes.join(', ')}`);
-  t.diagnostic(`${children.length - startedBefore} child processes, ${left.length} left`);
-});
-
-test('many can be had as text', async () => {
-  const paths = [path.join(samples, 'match.replay'), path.join(folder, 'none.replay')];
-  const results = [];
-  for await (const result of readReplayTexts(new Set(paths))) results.push(result);
-  assert.equal(results[0].text, utf8Text(addon.ReadCorvaneDemo(paths[0])));
-  assert.equal(results[1].error.code, 'ERR_UNREADABLE');
 });
 
 test('wrong arguments are rejected, each by name', async () => {
@@ -199,21 +146,17 @@ test('wrong arguments are rejected, each by name', async () => {
     assert.equal(error.code, 'ERR_INVALID_ARGUMENT', error.stack);
     assert.match(error.reason, new RegExp(what));
   }
+  for (const options of [null, { concurrency: 65 }, { execPath: '' }]) {
+    assert.throws(() => new ReplayClient(options), { code: 'ERR_INVALID_ARGUMENT' });
+  }
 });
 
 test('the internal export is not enumerated, and refuses other arguments', () => {
   assert.ok(!Object.keys(addon).includes('readReplayDocument'));
-  for (const args of [
-    [],
-    ['a'],
-    ['a', Buffer.alloc(0)],
-    ['a', new ArrayBuffer(0), 1],
-    [1, new ArrayBuffer(0)],
-  ]) {
-    assert.throws(() => addon.readReplayDocument(...args), {
-      name: 'TypeError',
-      message: /Expected 2 required/,
-    });
+  const buffer = new ArrayBuffer(0);
+  for (const args of [[], ['a'], ['a', Buffer.alloc(0)], ['a', buffer, 1], [1, buffer]]) {
+    const expected = { name: 'TypeError', message: /Expected 2 required/ };
+    assert.throws(() => addon.readReplayDocument(...args), expected);
   }
 });
 

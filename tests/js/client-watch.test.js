@@ -6,7 +6,7 @@ const fs = require('node:fs');
 const path = require('node:path');
 const { afterEach, test } = require('node:test');
 const { eventually, livingChildren } = require('../support/client-processes.js');
-const { temporaryFolder } = require('../support/reads.js');
+const { temporaryFolder } = require('../support/run.js');
 const { ReplayClient } = require('../../client');
 
 const folder = temporaryFolder();
@@ -27,11 +27,11 @@ function startWatch(starts, options) {
   return client.watchReplays(options);
 }
 
-// Collects what the events tell: { document: n } or { error: code }.
+// Collects what the events tell: each document's n, each error's code.
 function record(watch) {
   const seen = [];
-  watch.on('replay', ({ n }) => seen.push({ document: n }));
-  watch.on('error', ({ code }) => seen.push({ error: code }));
+  watch.on('replay', ({ n }) => seen.push(n));
+  watch.on('error', ({ code }) => seen.push(code));
   return seen;
 }
 
@@ -39,25 +39,21 @@ function record(watch) {
 const next = (emitter, name) => new Promise((resolve) => emitter.once(name, resolve));
 const deliver = (n) => ({ deliver: { n } });
 
-test('a replay that ends the child is named with its own failure; watching goes on', async () => {
+test('a replay that ends the child is named with its own failure, or delivered if it is whole by then', async () => {
   const broken = file('content.broken');
+  const completed = file('content.completed');
   fs.writeFileSync(broken, 'ERR_CORRUPT the reason');
-  const watch = startWatch([[deliver(1), { endBecauseOf: broken }], [deliver(2)]]);
+  fs.writeFileSync(completed, '{"n":"completed"}');
+  const watch = startWatch([
+    [deliver(1), { endBecauseOf: broken }],
+    [{ endBecauseOf: completed }],
+    [deliver(2)],
+  ]);
   const seen = record(watch);
   const error = await next(watch, 'error');
-  assert.deepEqual([error.name, error.code, error.path], ['ReplayError', 'ERR_CORRUPT', broken]);
-  assert.equal(error.reason, 'the reason');
-  await next(watch, 'replay');
-  assert.deepEqual(seen, [{ document: 1 }, { error: 'ERR_CORRUPT' }, { document: 2 }]);
-});
-
-test('a replay that has been completed in the meantime is delivered', async () => {
-  const unfinished = file('content.unfinished');
-  fs.writeFileSync(unfinished, '{"n":"completed"}');
-  const watch = startWatch([[{ endBecauseOf: unfinished }], [deliver(2)]]);
-  const seen = record(watch);
-  assert.ok(await eventually(() => seen.length === 2));
-  assert.deepEqual(seen, [{ document: 'completed' }, { document: 2 }]);
+  assert.deepEqual([error.name, error.path, error.reason], ['ReplayError', broken, 'the reason']);
+  assert.ok(await eventually(() => seen.length === 4));
+  assert.deepEqual(seen, [1, 'ERR_CORRUPT', 'completed', 2]);
 });
 
 test('what was written to it while no child watched is delivered once', async () => {
@@ -68,7 +64,7 @@ test('what was written to it while no child watched is delivered once', async ()
   await next(watch, 'error');
   fs.writeFileSync(growing, '{"n":"all of it"}');
   assert.ok(await eventually(() => seen.length === 3));
-  assert.deepEqual(seen, [{ error: 'ERR_CORRUPT' }, { document: 'all of it' }, { document: 2 }]);
+  assert.deepEqual(seen, ['ERR_CORRUPT', 'all of it', 2]);
 });
 
 test('a child that ends over and over is started again after pauses that double', async () => {
@@ -95,21 +91,21 @@ test('a missing demo folder is told once, and waited for', async () => {
   const error = await next(watch, 'error');
   assert.match(error.reason, /^Couldn't locate/);
   await next(watch, 'replay');
-  assert.deepEqual(seen, [{ error: 'ERR_NO_DEMO_FOLDER' }, { document: 1 }]);
+  assert.deepEqual(seen, ['ERR_NO_DEMO_FOLDER', 1]);
 });
 
 test('iterating gives documents and errors; leaving the loop closes the watch', async () => {
   const watch = startWatch([
-    [deliver(1), deliver(2), { end: 9 }],
-    [deliver(3), deliver(4)],
+    [deliver(1), { end: 9 }],
+    [deliver(2), deliver(3)],
   ]);
   const closed = next(watch, 'close');
   const seen = [];
   for await (const { document, error } of watch) {
     seen.push(document?.n ?? error.code);
-    if (document?.n === 3) break;
+    if (document?.n === 2) break;
   }
-  assert.deepEqual(seen, [1, 2, 'ERR_CHILD_LOST', 3]);
+  assert.deepEqual(seen, [1, 'ERR_CHILD_LOST', 2]);
   await closed;
 });
 
@@ -129,14 +125,17 @@ test('an abort ends watch, iteration and child without an error', async () => {
   for await (const result of late) assert.fail(JSON.stringify(result));
 });
 
-test('an add-on that does not load ends the watch', async () => {
+test('an add-on that does not load ends the watch, and is an error of each read', async () => {
   const before = process.env.CORVANE_ADDON;
   process.env.CORVANE_ADDON = file('none.node');
   const watch = startWatch([]);
+  const reading = client.readReplay(file('pid'));
   process.env.CORVANE_ADDON = before;
+  const closed = next(watch, 'close');
   const seen = record(watch);
-  await next(watch, 'close');
-  assert.deepEqual(seen, [{ error: 'ERR_CORVANE_ADDON' }]);
+  await assert.rejects(reading, { code: 'ERR_CORVANE_ADDON', reason: /none\.node/ });
+  await closed;
+  assert.deepEqual(seen, ['ERR_CORVANE_ADDON']);
 });
 
 test('a failure that nobody listens for is a warning, and no end of the application', async () => {

@@ -5,7 +5,7 @@ const assert = require('node:assert/strict');
 const fs = require('node:fs');
 const path = require('node:path');
 const { test } = require('node:test');
-const { temporaryFolder } = require('../support/reads.js');
+const { temporaryFolder } = require('../support/run.js');
 
 const host = `${process.platform}-${process.arch}`;
 

@@ -6,7 +6,8 @@ const fs = require('node:fs');
 const path = require('node:path');
 const { test } = require('node:test');
 const { Worker } = require('node:worker_threads');
-const { addonPath, readPaths, temporaryFolder, utf8Text } = require('../support/reads.js');
+const { addonPath, readPaths, utf8Text } = require('../support/reads.js');
+const { temporaryFolder } = require('../support/run.js');
 const w = require('../support/replay-writer.js');
 
 const addon = require(addonPath);

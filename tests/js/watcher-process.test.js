@@ -2,33 +2,16 @@
 // How a process that watches ends: by itself, by process.exit(), by a broken replay, by an exception; and workers.
 
 const assert = require('node:assert/strict');
-const { spawn } = require('node:child_process');
-const { once } = require('node:events');
-const fs = require('node:fs');
 const path = require('node:path');
 const { describe, it } = require('node:test');
 const { DemoFolder, addonPath } = require('../support/demo-folder.js');
-const { temporaryFolder } = require('../support/reads.js');
+const { start } = require('../support/run.js');
 
 const script = path.join(__dirname, '..', 'support', 'watch-child.js');
-const folder = temporaryFolder();
-let children = 0;
-
-// Runs a scenario to its end; output goes to files, since node.exe under Wine cannot start with both on one pipe.
-async function run(...scenario) {
-  const names = ['out', 'err'].map((name) => path.join(folder, `${++children} ${name}`));
-  const files = names.map((name) => fs.openSync(name, 'w'));
-  const child = spawn(process.execPath, [script, ...scenario.map(String)], {
-    stdio: ['ignore', ...files],
-    env: { ...process.env, CORVANE_ADDON: addonPath },
-  });
-  const tooLong = setTimeout(() => child.kill('SIGKILL'), 60_000);
-  const [status, signal] = await once(child, 'exit');
-  const ended = Date.now();
-  clearTimeout(tooLong);
-  files.forEach((file) => fs.closeSync(file));
-  const [stdout, stderr] = names.map((name) => fs.readFileSync(name, 'utf8').replaceAll('\r\n', '\n'));
-  return { status, signal, stdout, stderr, ended };
+// Runs a scenario to its end.
+function run(...scenario) {
+  const env = { ...process.env, CORVANE_ADDON: addonPath };
+  return start(process.execPath, [script, ...scenario.map(String)], { env, timeout: 60_000 }).ended;
 }
 
 describe('a process that watches', { concurrency: 1 }, () => {
@@ -74,9 +57,9 @@ describe('a process that watches', { concurrency: 1 }, () => {
     const exitAll = async () => {
       while (delays.length > 0) {
         const delay = delays.pop();
-        const { status, signal, stdout, stderr, ended } = await run('exit', delay);
+        const { status, signal, stdout, stderr } = await run('exit', delay);
+        const took = Date.now() - Number(/exiting at (\d+)/.exec(stdout)?.[1]);
         assert.deepEqual([status, signal, stderr], [7, null, ''], `after ${delay} ms`);
-        const took = ended - Number(/exiting at (\d+)/.exec(stdout)[1]);
         assert.ok(took < 2000, `${took} ms`);
       }
     };

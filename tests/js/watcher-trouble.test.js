@@ -15,7 +15,7 @@ describe('the watcher in trouble', { concurrency: 1 }, () => {
   const demo = new DemoFolder();
   after(() => addon.StopCorvaneWatcher());
 
-  const remove = (name) => fs.rmSync(demo.path(name), { recursive: true, maxRetries: 10 });
+  const remove = (folder) => fs.rmSync(folder, { recursive: true, maxRetries: 10 });
   // A replay that appears under its name as a whole, as the watcher may look at any moment.
   const put = (name, id) => {
     demo.write('unfinished.tmp', id);
@@ -23,11 +23,10 @@ describe('the watcher in trouble', { concurrency: 1 }, () => {
   };
 
   // 5,000 files beside the demo folder: links to one, since those are made in a tenth of the time.
-  let crowd;
+  const crowd = () => path.join(demo.game, 'crowd');
   before(() => {
-    crowd = path.join(demo.game, 'crowd');
     for (let i = 0; i < 5000; ++i) {
-      const folder = path.join(crowd, `${i % 50}`);
+      const folder = path.join(crowd(), `${i % 50}`);
       if (i < 50) fs.mkdirSync(folder, { recursive: true });
       fs.linkSync(demo.marker, path.join(folder, `${i}.replay`));
     }
@@ -35,23 +34,20 @@ describe('the watcher in trouble', { concurrency: 1 }, () => {
 
   const troubles = {
     'the folder is removed and made again'() {
-      fs.rmSync(demo.demos, { recursive: true, maxRetries: 10 });
+      remove(demo.demos);
       demo.create();
     },
     'a file is replaced by a folder of its name, and that by a file'() {
-      remove('a.replay');
+      remove(demo.path('a.replay'));
       fs.mkdirSync(demo.path('a.replay'));
-      fs.writeFileSync(demo.path('a.replay', 'inside.txt'), '');
-      remove('a.replay');
+      remove(demo.path('a.replay'));
       put('a.replay', 2);
     },
-    'a file is renamed over another': () => put('a.replay', 3),
     '5,000 files appear at once, and go'() {
-      fs.renameSync(crowd, demo.path('crowd'));
-      fs.renameSync(demo.path('crowd'), crowd);
+      fs.renameSync(crowd(), demo.path('crowd'));
+      fs.renameSync(demo.path('crowd'), crowd());
     },
-    '5,000 files appear at once': () => fs.renameSync(crowd, demo.path('crowd')),
-    'clocks are set back': () => fs.utimesSync(demo.path('a.replay'), 1e9, 1e9),
+    '5,000 files appear at once': () => fs.renameSync(crowd(), demo.path('crowd')),
   };
 
   for (const [name, trouble] of Object.entries(troubles)) {
@@ -60,7 +56,7 @@ describe('the watcher in trouble', { concurrency: 1 }, () => {
       new Watch(addon).start();
       trouble();
       addon.StopCorvaneWatcher();
-      if (fs.existsSync(demo.path('crowd'))) fs.renameSync(demo.path('crowd'), crowd);
+      if (fs.existsSync(demo.path('crowd'))) fs.renameSync(demo.path('crowd'), crowd());
 
       put('a.replay', 1);
       const watch = new Watch(addon).start();
@@ -82,11 +78,7 @@ describe('the watcher in trouble', { concurrency: 1 }, () => {
 
   const linuxOnly = process.platform === 'linux' ? it : () => {};
   linuxOnly('sees files whose names are no text', async () => {
-    const file = Buffer.concat([
-      Buffer.from(demo.path('no text ')),
-      Buffer.from([0xff]),
-      Buffer.from('.replay'),
-    ]);
+    const file = w.bytes(Buffer.from(demo.path('no text ')), w.u8(0xff), Buffer.from('.replay'));
     fs.writeFileSync(file, w.replay({ FileVersion: 5 }));
     const watch = new Watch(addon).start();
     fs.appendFileSync(file, w.chunk(w.CHUNK.replayData, Buffer.alloc(8)));

@@ -1,10 +1,10 @@
 'use strict';
 // Packs the package once, installs the tarball offline into an empty folder, and runs programs there in any host.
 
-const { execFileSync, spawnSync } = require('node:child_process');
+const { execFileSync } = require('node:child_process');
 const fs = require('node:fs');
-const os = require('node:os');
 const path = require('node:path');
+const { run, temporaryFolder } = require('../support/run.js');
 
 const root = path.join(__dirname, '..', '..');
 
@@ -23,10 +23,9 @@ function npm(args, cwd) {
   });
 }
 
-// The installed package: { folder, module, tarball }. Goes when this process ends.
+// The installed package: { folder, module, tarball }.
 function installPackage() {
-  const folder = fs.mkdtempSync(path.join(os.tmpdir(), 'corvane-package-'));
-  process.on('exit', () => fs.rmSync(folder, { recursive: true, force: true }));
+  const folder = temporaryFolder();
   npm(['pack', '--pack-destination', folder], root);
   const tarball = path.join(
     folder,
@@ -37,20 +36,10 @@ function installPackage() {
   return { folder, module: path.join(folder, 'node_modules', 'corvane_napi'), tarball };
 }
 
-// Runs a program of the folder in the host; its output goes through files, since node.exe under Wine takes no pipes.
-function runIn(host, folder, args, env = {}) {
-  const files = ['out', 'err'].map((name) => path.join(folder, `.std${name}`));
-  const descriptors = files.map((file) => fs.openSync(file, 'w'));
-  const { CORVANE_ADDON, ...inherited } = process.env;
-  const { status, signal } = spawnSync(host[0], [...host.slice(1), ...args], {
-    cwd: folder,
-    stdio: ['ignore', ...descriptors],
-    env: { ...inherited, ...env },
-    timeout: 60_000,
-  });
-  descriptors.forEach((descriptor) => fs.closeSync(descriptor));
-  const [stdout, stderr] = files.map((file) => fs.readFileSync(file, 'utf8').replaceAll('\r\n', '\n'));
-  return { status, signal, stdout, stderr };
+// Runs a program of the folder in the host.
+function runIn(host, folder, args) {
+  const { CORVANE_ADDON, ...env } = process.env;
+  return run(host[0], [...host.slice(1), ...args], { cwd: folder, env, timeout: 60_000 });
 }
 
 module.exports = { hosts, installPackage, isWindows, root, runIn };

@@ -9,7 +9,8 @@ const net = require('node:net');
 const path = require('node:path');
 const { after, before } = require('node:test');
 const { setTimeout: sleep } = require('node:timers/promises');
-const { addonPath, temporaryFolder } = require('./reads.js');
+const { addonPath } = require('./reads.js');
+const { temporaryFolder } = require('./run.js');
 const w = require('./replay-writer.js');
 
 const TURN_PORT = 47613;
