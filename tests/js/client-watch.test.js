@@ -84,14 +84,16 @@ test('a child that ends over and over is started again after pauses that double'
   assert.ok(last >= 500 && last < 3500, `${last}`);
 });
 
-test('a missing demo folder is told once, and waited for', async () => {
+test('a missing demo folder is told once, and waited for by the same child', async () => {
   const missing = { deliver: { err: "Couldn't locate Corvane's Demo Directory." } };
-  const watch = startWatch([[missing], [missing], [deliver(1)]]);
+  const watch = startWatch([[missing], [missing], [{ sleep: 400 }, deliver(1)]]);
   const seen = record(watch);
+  watch.on('watching', () => seen.push('watching'));
   const error = await next(watch, 'error');
   assert.match(error.reason, /^Couldn't locate/);
-  await next(watch, 'replay');
-  assert.deepEqual(seen, ['ERR_NO_DEMO_FOLDER', 1]);
+  const [child] = livingChildren();
+  const { pid } = await next(watch, 'replay');
+  assert.deepEqual([seen, pid], [['ERR_NO_DEMO_FOLDER', 'watching', 1], child.pid]);
 });
 
 test('iterating gives documents and errors; leaving the loop closes the watch', async () => {

@@ -104,21 +104,6 @@ describe('the watcher', { concurrency: 1 }, () => {
     assert.equal(third.get(9).document.Creation.timestamp, 9);
   });
 
-  it('tells two writes within one second apart, and polls every half second whatever interval says', async () => {
-    demo.write('growing.replay', 10);
-    const watch = new Watch(addon).start(undefined, 50);
-    const times = [];
-    for (let i = 0; i < 4; ++i) {
-      demo.grow('growing.replay');
-      times.push((await watch.take(1))[0].at);
-    }
-    const perCycle = (times[3] - times[0]) / 3; // with the pause of 100 ms after a delivery
-    assert.ok(perCycle > 550 && perCycle < 1500, `${perCycle} ms`);
-    // A clock that was set back: earlier is as different as later.
-    fs.utimesSync(demo.path('growing.replay'), 1e9, 1e9);
-    await watch.take(1);
-  });
-
   it('spaces payloads by 100 ms; Stop waits for those that are due, but not for the spaces', async () => {
     const names = Array.from({ length: 200 }, (_, i) => `many ${i}.replay`);
     names.forEach((name, i) => demo.write(name, 1000 + i));
@@ -138,25 +123,17 @@ describe('the watcher', { concurrency: 1 }, () => {
     names.forEach((name) => fs.rmSync(demo.path(name)));
   });
 
-  it('starts afresh after Stop, and a second Start takes over', async () => {
+  it('tells nothing after Stop, and starts afresh then', async () => {
     demo.write('a.replay', 20);
-    const first = new Watch(addon).start();
-    demo.grow('a.replay');
-    assert.ok('Creation' in (await first.take(1))[0].document);
-    addon.StopCorvaneWatcher();
-    addon.StopCorvaneWatcher();
-    demo.grow('a.replay');
-    await first.none();
-
-    const second = new Watch(addon).start();
-    demo.grow('a.replay');
-    assert.ok('Creation' in (await second.take(1))[0].document);
-    // While the second watcher is in the pause after its delivery.
-    const third = new Watch(addon).start();
-    demo.grow('a.replay');
-    assert.ok('Creation' in (await third.take(1))[0].document);
-    await third.none();
-    assert.deepEqual([first.payloads, second.payloads], [[], []]);
+    for (let i = 0; i < 2; ++i) {
+      const watch = new Watch(addon).start();
+      demo.grow('a.replay');
+      assert.ok('Creation' in (await watch.take(1))[0].document);
+      addon.StopCorvaneWatcher();
+      addon.StopCorvaneWatcher();
+      demo.grow('a.replay');
+      await watch.none();
+    }
   });
 
   it('gives a callback that takes over each replay from its start', async () => {
