@@ -57,7 +57,11 @@ std::optional<Coded> EncodeContents(ByteSpan raw, ArrayType type, const ArrayOpt
     }
 }
 
-// Split framing only where the plain one cannot hold the array; multiarrays only on request.
+// Plain framing decodes slower than the split one, tANS slower still: what they must save to be chosen.
+constexpr double kPlainGain = 0.005;
+constexpr double kTansGain = 0.1;
+
+// Multiarrays only on request.
 constexpr ArrayType kChoices[] = {ArrayType::huffman, ArrayType::huffman_split, ArrayType::tans,
                                   ArrayType::run_length};
 
@@ -77,7 +81,9 @@ Coded EncodeArray(ByteSpan raw, const ArrayOptions& options) {
     };
     if (!options.type) {
         for (const ArrayType type : kChoices)
-            offer(type, type == ArrayType::tans ? 1 + options.tans_gain : 1);
+            offer(type, 1 + (type == ArrayType::tans      ? kTansGain
+                             : type == ArrayType::huffman ? kPlainGain
+                                                          : 0));
     } else if (*options.type != ArrayType::stored) {
         best_cost = 1e300;
         offer(*options.type, 1);

@@ -31,7 +31,6 @@ struct ArrayOptions {
     RunLengthPrefix run_length_prefix = RunLengthPrefix::none;
     MultiOptions multi;
     const ArrayOptions* inner = nullptr;  // for arrays inside this one; none: the smallest. Not owned.
-    double tans_gain = 0.03;              // tANS decodes slower than Huffman: what it must save to be chosen
 };
 
 // Header and contents. An array that cannot have the forced type (or is no smaller coded) is stored instead;

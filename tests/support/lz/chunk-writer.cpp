@@ -136,6 +136,32 @@ void AppendOffsets(Coded& out, const OffsetCodes& offsets, const ChunkOptions& o
     out.forms.insert(offsets.forms.begin(), offsets.forms.end());
 }
 
+// The same options, but arrays are stored whose coding saves least for a symbol, until the chunk has grown by
+// as many bytes as it may.
+ChunkOptions StoreArrays(const Streams& streams, LiteralChoice choice, size_t growth, ChunkOptions options) {
+    struct Array {
+        ByteSpan raw;
+        ArrayOptions* options;
+        size_t saved = 0;  // by coding
+    };
+    const OffsetCodes offsets = ChooseOffsets(streams.distances, options.modulus);
+    Array arrays[] = {{choice.sub ? streams.sub_literals : streams.raw_literals, &options.literal_array},
+                      {streams.commands, &options.command_array},
+                      {offsets.codes, &options.offset_array},
+                      {streams.excesses, &options.excess_array}};
+    for (Array& array : arrays)
+        array.saved =
+            array.raw.size() - std::min(array.raw.size(), EncodeArray(array.raw, *array.options).size());
+    std::sort(std::begin(arrays), std::end(arrays),
+              [](const Array& a, const Array& b) { return a.saved * b.raw.size() < b.saved * a.raw.size(); });
+    for (const Array& array : arrays) {
+        if (array.saved > growth) continue;
+        growth -= array.saved;
+        array.options->type = ArrayType::stored;
+    }
+    return options;
+}
+
 Coded Payload(const Streams& streams, LiteralChoice choice, const ChunkOptions& options) {
     Coded out;
     const Bytes section = choice.count_byte ? LongExcessBits(streams.long_excesses) : Bytes{};
@@ -162,7 +188,11 @@ std::optional<Coded> EncodeLz(ByteSpan raw, size_t start, size_t size, bool firs
     const size_t begin = start + (first ? 8 : 0);
     const Streams streams = StreamBuilder(raw, begin, options.repeat_as_new).Build(commands, start + size);
     const LiteralChoice choice = ChooseLiterals(streams, options);
-    const Coded payload = Payload(streams, choice, options);
+    Coded payload = Payload(streams, choice, options);
+    if (options.store_growth > 0) {
+        const auto growth = static_cast<size_t>(options.store_growth * static_cast<double>(payload.size()));
+        payload = Payload(streams, choice, StoreArrays(streams, choice, growth, options));
+    }
     const size_t payload_size = payload.size() + (begin - start);
     if (payload_size >= size) return std::nullopt;
     Coded out;

@@ -16,6 +16,7 @@ struct ChunkOptions {
     Literals literals = Literals::cheapest;
     std::optional<unsigned> modulus;  // of the offsets, 1 to 128; 0: the single form; none: cheapest
     std::optional<bool> count_byte;   // long excesses in a section of their own; none: cheapest
+    double store_growth = 0;          // of the chunk, for arrays stored instead of coded: faster to decode
     bool repeat_as_new = false;       // send recent distances as new offsets
     ArrayOptions literal_array;
     ArrayOptions command_array;

@@ -1,21 +1,23 @@
 // Hash chains with lazy matching. What a match is worth is estimated in bits: what its bytes would cost as
-// literals in this chunk less what its command and offset cost.
+// literals less what its command and offset cost.
 #include "support/lz/parser.h"
 
 #include <cmath>
 #include <cstring>
-
-#include "support/lz/symbol-runs.h"
 
 namespace lz {
 namespace {
 
 constexpr unsigned kMinHashBits = 10;
 constexpr unsigned kMaxHashBits = 19;
-constexpr double kOffsetBits = 4.5;  // of an offset's code, besides its raw bits
-constexpr size_t kShortLimit = 16;   // the longest match without an excess
-constexpr size_t kLongMargin = 8;    // a longer one ends so far before the chunk's end
-constexpr double kLazyGain = 1.5;    // bits that a match one byte later must save more
+constexpr size_t kHashBytes = 5;            // a match of 4 hardly pays for a new offset
+constexpr double kLiteralBits = 8;          // coded it has fewer, but takes time to decode
+constexpr double kOffsetBits = 4.5;         // of an offset's code, besides its raw bits
+constexpr uint32_t kFarDistance = 1 << 20;  // from here on a match is worth so many bits less: its source is
+constexpr double kFarBits = 20;             // not in the processor's second cache
+constexpr size_t kShortLimit = 16;          // the longest match without an excess
+constexpr size_t kLongMargin = 8;           // a longer one ends so far before the chunk's end
+constexpr double kLazyGain = 1.5;           // bits that a match must save more for each byte that it is later
 
 unsigned HashBits(size_t size) {
     return std::clamp(static_cast<unsigned>(std::bit_width(size)), kMinHashBits, kMaxHashBits);
@@ -25,11 +27,6 @@ size_t CommonLength(const uint8_t* a, const uint8_t* b, size_t limit) {
     size_t length = 0;
     while (length < limit && a[length] == b[length]) ++length;
     return length;
-}
-
-// Bits of a literal in a chunk of these bytes, by its entropy.
-double LiteralBits(ByteSpan chunk) {
-    return std::max(1.0, EntropyBits(chunk) / static_cast<double>(chunk.size()));
 }
 
 // The longest match not above `length` that the rules on the chunk's end allow, with `left` bytes to that
@@ -49,13 +46,13 @@ Parser::Parser(ByteSpan raw, const ParseOptions& options)
       previous_(raw.size()) {}
 
 uint32_t& Parser::HeadAt(size_t position) {
-    uint32_t word = 0;
-    std::memcpy(&word, raw_.data() + position, sizeof word);
-    return heads_[(word * 2654435761U) >> (32 - hash_bits_)];
+    uint64_t word = 0;
+    std::memcpy(&word, raw_.data() + position, kHashBytes);
+    return heads_[static_cast<size_t>((word * 0x9E3779B97F4A7C15) >> (64 - hash_bits_))];
 }
 
 void Parser::InsertUpTo(size_t position) {
-    for (; inserted_ < position && inserted_ + 4 <= raw_.size(); ++inserted_) {
+    for (; inserted_ < position && inserted_ + kHashBytes <= raw_.size(); ++inserted_) {
         uint32_t& head = HeadAt(inserted_);
         previous_[inserted_] = head;
         head = static_cast<uint32_t>(inserted_ + 1);
@@ -66,7 +63,7 @@ void Parser::Offer(size_t position, Bounds bounds, uint32_t distance, double cos
     const uint8_t* here = raw_.data() + position;
     const size_t left = bounds.end - position;
     const size_t length = AllowedLength(CommonLength(here - distance, here, left), left);
-    const double gain = static_cast<double>(length) * literal_bits_ - cost;
+    const double gain = static_cast<double>(length) * kLiteralBits - cost;
     if (length >= 2 && gain > best.gain) best = {length, distance, gain};
 }
 
@@ -79,7 +76,7 @@ void Parser::TryRecent(size_t position, Bounds bounds, const RecentDistances& re
 }
 
 void Parser::TryChain(size_t position, Bounds bounds, Match& best) {
-    if (position + 4 > raw_.size()) return;
+    if (position + kHashBytes > raw_.size()) return;
     uint32_t link = HeadAt(position);
     for (unsigned i = 0; link != 0 && i < options_.chain; ++i, link = previous_[link - 1]) {
         const size_t candidate = link - 1;
@@ -89,7 +86,9 @@ void Parser::TryChain(size_t position, Bounds bounds, Match& best) {
         const bool longer = position + best.length < bounds.end &&
                             raw_[candidate + best.length] == raw_[position + best.length];
         if (!longer) continue;  // and farther than all before it
-        Offer(position, bounds, distance, options_.command_bits + kOffsetBits + std::log2(distance), best);
+        const double cost = options_.command_bits + kOffsetBits + std::log2(distance) +
+                            (distance > kFarDistance ? kFarBits : 0);
+        Offer(position, bounds, distance, cost, best);
         if (best.length >= options_.good_length) return;
     }
 }
@@ -105,7 +104,6 @@ Parser::Match Parser::Find(size_t position, Bounds bounds, const RecentDistances
 
 std::vector<Command> Parser::Parse(size_t start, size_t end, size_t floor) {
     const Bounds bounds{end, floor};
-    literal_bits_ = LiteralBits(raw_.subspan(start, end - start));
     std::vector<Command> commands;
     RecentDistances recent;
     size_t literals = start;
@@ -115,19 +113,12 @@ std::vector<Command> Parser::Parse(size_t start, size_t end, size_t floor) {
             ++position;
             continue;
         }
-        while (match.length < options_.good_length) {
-            const Match next = Find(position + 1, bounds, recent);
-            const Match after =
-                next.gain > match.gain + kLazyGain ? Match{} : Find(position + 2, bounds, recent);
-            if (next.gain > match.gain + kLazyGain) {
-                match = next;
-                position += 1;
-            } else if (after.gain > match.gain + 2 * kLazyGain) {
-                match = after;
-                position += 2;
-            } else {
-                break;
-            }
+        for (size_t ahead = 1; ahead <= 2 && match.length < options_.good_length; ++ahead) {
+            const Match later = Find(position + ahead, bounds, recent);
+            if (later.gain <= match.gain + kLazyGain * static_cast<double>(ahead)) continue;
+            match = later;
+            position += ahead;
+            ahead = 0;
         }
         commands.push_back({static_cast<uint32_t>(position - literals), static_cast<uint32_t>(match.length),
                             match.distance});

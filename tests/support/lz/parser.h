@@ -74,7 +74,6 @@ class Parser {
     std::vector<uint32_t> heads_;     // by hash: last position + 1
     std::vector<uint32_t> previous_;  // by position: the one before it with the same hash, + 1
     size_t inserted_ = 0;
-    double literal_bits_ = 6;
 };
 
 }  // namespace lz

@@ -45,8 +45,8 @@ class HuffBlock {
 };
 
 // Arrays whose decoding waits until there is more than one. A stream by itself spends its time waiting for
-// the look-up that tells where the next code begins; with six of them a byte takes 1.6 cycles, with three it
-// takes 3 (GCC 12, Zen 5).
+// the look-up that tells where the next code begins; with six of them a byte takes 0.41 ns, with three it
+// takes 0.75 (GCC 12, 4.0 GHz; 60,000 bytes of text, split and plain framing).
 class HuffBatch {
   public:
     static constexpr std::size_t kMaxArrays = 5;

@@ -49,7 +49,8 @@ constexpr std::uint32_t kFirstOfIndex2 = 0x80;
 constexpr std::uint32_t kFirstOfNew = 0xC0;
 
 // Conditional moves. Compilers make branches of the same in plain code: with every third command taking a new
-// offset, that is 5.5 ns a command instead of 3.6 (GCC 12, records of 40 bytes).
+// offset, that is 1,290 MB/s instead of 3,440 (GCC 12; lz_decode --repeat 150 with the records of 1 MiB that
+// lz_data writes).
 template <std::uint32_t kLimit>
 void MoveIfAtLeast(std::uint32_t value, std::uint32_t& to, std::uint32_t from) {
     asm("cmp %3, %2\n\tcmovae %1, %0" : "+r"(to) : "r"(from), "r"(value), "i"(kLimit) : "cc");
