@@ -76,11 +76,17 @@ void BinaryReader::read(std::string& text) {
 std::string BinaryReader::readTerminatedString(char terminator) {
     std::string text;
     WithFailureText(m_stream, [&] {
-        char next = 0;
-        while (m_stream.get(next) && next != terminator) {
-            text.push_back(next);
-            if (text.size() == kBelievedBytes && tellg() >= 0) return appendTerminated(text, terminator);
-        }
+        std::array<char, kBelievedBytes + 1> block;  // one for the zero that get() adds
+        std::size_t count = 0;
+        do {
+            // Looked at first, since to get() nothing before the terminator is a failure.
+            if (m_stream.peek() == std::istream::traits_type::to_int_type(terminator)) break;
+            m_stream.get(block.data(), block.size(), terminator);
+            count = static_cast<std::size_t>(m_stream.gcount());
+            text.append(block.data(), count);
+            if (count == kBelievedBytes && tellg() >= 0) return appendTerminated(text, terminator);
+        } while (count == kBelievedBytes);
+        m_stream.get();
     });
     return fail() ? std::string{} : text;
 }

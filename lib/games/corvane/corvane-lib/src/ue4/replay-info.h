@@ -2,6 +2,7 @@
 #pragma once
 
 #include <cstdint>
+#include <deque>
 #include <string>
 #include <vector>
 
@@ -48,9 +49,10 @@ struct ReplayFileInfo {
     bool bIsValid = false;
     bool bCompressed = false;
     bool bEncrypted = false;
-    std::vector<std::uint8_t> EncryptionKey;       // the key in effect for the payloads
-    std::int32_t HeaderChunkIndex = -1;            // in Chunks; -1: none
-    std::vector<ReplayChunkInfo> Chunks;           // in file order
+    std::vector<std::uint8_t> EncryptionKey;  // the key in effect for the payloads
+    std::int32_t HeaderChunkIndex = -1;       // in Chunks; -1: none
+    // In file order. Not a vector, which as it grows takes up to three times as much for a moment.
+    std::deque<ReplayChunkInfo> Chunks;
     std::vector<FLocalFileEventInfo> Checkpoints;  // this reader fills neither checkpoints
     std::vector<FLocalFileEventInfo> Events;
     std::vector<ReplayDataChunkInfo> DataChunks;  // nor data chunks

@@ -21,9 +21,13 @@ inline nlohmann::json& AsObject(nlohmann::json& value) {
 
 // Empties a value from the inside out; takes no memory.
 inline void Clear(nlohmann::json& value) noexcept {
-    if (!value.is_structured()) return;
-    for (nlohmann::json& member : value) Clear(member);
-    value.clear();
+    if (auto* object = value.get_ptr<nlohmann::json::object_t*>()) {
+        for (auto& [key, member] : *object) Clear(member);
+        object->clear();
+    } else if (auto* array = value.get_ptr<nlohmann::json::array_t*>()) {
+        for (nlohmann::json& element : *array) Clear(element);
+        array->clear();
+    }
 }
 
 struct Document {
