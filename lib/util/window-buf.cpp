@@ -65,9 +65,11 @@ std::streamsize WindowBuf::readSource(char* to, std::streamsize count) {
         off_type{m_source.pubseekpos(pos_type(position), std::ios_base::in)} != position) {
         throw std::ios_base::failure("seeking in the source failed");
     }
-    m_sourcePosition = kUnknown;  // should the read throw
+    m_sourcePosition = kUnknown;
     const std::streamsize read = m_source.sgetn(to, count);
-    m_sourcePosition = m_windowEnd = position + read;
+    m_windowEnd = position + read;
+    // A C runtime that has met the end may give no more, though the file grows, before it is sought.
+    if (read == count) m_sourcePosition = m_windowEnd;
     return read;
 }
 

@@ -13,14 +13,17 @@ struct Source : std::streambuf {
     std::streamsize xsgetn(char* to, std::streamsize count) override {
         ++reads;
         if (failsToRead) throw std::ios_base::failure("error reading the file");
+        if (hasMetEnd) return 0;
         const auto copied = bytes.copy(to, static_cast<std::size_t>(count), std::min(at, bytes.size()));
         at += copied;
+        hasMetEnd = copied < static_cast<std::size_t>(count);
         return static_cast<std::streamsize>(copied);
     }
     pos_type seekpos(pos_type position, std::ios_base::openmode) override {
         ++seeks;
         if (failsToSeek) return pos_type(off_type(-1));
         at = static_cast<std::size_t>(off_type{position});
+        hasMetEnd = false;
         return position;
     }
     pos_type seekoff(off_type, std::ios_base::seekdir, std::ios_base::openmode mode) override {
@@ -29,6 +32,7 @@ struct Source : std::streambuf {
 
     std::string bytes;
     std::size_t at = 0;
+    bool hasMetEnd = false;  // as some C runtimes have it: nothing more before the next seek
     int reads = 0;
     int seeks = 0;
     bool failsToRead = false;

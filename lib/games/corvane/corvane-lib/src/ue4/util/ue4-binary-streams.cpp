@@ -132,7 +132,7 @@ FDataReader::FDataReader(const std::uint8_t* data, std::size_t size, Endianess e
 FArchiveReader::FArchiveReader(const std::wstring& path, Endianess endianness, bool /*giveOwnership*/) {
     m_reader = std::make_unique<CppUtilities::BinaryReader>(&m_file, endianness, false);
     m_file.exceptions(std::ios_base::failbit | std::ios_base::badbit);
-    m_file.rdbuf()->pubsetbuf(nullptr, 0);
+    m_file.rdbuf()->pubsetbuf(nullptr, 0);  // the window is buffer enough
     m_file.std::ios::rdbuf(&m_window);
     orvel::util::WithFailureText(m_file, [&] { orvel::util::platform::OpenShared(m_file, path); });
 }
