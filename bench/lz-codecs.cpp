@@ -31,10 +31,12 @@ Bytes CompressOwn(Span raw) {
     return lz::Compress(raw, options).bytes;
 }
 
+// With the decoder's memory kept from call to call, as zstd's is.
 bool DecodeOwn(Span compressed, std::span<std::uint8_t> raw) {
+    static std::array<std::uint8_t, OodleLZ_ThreadPhased_BlockDecoderMemorySizeNeeded> memory;
     const auto size = static_cast<std::ptrdiff_t>(raw.size());
     return OodleLZ_Decompress(compressed.data(), static_cast<std::ptrdiff_t>(compressed.size()), raw.data(),
-                              size, 1, 0, 0, nullptr, 0, nullptr, nullptr, nullptr, 0,
+                              size, 1, 0, 0, nullptr, 0, nullptr, nullptr, memory.data(), memory.size(),
                               OodleLZ_Decode_Unthreaded) == size;
 }
 
