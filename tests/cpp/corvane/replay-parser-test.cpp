@@ -39,7 +39,7 @@ struct Parse {
     explicit Parse(const Bytes& bytes) : Parse(TemporaryFile(bytes)) {}
 
     json document;
-    std::vector<ue4::FLocalFileEventInfo> events;
+    std::deque<ue4::FLocalFileEventInfo> events;
     std::string failure;  // empty: none
     std::string output;
     std::uint32_t resumePosition = 0;

@@ -87,14 +87,18 @@ TEST(LargeNumbers, are_not_believed) {
     }
 }
 
-// Nothing is larger than what the file holds of it, but a record of the chunk list is larger than an empty
-// chunk: three times.
-TEST(LargeNumbers, a_file_of_empty_chunks_costs_its_chunk_list) {
-    const Bytes file = Join({InfoBlock{}.Build(), Repeated(Chunk(kData, {}), 200'000)});
-    const QuietOutput quiet;
-    const ReadResult result = Read(file);
-    EXPECT_EQ(result.outcome, Outcome::Document);
-    EXPECT_LE(result.peakBytes, kMebibyte + 3 * file.size());
+// Nothing is larger than what the file holds of it, but the records of a chunk and of an event are larger
+// than an empty chunk and an empty event.
+TEST(LargeNumbers, empty_chunks_and_events_cost_their_records) {
+    const Bytes event = Writer().Str("").Str("").Str("").U32(0).U32(0).U32(0).bytes;
+    for (const auto& [chunk, times] :
+         {std::pair(Chunk(kData, {}), 3U), std::pair(Chunk(kEvent, event), 5U)}) {
+        const Bytes file = Join({InfoBlock{}.Build(), Repeated(chunk, 100'000)});
+        const QuietOutput quiet;
+        const ReadResult result = Read(file);
+        EXPECT_EQ(result.outcome, Outcome::Document);
+        EXPECT_LE(result.peakBytes, kMebibyte + times * file.size()) << chunk.size();
+    }
 }
 
 }  // namespace

@@ -51,11 +51,11 @@ struct ReplayFileInfo {
     bool bEncrypted = false;
     std::vector<std::uint8_t> EncryptionKey;  // the key in effect for the payloads
     std::int32_t HeaderChunkIndex = -1;       // in Chunks; -1: none
-    // In file order. Not a vector, which as it grows takes up to three times as much for a moment.
+    // In file order. No vectors, which as they grow take up to three times as much for a moment.
     std::deque<ReplayChunkInfo> Chunks;
+    std::deque<FLocalFileEventInfo> Events;
     std::vector<FLocalFileEventInfo> Checkpoints;  // this reader fills neither checkpoints
-    std::vector<FLocalFileEventInfo> Events;
-    std::vector<ReplayDataChunkInfo> DataChunks;  // nor data chunks
+    std::vector<ReplayDataChunkInfo> DataChunks;   // nor data chunks
 };
 
 }  // namespace ue4
