@@ -2,7 +2,7 @@
 // bytes; 2 a key came from the file before; 4 the caller has a key). The rest is the file.
 #include "fuzz-target.h"
 #include "games/corvane/corvane-lib/src/ue4/local-file-replay-streamer.h"
-#include "seekable-memory.h"
+#include "support/replay-builder.h"
 
 int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
     fuzz::Settings settings({data, size});
@@ -11,9 +11,9 @@ int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
     bool keyFromFile = (flags & 2) != 0;
     const std::vector<std::uint8_t> key((flags & 4) != 0 ? 16 : 0, 0x5A);
 
-    fuzz::ExactBlock file(settings.Rest());
-    fuzz::SeekableMemory stream(file.Span());
-    ue4::FStreamReader archive(&stream, CppUtilities::LittleEndian, false);
+    const auto input = settings.Rest();
+    const auto stream = corvane_test::FileLikeStream({input.begin(), input.end()});
+    ue4::FStreamReader archive(stream.get(), CppUtilities::LittleEndian, false);
     ue4::ReplayFileInfo info;
     nlohmann::json document;
     const bool good = fuzz::ReadsOrFails([&] {
@@ -23,11 +23,11 @@ int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
     fuzz::ReadsOrFails([&] { document.dump(); });
 
     fuzz::Require(info.bIsValid == good, "a container is valid exactly if nothing failed");
-    fuzz::Require(!good || resumeOffset == file.size(), "the next scan starts at the end of the file");
-    fuzz::Require(info.Chunks.size() <= file.size() / 8, "every chunk has its 8 bytes in the file");
+    fuzz::Require(!good || resumeOffset == input.size(), "the next scan starts at the end of the file");
+    fuzz::Require(info.Chunks.size() <= input.size() / 8, "every chunk has its 8 bytes in the file");
     for (const ue4::FLocalFileEventInfo& event : info.Events) {
         fuzz::Require(event.SizeInBytes >= 0 &&
-                          event.DataOffset + event.SizeInBytes <= static_cast<std::int64_t>(file.size()),
+                          event.DataOffset + event.SizeInBytes <= static_cast<std::int64_t>(input.size()),
                       "event data lies within the file");
     }
     return 0;

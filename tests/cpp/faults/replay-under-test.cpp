@@ -4,10 +4,8 @@
 #include <algorithm>
 #include <array>
 #include <chrono>
-#include <cstdio>
 #include <exception>
 
-#include <gtest/gtest.h>
 #include <nlohmann/json.hpp>
 
 #include "games/corvane/corvane-lib/src/replay-parser.h"
@@ -18,55 +16,51 @@ namespace {
 
 constexpr const char* kReadFailed = "ios_base::failbit set";
 
-// Adds a chunk as its head and its payload.
-void AddChunk(std::vector<Section>& sections, const char* name, std::uint32_t type, const Bytes& payload,
-              Section section) {
-    const Bytes chunk = Chunk(type, payload);
-    Section head = sections.back();
-    head.name = "the head of a chunk";
-    head.bytes = Bytes(chunk.begin(), chunk.begin() + 8);
-    head.whenCut = Outcome::Document;
-    head.isInert = false;
-    sections.push_back(head);
-    section.name = name;
-    section.bytes = payload;
-    sections.push_back(section);
-}
+// Cut anywhere, a file has what stands before the cut; what a section says of itself holds for the next ones.
+class SectionList {
+  public:
+    explicit SectionList(const InfoBlock& info) {
+        sections = {{"the information block", info.Build(), Outcome::ProcessEnd, kReadFailed}};
+    }
 
-// An event chunk is its head and description, both of which may be missing, and its data, which may not.
-void AddEvent(std::vector<Section>& sections, const Event& event, bool isKnown) {
-    const Bytes chunk = event.Build();
-    const auto data = chunk.end() - static_cast<std::ptrdiff_t>(event.data.size());
-    Section section = sections.back();
-    section.name = "the description of an event";
-    section.bytes = Bytes(chunk.begin(), data);
-    section.whenCut = Outcome::Document;
-    section.isInert = false;
-    sections.push_back(section);
-    section.name = "the data of an event";
-    section.bytes = event.data;
-    section.whenCut = Outcome::ProcessEnd;
-    section.failure = "ReadReplayInfo: Invalid event disk size";
-    section.isInert = !isKnown;
-    section.events += isKnown ? 1 : 0;
-    sections.push_back(section);
-}
+    void AddPassedChunk(const char* name, std::uint32_t type, const Bytes& payload) {
+        AddHead(type, payload);
+        Add(name, payload).isInert = true;
+    }
+    void AddHeader(const Bytes& payload) {
+        AddHead(kHeader, payload);
+        Section& section = Add("the header", payload);
+        section.whenCut = Outcome::Empty;
+        section.failure = kReadFailed;
+        section.hasHeader = true;
+    }
+    // Its head and description may be missing, its data may not.
+    void AddEvent(const Event& event, bool isKnown = true) {
+        const Bytes chunk = event.Build();
+        Add("the description of an event", Prefix(chunk, chunk.size() - event.data.size()));
+        Section& section = Add("the data of an event", event.data);
+        section.whenCut = Outcome::ProcessEnd;
+        section.failure = "ReadReplayInfo: Invalid event disk size";
+        section.isInert = !isKnown;
+        section.events += isKnown ? 1 : 0;
+    }
 
-std::vector<Section> Sections(const InfoBlock& info, const std::vector<std::pair<Event, bool>>& events) {
     std::vector<Section> sections;
-    sections.push_back({"the information block", info.Build(), Outcome::ProcessEnd, kReadFailed});
-    AddChunk(sections, "a network data chunk", kData, Sequence(0, 12),
-             {.name = "", .bytes = {}, .whenCut = Outcome::Document, .isInert = true});
-    AddChunk(sections, "the header", kHeader, Header{.levels = {"L"}, .gameData = {"G"}}.Build(),
-             {.name = "", .bytes = {}, .whenCut = Outcome::Empty, .failure = kReadFailed, .hasHeader = true});
-    const Section passed{
-        .name = "", .bytes = {}, .whenCut = Outcome::Document, .isInert = true, .hasHeader = true};
-    AddChunk(sections, "a checkpoint", kCheckpoint, Sequence(3, 9), passed);
-    AddChunk(sections, "a cleared chunk", kCleared, Sequence(5, 9), passed);
-    AddChunk(sections, "a chunk of an unknown type", 7, Sequence(7, 9), passed);
-    for (const auto& [event, isKnown] : events) AddEvent(sections, event, isKnown);
-    return sections;
-}
+
+  private:
+    Section& Add(const char* name, const Bytes& bytes) {
+        const Section& before = sections.back();
+        sections.push_back({.name = name,
+                            .bytes = bytes,
+                            .whenCut = Outcome::Document,
+                            .hasHeader = before.hasHeader,
+                            .events = before.events});
+        return sections.back();
+    }
+    void AddHead(std::uint32_t type, const Bytes& payload) {
+        Add("the head of a chunk", Prefix(Chunk(type, payload), 8));
+    }
+};
 
 constexpr std::array kProcessEnds = {
     "The Replay file had no data in it.\n",
@@ -75,53 +69,37 @@ constexpr std::array kProcessEnds = {
     "ReadReplayInfo: Archive error after parsing chunk.\n",
     "ReadReplayInfo: Found overlapping data chunks",
     "ReadReplayInfo: Found duplicate checkpoint id",
-    "ios_base::failbit set",
-    "ios_base::badbit set",
+    kReadFailed,
 };
 
-std::string TextOf(const std::wstring& path) {
-    std::uint32_t resumePosition = 0;
-    bool resumeFlag = false;
-    orvel::corvane::ReplayParser parser(path);
-    parser.ParseReplay(resumePosition, resumeFlag, {});
-    return parser.Document().dump(1, ' ', false, nlohmann::json::error_handler_t::strict);
-}
-
-void Run(const std::wstring& path, ReadResult& result) {
-    try {
-        result.text = TextOf(path);
-        result.outcome = Outcome::Document;
-    } catch (const std::runtime_error& failure) {
-        result.outcome = Outcome::Empty;
-        result.text = failure.what();
-    } catch (char* text) {
-        result.outcome = Outcome::ProcessEnd;
-        result.text = text;
-    } catch (const nlohmann::json::type_error& failure) {
-        constexpr int kInvalidUtf8 = 316;
-        if (failure.id == kInvalidUtf8) result.outcome = Outcome::Refused;
-        result.text = failure.what();
-    } catch (const std::exception& failure) {
-        result.text = failure.what();
-    } catch (...) {
-        result.text = "an exception of another type";
-    }
+bool IsNamedFailure(const std::string& text) {
+    return text.starts_with(kReadFailed) || text.ends_with(": Invalid SaveNum, corrupted FArchive.") ||
+           text.ends_with(": Data was encrypted, but encryption key was not set.");
 }
 
 }  // namespace
 
 std::vector<Section> SectionsOfReplay() {
-    return Sections({}, {{Event{.metadata = "playerElim", .data = Elimination{}.Build()}, true},
-                         {Event{.metadata = "AthenaMatchStats", .data = MatchStats()}, true},
-                         {Event{.metadata = "unknown", .data = Sequence(1, 5)}, false},
-                         {Event{.group = "AthenaMatchTeamStats", .data = MatchTeamStats()}, true}});
+    SectionList list({});
+    list.AddPassedChunk("a network data chunk", kData, Sequence(0, 12));
+    list.AddHeader(Header{.levels = {"L"}, .gameData = {"G"}}.Build());
+    list.AddPassedChunk("a checkpoint", kCheckpoint, Sequence(3, 9));
+    list.AddPassedChunk("a cleared chunk", kCleared, Sequence(5, 9));
+    list.AddPassedChunk("a chunk of an unknown type", 7, Sequence(7, 9));
+    list.AddEvent({.metadata = "playerElim", .data = Elimination{}.Build()});
+    list.AddEvent({.metadata = "AthenaMatchStats", .data = MatchStats()});
+    list.AddEvent({.metadata = "unknown", .data = Sequence(1, 5)}, false);
+    list.AddEvent({.group = "AthenaMatchTeamStats", .data = MatchTeamStats()});
+    return list.sections;
 }
 
 // Any bytes decrypt to something, so the events hold just any: what they decrypt to is no concern here.
 std::vector<Section> SectionsOfEncryptedReplay() {
-    const InfoBlock info{.friendlyName = "E", .encrypted = 1, .key = Sequence(1, 16)};
-    return Sections(info, {{Event{.metadata = "playerElim", .data = Sequence(0, 112)}, true},
-                           {Event{.metadata = "AthenaMatchStats", .data = Sequence(3, 48)}, true}});
+    SectionList list({.friendlyName = "E", .encrypted = 1, .key = Sequence(1, 16)});
+    list.AddHeader(Header{.levels = {"L"}, .gameData = {"G"}}.Build());
+    list.AddEvent({.metadata = "playerElim", .data = Sequence(0, 112)});
+    list.AddEvent({.metadata = "AthenaMatchStats", .data = Sequence(3, 48)});
+    return list.sections;
 }
 
 Bytes Whole(const std::vector<Section>& sections) {
@@ -130,40 +108,43 @@ Bytes Whole(const std::vector<Section>& sections) {
     return writer.bytes;
 }
 
+ReadResult ReadFile(const std::wstring& path) {
+    ReadResult result;
+    try {
+        std::uint32_t resumePosition = 0;
+        bool resumeFlag = false;
+        orvel::corvane::ReplayParser parser(path);
+        parser.ParseReplay(resumePosition, resumeFlag, {});
+        result.text = parser.Document().dump(1, ' ', false, nlohmann::json::error_handler_t::strict);
+        result.outcome = Outcome::Document;
+    } catch (const std::runtime_error& failure) {
+        result.text = failure.what();
+        if (IsNamedFailure(result.text)) result.outcome = Outcome::Empty;
+    } catch (char* text) {
+        result.text = text;
+        if (std::ranges::count(kProcessEnds, result.text) == 1) result.outcome = Outcome::ProcessEnd;
+    } catch (const nlohmann::json::type_error& failure) {
+        constexpr int kInvalidUtf8 = 316;
+        if (failure.id == kInvalidUtf8) result.outcome = Outcome::Refused;
+        result.text = failure.what();
+    } catch (const std::bad_alloc&) {
+        throw;
+    } catch (const std::exception& failure) {
+        result.text = failure.what();
+    }
+    return result;
+}
+
 ReadResult Read(const Bytes& bytes) {
     using Clock = std::chrono::steady_clock;
     const TemporaryFile file(bytes);
     const std::wstring path = file.WidePath();
-    ReadResult result;
     const AllocationMeter meter;
     const auto begin = Clock::now();
-    Run(path, result);
+    ReadResult result = ReadFile(path);
     result.seconds = std::chrono::duration<double>(Clock::now() - begin).count();
     result.peakBytes = meter.Peak();
     return result;
-}
-
-QuietOutput::QuietOutput() { testing::internal::CaptureStdout(); }
-
-QuietOutput::~QuietOutput() {
-    const std::string output = testing::internal::GetCapturedStdout();
-    if (testing::Test::HasFailure()) std::fwrite(output.data(), 1, output.size(), stdout);
-}
-
-bool IsAllowed(const ReadResult& result) {
-    switch (result.outcome) {
-        case Outcome::Document:
-        case Outcome::Refused:
-            return true;
-        case Outcome::Empty:
-            return result.text.starts_with("ios_base::failbit set") ||
-                   result.text.ends_with(": Invalid SaveNum, corrupted FArchive.") ||
-                   result.text.ends_with(": Data was encrypted, but encryption key was not set.");
-        case Outcome::ProcessEnd:
-            return std::ranges::count(kProcessEnds, result.text) == 1;
-        default:
-            return false;
-    }
 }
 
 }  // namespace corvane_test

@@ -6,6 +6,8 @@
 #include <string>
 #include <vector>
 
+#include <gtest/gtest.h>
+
 #include "support/replay-builder.h"
 
 namespace corvane_test {
@@ -15,7 +17,7 @@ enum class Outcome {
     Empty,       // std::runtime_error: ReadCorvaneDemo returns ""
     ProcessEnd,  // a plain C string: ends the process, with that text
     Refused,     // no JSON text: a name is no UTF-8
-    Forbidden    // anything else
+    Forbidden    // anything else: a failure without a name
 };
 
 struct Section {
@@ -42,19 +44,15 @@ struct ReadResult {
     double seconds = 0;
 };
 
-// Reads the bytes as a file, with all that the add-on does to it but handing over the text.
+// Reads a file with all that the add-on does to it but handing over the text. Throws std::bad_alloc when
+// memory runs out.
+ReadResult ReadFile(const std::wstring& path);
 ReadResult Read(const Bytes& bytes);
 
-// Whether the outcome is one that some file may have: a failure must be one of those with a name.
-bool IsAllowed(const ReadResult& result);
-
-// Keeps thousands of reads' lines off standard output, but shows them, and what failed, if a test failed.
-class QuietOutput {
-  public:
-    QuietOutput();
-    ~QuietOutput();
-    QuietOutput(const QuietOutput&) = delete;
-    QuietOutput& operator=(const QuietOutput&) = delete;
+// Keeps thousands of reads' lines off standard output.
+struct QuietOutput {
+    QuietOutput() { testing::internal::CaptureStdout(); }
+    ~QuietOutput() { testing::internal::GetCapturedStdout(); }
 };
 
 }  // namespace corvane_test

@@ -1,4 +1,5 @@
-// The streams of the round-trip and mutation tests: together they use every form that the decoder knows.
+// The streams of the round-trip and mutation tests: with tests/data/lz they use every form that the decoder
+// knows.
 #pragma once
 
 #include "support/lz/stream-writer.h"
@@ -10,10 +11,9 @@ struct Case {
     Bytes raw;
     Bytes stream;
     Forms forms;
-    std::vector<size_t> blocks;  // compressed positions of the block headers
 };
 
-// Made once; small ones first.
+// Made once; the same on every target.
 const std::vector<Case>& AllCases();
 
 }  // namespace lz

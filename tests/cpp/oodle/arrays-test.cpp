@@ -51,22 +51,14 @@ TEST(ArrayHeader, forms_and_limits) {
         Bytes in = c.header;
         in.insert(in.end(), c.more, 0);
         const auto header = oo2::newLZ_get_array_header(in, c.capacity);
-        const auto index = &c - cases;
-        EXPECT_EQ(header ? static_cast<long>(header->rawLen) : -1, c.rawLen) << index;
+        SCOPED_TRACE(testing::Message() << "case " << &c - cases);
+        EXPECT_EQ(header ? static_cast<long>(header->rawLen) : -1, c.rawLen);
         if (header) {
-            EXPECT_EQ(header->size, c.header.size()) << index;
+            EXPECT_EQ(header->size, c.header.size());
         }
-        const std::vector<std::string> lines = log.Lines(oo2::kLogError);
-        EXPECT_EQ(lines, c.line ? std::vector<std::string>{c.line} : std::vector<std::string>{}) << index;
+        EXPECT_EQ(log.Lines(oo2::kLogError),
+                  c.line ? std::vector<std::string>{c.line} : std::vector<std::string>{});
     }
-}
-
-// A long header: the type, the raw length less 1 and the compressed length.
-Bytes Header(unsigned type, std::size_t rawLen, std::size_t compLen) {
-    const std::uint64_t word = std::uint64_t{type} << 36 | std::uint64_t{rawLen - 1} << 18 | compLen;
-    Bytes bytes;
-    for (int shift = 32; shift >= 0; shift -= 8) bytes.push_back(static_cast<std::uint8_t>(word >> shift));
-    return bytes;
 }
 
 // 32,000 bytes in as many run-length arrays inside one another: the innermost is one byte repeated, each of
@@ -76,7 +68,11 @@ Bytes NestedArrays(std::size_t depth) {
     constexpr std::size_t kCopyAll = 0x1FF + kRawLen / 64;
     Bytes array = {7};
     for (std::size_t level = 1;; ++level) {
-        const Bytes header = Header(3, kRawLen, array.size());
+        // A long header of type 3: the raw length less 1 and the compressed length.
+        const std::uint64_t word = std::uint64_t{3} << 36 | std::uint64_t{kRawLen - 1} << 18 | array.size();
+        Bytes header;
+        for (int shift = 32; shift >= 0; shift -= 8)
+            header.push_back(static_cast<std::uint8_t>(word >> shift));
         array.insert(array.begin(), header.begin(), header.end());
         if (level == depth) return array;
         array.insert(array.end(), {kCopyAll & 0xFF, kCopyAll >> 8});
@@ -85,7 +81,7 @@ Bytes NestedArrays(std::size_t depth) {
 
 TEST(NestedArrays, go_16_deep) {
     Bytes memory(1 << 20);
-    for (const std::size_t depth : {1u, 16u, 17u, 3000u}) {
+    for (const std::size_t depth : {16u, 17u, 3000u}) {
         oo2::ArrayScratch scratch{.next = memory.data(), .end = memory.data() + memory.size()};
         const auto array = oo2::newLZ_get_array(NestedArrays(depth), nullptr, 32'000, scratch);
         ASSERT_EQ(array.has_value(), depth <= 16) << depth;

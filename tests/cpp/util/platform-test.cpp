@@ -29,9 +29,3 @@ TEST(WideFromPath, every_name_survives_the_way_there_and_back) {
         EXPECT_EQ(platform::WideFromPath(platform::PathFromWide(units)), units);
     }
 }
-
-TEST(LastWriteTime, a_missing_file_has_none) {
-    std::error_code error;
-    EXPECT_FALSE(platform::LastWriteTime("no such file", error));
-    EXPECT_TRUE(error);
-}

@@ -55,7 +55,6 @@ TEST_F(FolderSnapshotTest, a_file_lives_through_created_modified_erased_and_crea
     files.Put(L"/demos/new.replay", {19});  // the clock was set back
     EXPECT_THAT(Reports(snapshot),
                 UnorderedElementsAre(L"modified /demos/old.replay", L"modified /demos/new.replay"));
-    EXPECT_THAT(Reports(snapshot), IsEmpty());
 
     files.Remove(L"/demos/new.replay");
     EXPECT_THAT(Reports(snapshot), ElementsAre(L"erased /demos/new.replay"));
@@ -125,10 +124,8 @@ TEST_F(FolderSnapshotTest, a_folder_that_is_removed_takes_its_entries_along_and_
     FolderSnapshot snapshot(L"/demos", files);
     files.Remove(L"/demos");
     EXPECT_THAT(Reports(snapshot), ElementsAre(L"erased /demos/x"));
-    EXPECT_THAT(failure,
-                testing::HasSubstr("recursive_directory_iterator::recursive_directory_iterator [/demos]"));
     EXPECT_THAT(Reports(snapshot), IsEmpty());
-    EXPECT_NE(failure, "");
+    EXPECT_THAT(failure, testing::HasSubstr("iterator::recursive_directory_iterator [/demos]"));
     files.Put(L"/demos", {2, true});
     files.Put(L"/demos/x", {1});
     EXPECT_THAT(Reports(snapshot), ElementsAre(L"created /demos/x"));
@@ -141,11 +138,10 @@ TEST_F(FolderSnapshotTest, a_folder_that_cannot_be_listed_hides_nothing_and_lose
         std::errc error;
         std::string failure;
     } cases[] = {
-        {L"/demos", std::errc::permission_denied,
-         "recursive_directory_iterator::recursive_directory_iterator"},
+        {L"/demos", std::errc::permission_denied, "iterator::recursive_directory_iterator [/demos"},
         {L"/demos/sub", std::errc::permission_denied, ""},
         {L"/demos/sub", std::errc::no_such_file_or_directory, ""},
-        {L"/demos/sub", std::errc::too_many_files_open, "recursive_directory_iterator::operator++ [/demos"},
+        {L"/demos/sub", std::errc::too_many_files_open, "iterator::operator++ [/demos"},
     };
     for (const auto& c : cases) {
         SCOPED_TRACE(testing::Message() << static_cast<int>(c.error));
@@ -191,18 +187,13 @@ TEST_F(FolderSnapshotTest, no_modification_that_a_look_could_see_is_lost) {
     FolderSnapshot snapshot(L"/demos", files);
     reported = now;
 
-    const auto differing = [&] {
-        std::set<std::wstring> paths;
-        for (const auto& [path, time] : now) {
-            if (reported[path] != time) paths.insert(path);
-        }
-        return paths;
-    };
     while (clock < 2000) {
         for (auto count = random() % 30; count > 0; --count) modify();
-        const auto expected = differing();
-        std::set<std::wstring> seen;
-        const auto reports = Reports(snapshot, [&](const std::wstring& path) {
+        std::set<std::wstring> expected, seen;
+        for (const auto& [path, time] : now) {
+            if (reported[path] != time) expected.insert(path);
+        }
+        Reports(snapshot, [&](const std::wstring& path) {
             reported[path] = now[path];
             EXPECT_TRUE(seen.insert(path).second);
             if (random() % 4 == 0) modify();
@@ -210,7 +201,7 @@ TEST_F(FolderSnapshotTest, no_modification_that_a_look_could_see_is_lost) {
         EXPECT_EQ(seen, expected);
     }
     Reports(snapshot, [&](const std::wstring& path) { reported[path] = now[path]; });
-    EXPECT_THAT(differing(), IsEmpty());
+    EXPECT_EQ(reported, now);
 }
 
 }  // namespace
