@@ -100,14 +100,18 @@ Pieces DrawPieces(Random& random, bool near) {
     const auto put_literals = [&](uint32_t run) {
         for (; run > 0; --run) raw.push_back(static_cast<uint8_t>('a' + random.Skewed(6)));
     };
-    for (uint32_t left = 40 + random.Below(200); left > 0; --left) {
+    for (uint32_t left = 10 + random.Below(200); left > 0; --left) {
         Command command{runs[random.Skewed(4)], lengths[random.Skewed(3)], distances[random.Skewed(4)]};
         put_literals(command.run);
         if (command.distance > raw.size()) command.distance = 8;
         for (uint32_t i = 0; i < command.length; ++i) raw.push_back(raw[raw.size() - command.distance]);
         pieces.commands.push_back(command);
     }
-    // A long match leaves at least 8 bytes, be they of a short match.
+    // A long match leaves at least 8 bytes, be they literals or of a short match.
+    if (random.Below(2) == 0) {
+        put_literals(8 + random.Below(2));
+        return pieces;
+    }
     pieces.commands.push_back({0, 8, 8});
     for (int i = 0; i < 8; ++i) raw.push_back(raw[raw.size() - 8]);
     put_literals(random.Below(2));
@@ -159,6 +163,13 @@ const std::vector<Case>& AllCases() {
             const ChunkOptions chunk = DrawChunk(random);
             AddChunk(all, "chunk " + std::to_string(seed), DrawPieces(random, chunk.modulus != 0), chunk);
         }
+        // Nothing but matches.
+        Bytes period = MakeText(8);
+        for (size_t i = 0; i < 152; ++i) period.push_back(period[i]);
+        ChunkOptions chunk;
+        chunk.kind = ChunkOptions::Kind::lz;
+        AddChunk(all, "no literals", {period, {{0, 144, 8}, {0, 8, 16}}}, chunk);
+
         CompressOptions options;
         options.check = true;
         Add(all, "text, checked", MakeText(kChunkSize + 100), options);

@@ -95,7 +95,7 @@ class OodleRoundTrip : public testing::Test {
     static std::vector<Case> SmallCases() {
         std::vector<Case> cases;
         for (const Case& example : AllCases()) {
-            if (example.stream.size() <= 500 && example.raw.size() <= 20'000) cases.push_back(example);
+            if (example.stream.size() <= 700 && example.raw.size() <= 20'000) cases.push_back(example);
         }
         EXPECT_GE(cases.size(), 40u);
         return cases;

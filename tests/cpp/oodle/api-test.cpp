@@ -140,6 +140,8 @@ TEST_F(Blocks, decode_in_memory_of_the_least_size_at_any_address) {
         EXPECT_EQ(raw_, expected_);
         args_.decoderMemorySize = kLeast - 1;
         EXPECT_EQ(Decode(args_), 0);
+        EXPECT_EQ(log_.Lines(oo2::kLogError).back(),
+                  "OODLE ERROR : OodleLZ_Decompress : decoder memory given, but too small!\n");
     }
 }
 

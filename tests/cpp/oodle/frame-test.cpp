@@ -30,6 +30,18 @@ Bytes Memset(std::uint8_t fill, std::uint8_t type = kKraken) {
     return {kReset, type, 0x07, 0xFF, 0xFF, fill};
 }
 
+// A whole block, and a byte of another one.
+Bytes TwoTypes(std::uint8_t first, std::uint8_t second) {
+    Bytes stream = Memset(1, first);
+    if (first == kLzb16) {
+        // It has short quantum headers: 16 memset quanta of 16,384 bytes fill its block.
+        stream.resize(2);
+        for (int i = 0; i < 16; ++i) stream.insert(stream.end(), {0x7F, 0xFF, 1});
+    }
+    stream.insert(stream.end(), {kNewHeader, second, 0x7F, 0xFF, 0xFF, 1});
+    return stream;
+}
+
 // Decodes the stream with these settings, in `memorySize` bytes of the caller's and behind `dictionary` bytes
 // of 0xEE.
 struct Decoded {
@@ -98,6 +110,9 @@ TEST(Frame, a_call_that_cannot_be_done_gives_0_and_says_why) {
          {},
          0,
          1000},
+        {"OodleLZ_Decompress: Requested Fuzz Safety, saw a compressor that can't decode Safe\n",
+         TwoTypes(kLzb16, kKraken),
+         {.rawLen = OODLELZ_BLOCK_LEN + 1}},
         {"LZ corruption : OodleLZ_Decompress not enough comp buf\n", Memset(7), {.rawLen = 300'000}},
         {"LZ corruption : OodleLZ_Decompress failed (262144 != 300000)\n",
          twoBlocks,
@@ -179,13 +194,7 @@ TEST(GetAllChunksCompressor, names_mixes) {
     } cases[] = {{kKraken, kKraken, 8},     {kLzb16, kLzb16, 4},   {kKraken, kMermaid, 12},
                  {kLeviathan, kKraken, 12}, {kKraken, kLzb16, 14}, {kLzb16, kKraken, 14}};
     for (const auto& c : cases) {
-        Bytes stream = Memset(1, c.first);
-        if (c.first == kLzb16) {
-            // It has short quantum headers: 16 memset quanta of 16,384 bytes fill its block.
-            stream.resize(2);
-            for (int i = 0; i < 16; ++i) stream.insert(stream.end(), {0x7F, 0xFF, 1});
-        }
-        stream.insert(stream.end(), {kNewHeader, c.second, 0x7F, 0xFF, 0xFF, 1});
+        const Bytes stream = TwoTypes(c.first, c.second);
         EXPECT_EQ(OodleLZ_GetAllChunksCompressor(stream.data(), std::ssize(stream), OODLELZ_BLOCK_LEN + 1),
                   c.answer);
     }
