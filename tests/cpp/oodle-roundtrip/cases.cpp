@@ -137,15 +137,8 @@ void AddChunk(std::vector<Case>& cases, const std::string& name, const Pieces& p
     const Bytes& raw = pieces.raw;
     const Coded chunk = EncodeChunk(raw, 0, raw.size(), true, pieces.commands, options);
     if (chunk.size() >= raw.size()) return;
-    StreamWriter out;
-    out.BeginBlock({});
-    out.Quantum(chunk);
-    cases.push_back({name, raw, out.stream().bytes, out.stream().forms});
-}
-
-void Add(std::vector<Case>& cases, const std::string& name, const Bytes& raw,
-         const CompressOptions& options) {
-    Compressed out = Compress(raw, options);
+    Coded out;
+    AppendBlock(out, chunk);
     cases.push_back({name, raw, std::move(out.bytes), std::move(out.forms)});
 }
 
@@ -170,12 +163,10 @@ const std::vector<Case>& AllCases() {
         chunk.kind = ChunkOptions::Kind::lz;
         AddChunk(all, "no literals", {period, {{0, 144, 8}, {0, 8, 16}}}, chunk);
 
-        CompressOptions options;
-        options.check = true;
-        Add(all, "text, checked", MakeText(kChunkSize + 100), options);
-        Add(all, "blocks", MakeMixed(600'000), options);
-        options.reset_blocks = true;
-        Add(all, "blocks, reset", MakeMixed(600'000, 2), options);
+        for (const Bytes& raw : {MakeText(kChunkSize + 100), MakeMixed(600'000)}) {
+            Coded out = Compress(raw);
+            all.push_back({"several chunks", raw, std::move(out.bytes), std::move(out.forms)});
+        }
         return all;
     }();
     return cases;

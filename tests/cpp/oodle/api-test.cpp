@@ -88,46 +88,6 @@ TEST_F(Blocks, phase_1_of_all_blocks_may_run_before_phase_2_of_the_first) {
     EXPECT_EQ(raw_, expected_);
 }
 
-// Phase 2 once took what phase 1 had left of another block.
-TEST_F(Blocks, phase_2_refuses_memory_that_phase_1_of_the_block_did_not_fill) {
-    Bytes memory(OodleLZ_ThreadPhased_BlockDecoderMemorySizeNeeded);
-    int block = 0;
-    ForEachBlock([&](oo2::DecompressArgs args) {
-        args.decoderMemory = memory.data();
-        args.decoderMemorySize = std::ssize(memory);
-        const bool isWholeMatch = block == 1;  // nothing of it is in the memory
-        args.threadPhase = OodleLZ_Decode_ThreadPhase2;
-        if (!isWholeMatch) {
-            EXPECT_EQ(Decode(args), 0) << block;
-        }
-        args.threadPhase = OodleLZ_Decode_ThreadPhase1;
-        EXPECT_EQ(Decode(args), args.rawLen);
-        ++block;
-    });
-}
-
-// Nor what it had left of the stream that stood there before.
-TEST(Phases, the_second_refuses_what_the_first_refused) {
-    const CapturedLog log;
-    Bytes stream = ReadVector("lz_excess_borders.lz");
-    Bytes raw(7605), memory(OodleLZ_ThreadPhased_BlockDecoderMemorySizeNeeded);
-    oo2::DecompressArgs args{.compBuf = stream.data(),
-                             .compBufSize = std::ssize(stream),
-                             .rawBuf = raw.data(),
-                             .rawLen = std::ssize(raw),
-                             .decoderMemory = memory.data(),
-                             .decoderMemorySize = std::ssize(memory)};
-    const auto run = [&](int phase) {
-        args.threadPhase = phase;
-        return Decode(args);
-    };
-    EXPECT_EQ(run(OodleLZ_Decode_ThreadPhase1), args.rawLen);
-    EXPECT_EQ(run(OodleLZ_Decode_ThreadPhase2), args.rawLen);
-    std::fill(stream.end() - 3, stream.end(), std::uint8_t{0});  // the count of long excesses: too many zeros
-    EXPECT_EQ(run(OodleLZ_Decode_ThreadPhase1), 0);
-    EXPECT_EQ(run(OodleLZ_Decode_ThreadPhase2), 0);
-}
-
 TEST_F(Blocks, decode_in_memory_of_the_least_size_at_any_address) {
     constexpr std::ptrdiff_t kLeast = 446'664 + 16;
     EXPECT_EQ(oo2::ScratchSizeNeeded(OodleLZ_Compressor_Kraken, 131'072), 446'664);

@@ -1,11 +1,12 @@
-// Array headers at their limits, and what bounds arrays inside arrays.
+// Array headers at their limits, contents that are broken in one place, and what bounds arrays inside arrays.
 #include <cstdint>
 #include <string>
 #include <vector>
 
-#include <gtest/gtest.h>
+#include <gmock/gmock.h>
 
 #include "oodle/oodle2/core/newlz_arrays.h"
+#include "oodle/oodle2/core/newlz_arrays_huff.h"
 #include "support/captured-log.h"
 
 namespace {
@@ -61,6 +62,58 @@ TEST(ArrayHeader, forms_and_limits) {
     }
 }
 
+bool DecodeHuffman(std::span<const std::uint8_t> comp, std::span<std::uint8_t> out, oo2::ArrayScratch&) {
+    oo2::HuffBatch batch;
+    return batch.Add(comp, out, false) && batch.Run(oo2::DecodePath::Fast);
+}
+
+bool DecodeTans(std::span<const std::uint8_t> comp, std::span<std::uint8_t> out, oo2::ArrayScratch&) {
+    return oo2::newLZ_decode_tans(comp, out, oo2::DecodePath::Fast);
+}
+
+// But for the one check each of these would be taken. The streams of the Huffman and tANS arrays are zeros.
+TEST(ArrayContents, broken_in_one_place_are_refused) {
+    const struct {
+        decltype(&DecodeHuffman) decode;
+        std::size_t rawLen;
+        Bytes comp;
+        const char* line = "";
+    } cases[] = {
+        // Sparse: 'a' and 'b' of 2 bits each; 'a' twice, of 1 bit. Then a byte for each stream.
+        {DecodeHuffman, 12, {0x00, 0x8B, 0x0D, 0x8A, 1, 0, 0, 0, 0}},
+        {DecodeHuffman, 12, {0x00, 0x83, 0x0B, 0x08, 1, 0, 0, 0, 0}},
+        // The second form: 2 symbols of 1 bit, in a run behind a gap of 255.
+        {DecodeHuffman, 12, {0x80, 0x14, 0x00, 0x10, 0x04, 0x04, 0, 1, 0, 0, 0, 0}},
+        // Sparse, 256 states: one of 'a', then a byte too many; 200 of 'a'; 'a' twice. The rest are 'b'.
+        {DecodeTans,
+         5,
+         {0x00, 0x2C, 0x36, 0x20, 0, 0, 0, 0, 0, 0},
+         "rrPtrDiff(in1 - in0) == (SINTa)final_nbytes\n"},
+        {DecodeTans, 5, {0x01, 0x0C, 0x39, 0x0C, 0x40, 0, 0, 0, 0, 0}, "last too small\n"},
+        {DecodeTans, 5, {0x02, 0x2C, 0x36, 0x1B, 0x10, 0, 0, 0, 0, 0}, "! seen[sym]\n"},
+        // Two sources; packed, no bytes of lengths; a last index that is not 0, a length that needs a bit.
+        {oo2::newLZ_decode_multi,
+         2,
+         {0x82, 0x80, 1, 'a', 0x80, 1, 'b', 0, 0x80, 0x80, 3, 0x01, 0x02, 0x01},
+         "interval_indices[num_indices-1] == 0\n"},
+        {oo2::newLZ_decode_multi,
+         3,
+         {0x82, 0x80, 2, 'a', 'a', 0x80, 1, 'b', 0, 0x80, 0x80, 3, 0x11, 0x02, 0},
+         "b >= f\n"},
+    };
+    for (const auto& c : cases) {
+        SCOPED_TRACE(testing::Message() << "case " << &c - cases);
+        const CapturedLog log;
+        Bytes out(c.rawLen);
+        oo2::ArrayScratch scratch;
+        EXPECT_FALSE(c.decode(c.comp, out, scratch));
+        std::string lines;
+        for (const std::string& line : log.Lines(oo2::kLogError)) lines += line;
+        EXPECT_THAT(lines, testing::EndsWith(c.line));
+        EXPECT_EQ(lines.empty(), *c.line == '\0');
+    }
+}
+
 // 32,000 bytes in as many run-length arrays inside one another: the innermost is one byte repeated, each of
 // the others copies the literals that the one inside it gives.
 Bytes NestedArrays(std::size_t depth) {
@@ -79,12 +132,16 @@ Bytes NestedArrays(std::size_t depth) {
     }
 }
 
-TEST(NestedArrays, go_16_deep) {
+TEST(NestedArrays, go_16_deep_and_hold_what_the_budget_allows) {
+    constexpr std::size_t kDefault = oo2::ArrayScratch{}.innerBytesLeft, kJustEnough = 15 * 32'000;
     Bytes memory(1 << 20);
-    for (const std::size_t depth : {16u, 17u, 3000u}) {
+    const std::pair<std::size_t, std::size_t> cases[] = {
+        {16, kDefault}, {17, kDefault}, {3000, kDefault}, {16, kJustEnough}, {16, kJustEnough - 1}};
+    for (const auto& [depth, budget] : cases) {
         oo2::ArrayScratch scratch{.next = memory.data(), .end = memory.data() + memory.size()};
+        scratch.innerBytesLeft = budget;
         const auto array = oo2::newLZ_get_array(NestedArrays(depth), nullptr, 32'000, scratch);
-        ASSERT_EQ(array.has_value(), depth <= 16) << depth;
+        ASSERT_EQ(array.has_value(), depth <= 16 && budget >= kJustEnough) << depth << ' ' << budget;
         if (array) {
             EXPECT_EQ(Bytes(array->bytes.begin(), array->bytes.end()), Bytes(32'000, 7));
         }

@@ -85,6 +85,7 @@ TEST_P(Vectors, in_two_phases) {
     if (GetParam().rawLength > OODLELZ_BLOCK_LEN || GetParam().name.starts_with("frame_lzb16")) return;
     memory_.resize(OodleLZ_ThreadPhased_BlockDecoderMemorySizeNeeded);
     Decode(oo2::DecodePath::Fast, OodleLZ_Decode_ThreadPhase1);
+    EXPECT_EQ(raw_, std::vector<std::uint8_t>(raw_.size())) << "phase 1 wrote output";
     ExpectItsBytesOrRefusal(Decode(oo2::DecodePath::Fast, OodleLZ_Decode_ThreadPhase2));
 }
 

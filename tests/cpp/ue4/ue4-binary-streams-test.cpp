@@ -3,6 +3,7 @@
 
 #include <gmock/gmock.h>
 
+#include "support/allocation-meter.h"
 #include "support/replay-builder.h"
 #include "util/platform/platform.h"
 
@@ -119,7 +120,9 @@ TEST(ReadPayload, does_what_the_flags_ask) {
     for (const Bytes& stored : broken) {
         ue4::FDataReader archive(stored.data(), stored.size(), LittleEndian);
         testing::internal::CaptureStdout();
+        const corvane_test::AllocationMeter meter;
         EXPECT_EQ(archive.ReadPayload(static_cast<std::uint32_t>(stored.size()), kCompressed), stored);
+        EXPECT_LE(meter.Peak(), 1U << 20);
         EXPECT_THAT(testing::internal::GetCapturedStdout(), EndsWith("Failed to decompress data.\n"));
     }
 }

@@ -6,6 +6,7 @@
 
 #include <gmock/gmock.h>
 
+#include "support/allocation-meter.h"
 #include "util/mem-stream.h"
 
 namespace {
@@ -71,11 +72,17 @@ TEST(BinaryReader, strings_end_where_their_form_says) {
 TEST(BinaryReader, a_length_that_the_stream_does_not_hold_takes_no_memory) {
     for (const std::uint64_t length : {11ULL, 5000ULL, 0x7FFFFFFFULL, 0x80000000ULL, 0xFFFFFFFFULL, ~0ULL}) {
         SCOPED_TRACE(length);
+        const corvane_test::AllocationMeter meter;
         Bytes bytes{1};
         MemoryReader vector(Bytes(10));
         vector->read(bytes, length);
         EXPECT_TRUE(vector->fail() && bytes.empty());
-        EXPECT_LE(bytes.capacity(), 5000U);
+
+        const auto low = static_cast<std::uint8_t>(length), high = static_cast<std::uint8_t>(length >> 24);
+        MemoryReader counted({low, 0xFF, 0, high, 'a'});
+        std::string text;
+        counted->read(text);
+        EXPECT_TRUE(counted->fail() && text.empty());
 
         MemoryReader wide(Bytes(10));
         EXPECT_EQ(wide->readWString(static_cast<std::uint32_t>(length)), L"");
@@ -84,6 +91,7 @@ TEST(BinaryReader, a_length_that_the_stream_does_not_hold_takes_no_memory) {
         MemoryReader skipped(Bytes(10));
         skipped->skip(length);
         EXPECT_TRUE(skipped->fail());
+        EXPECT_LE(meter.Peak(), 10'000U);
     }
     MemoryReader whole(Bytes(5000, 7));
     whole->skip(1);

@@ -19,7 +19,7 @@ TEST(ListFolderLinux, links_are_no_folders_dangling_ones_have_no_time_and_every_
     fs::create_directory_symlink(folder / "sub", folder / "link");
     fs::create_symlink(folder / "nothing", folder / "dangling");
     fs::create_symlink(folder / "loop", folder / "loop");
-    std::ofstream(folder / "x\xFFy") << "text";
+    std::ofstream(folder / "x\xFF\xE0\x80\xAFy") << "text";  // with a "/" in too many bytes
 
     std::map<std::wstring, bool> isFolder;
     const auto visit = [&](const platform::FolderEntry& entry) {
@@ -30,12 +30,17 @@ TEST(ListFolderLinux, links_are_no_folders_dangling_ones_have_no_time_and_every_
         EXPECT_EQ(entry.lastWriteTime.has_value(), name != L"dangling" && name != L"loop");
     };
     EXPECT_FALSE(platform::ListFolder(platform::WideFromPath(folder), visit));
-    const std::wstring noText = {L'x', wchar_t{0xDCFF}, L'y'};
+    const std::wstring noText = {L'x', wchar_t{0xDCFF}, wchar_t{0xDCE0}, wchar_t{0xDC80}, wchar_t{0xDCAF},
+                                 L'y'};
     EXPECT_EQ(
         isFolder,
         (std::map<std::wstring, bool>{
             {L"sub", true}, {L"link", false}, {L"dangling", false}, {L"loop", false}, {noText, false}}));
     fs::remove_all(folder);
+}
+
+TEST(PathFromWide, only_bytes_from_0x80_are_restored) {
+    EXPECT_EQ(platform::PathFromWide(std::wstring{wchar_t{0xDC2F}, wchar_t{0xDC80}}), "\xEF\xBF\xBD\x80");
 }
 
 }  // namespace

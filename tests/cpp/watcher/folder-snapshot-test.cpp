@@ -107,13 +107,18 @@ TEST_F(FolderSnapshotTest, an_entry_that_vanishes_while_it_is_looked_at_is_passe
 }
 
 TEST_F(FolderSnapshotTest, what_changes_during_a_report_has_its_newest_time_when_its_turn_comes) {
-    for (const wchar_t* path : {L"/demos/a", L"/demos/b", L"/demos/c"}) files.Put(path, {1});
+    const auto putAll = [&](std::int64_t time) {
+        for (const wchar_t name : {L'a', L'b', L'c', L'd'})
+            files.Put(std::wstring(L"/demos/") + name, {time});
+    };
+    putAll(1);
     FolderSnapshot snapshot(L"/demos", files);
-    for (const wchar_t* path : {L"/demos/a", L"/demos/b", L"/demos/c"}) files.Put(path, {2});
+    putAll(2);
     const auto writeOthers = [&](const std::wstring& reported) {
         if (reported != L"/demos/a") return;
         files.Put(L"/demos/b", {3});
         files.Remove(L"/demos/c");
+        files.Put(L"/demos/d", {1});  // as it was reported last
     };
     EXPECT_THAT(Reports(snapshot, writeOthers), ElementsAre(L"modified /demos/a", L"modified /demos/b"));
     EXPECT_THAT(Reports(snapshot), ElementsAre(L"erased /demos/c"));

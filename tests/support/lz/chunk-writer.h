@@ -10,7 +10,7 @@ constexpr size_t kChunkSize = 0x20000;
 constexpr size_t kMinLzChunk = 128;
 
 struct ChunkOptions {
-    enum class Kind { cheapest, lz, array, stored };
+    enum class Kind { cheapest, lz, array };
     enum class Literals { cheapest, raw, sub };
     Kind kind = Kind::cheapest;
     Literals literals = Literals::cheapest;

@@ -59,62 +59,59 @@ void Parser::InsertUpTo(size_t position) {
     }
 }
 
-void Parser::Offer(size_t position, Bounds bounds, uint32_t distance, double cost, Match& best) const {
+void Parser::Offer(size_t position, size_t end, uint32_t distance, double cost, Match& best) const {
     const uint8_t* here = raw_.data() + position;
-    const size_t left = bounds.end - position;
+    const size_t left = end - position;
     const size_t length = AllowedLength(CommonLength(here - distance, here, left), left);
     const double gain = static_cast<double>(length) * kLiteralBits - cost;
     if (length >= 2 && gain > best.gain) best = {length, distance, gain};
 }
 
-void Parser::TryRecent(size_t position, Bounds bounds, const RecentDistances& recent, Match& best) const {
+void Parser::TryRecent(size_t position, size_t end, const RecentDistances& recent, Match& best) const {
     for (size_t i = 0; i < 3; ++i) {
-        if (recent[i] <= position - bounds.floor) {
-            Offer(position, bounds, recent[i], options_.command_bits + static_cast<double>(i), best);
-        }
+        if (recent[i] > position) continue;
+        Offer(position, end, recent[i], options_.command_bits + static_cast<double>(i), best);
     }
 }
 
-void Parser::TryChain(size_t position, Bounds bounds, Match& best) {
+void Parser::TryChain(size_t position, size_t end, Match& best) {
     if (position + kHashBytes > raw_.size()) return;
     uint32_t link = HeadAt(position);
     for (unsigned i = 0; link != 0 && i < options_.chain; ++i, link = previous_[link - 1]) {
         const size_t candidate = link - 1;
-        if (candidate < bounds.floor) return;
         const auto distance = static_cast<uint32_t>(position - candidate);
         if (distance < options_.min_distance) continue;
-        const bool longer = position + best.length < bounds.end &&
-                            raw_[candidate + best.length] == raw_[position + best.length];
+        const bool longer =
+            position + best.length < end && raw_[candidate + best.length] == raw_[position + best.length];
         if (!longer) continue;  // and farther than all before it
         const double cost = options_.command_bits + kOffsetBits + std::log2(distance) +
                             (distance > kFarDistance ? kFarBits : 0);
-        Offer(position, bounds, distance, cost, best);
+        Offer(position, end, distance, cost, best);
         if (best.length >= options_.good_length) return;
     }
 }
 
-Parser::Match Parser::Find(size_t position, Bounds bounds, const RecentDistances& recent) {
+Parser::Match Parser::Find(size_t position, size_t end, const RecentDistances& recent) {
     InsertUpTo(position);
     Match best;
-    if (position >= bounds.end) return best;
-    TryRecent(position, bounds, recent, best);
-    TryChain(position, bounds, best);
+    if (position >= end) return best;
+    TryRecent(position, end, recent, best);
+    TryChain(position, end, best);
     return best;
 }
 
-std::vector<Command> Parser::Parse(size_t start, size_t end, size_t floor) {
-    const Bounds bounds{end, floor};
+std::vector<Command> Parser::Parse(size_t start, size_t end) {
     std::vector<Command> commands;
     RecentDistances recent;
     size_t literals = start;
     for (size_t position = start; position < end;) {
-        Match match = Find(position, bounds, recent);
+        Match match = Find(position, end, recent);
         if (match.length == 0) {
             ++position;
             continue;
         }
         for (size_t ahead = 1; ahead <= 2 && match.length < options_.good_length; ++ahead) {
-            const Match later = Find(position + ahead, bounds, recent);
+            const Match later = Find(position + ahead, end, recent);
             if (later.gain <= match.gain + kLazyGain * static_cast<double>(ahead)) continue;
             match = later;
             position += ahead;

@@ -46,9 +46,8 @@ class Parser {
   public:
     Parser(ByteSpan raw, const ParseOptions& options);
 
-    // Commands for the bytes from `start` to `end`; matches reach back to `floor` at most. What follows the
-    // last match are literals.
-    std::vector<Command> Parse(size_t start, size_t end, size_t floor);
+    // Commands for the bytes from `start` to `end`. What follows the last match are literals.
+    std::vector<Command> Parse(size_t start, size_t end);
 
   private:
     struct Match {
@@ -56,15 +55,11 @@ class Parser {
         uint32_t distance = 0;
         double gain = 0;  // bits saved against literals
     };
-    struct Bounds {
-        size_t end;
-        size_t floor;
-    };
 
-    Match Find(size_t position, Bounds bounds, const RecentDistances& recent);
-    void TryRecent(size_t position, Bounds bounds, const RecentDistances& recent, Match& best) const;
-    void TryChain(size_t position, Bounds bounds, Match& best);
-    void Offer(size_t position, Bounds bounds, uint32_t distance, double cost, Match& best) const;
+    Match Find(size_t position, size_t end, const RecentDistances& recent);
+    void TryRecent(size_t position, size_t end, const RecentDistances& recent, Match& best) const;
+    void TryChain(size_t position, size_t end, Match& best);
+    void Offer(size_t position, size_t end, uint32_t distance, double cost, Match& best) const;
     void InsertUpTo(size_t position);
     uint32_t& HeadAt(size_t position);
 
