@@ -2,6 +2,7 @@
 #pragma once
 
 #include <cstdarg>
+#include <cstdio>
 #include <vector>
 
 #include "fuzz-target.h"
