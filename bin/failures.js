@@ -2,7 +2,7 @@
 // What goes wrong on the command line: an exit status for each kind of failure, and its text.
 
 const KINDS = [
-  [2, 'ERR_INVALID_ARGUMENT', 'arguments that make no sense'],
+  [2, 'ERR_INVALID_ARGUMENT', 'invalid arguments'],
   [3, 'ERR_UNREADABLE', 'a file or folder cannot be opened'],
   [4, 'ERR_NOT_A_REPLAY', 'a file is no replay'],
   [5, 'ERR_CORRUPT', 'a replay is broken'],
@@ -35,9 +35,22 @@ function printable(text) {
   return text.replace(/[\p{Cc}\p{Cf}\p{Cs}\u2028\u2029]/gu, '');
 }
 
-const usageFailure = (message) => Object.assign(new Error(message), { code: 'ERR_INVALID_ARGUMENT' });
+const failureOf = (code, message) => Object.assign(new Error(message), { code });
+const usageFailure = (message) => failureOf('ERR_INVALID_ARGUMENT', message);
+
+// No further replay would fare better.
+const endsRun = ({ code }) => code === 'ERR_CORVANE_ADDON';
 
 // The error as lines for standard error.
 const failureText = ({ message }) => `corvane-replay: ${message}\n`.split('\n').map(printable).join('\n');
 
-module.exports = { STATUS_HELP, USAGE_STATUS, exitStatus, failureText, printable, usageFailure };
+module.exports = {
+  STATUS_HELP,
+  USAGE_STATUS,
+  endsRun,
+  exitStatus,
+  failureOf,
+  failureText,
+  printable,
+  usageFailure,
+};

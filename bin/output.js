@@ -8,6 +8,15 @@ const path = require('node:path');
 const outputFailure = (cause) =>
   Object.assign(new Error(`cannot write: ${cause.message}`, { cause }), { code: 'ERR_OUTPUT' });
 
+// JSON in which characters that show nothing themselves stand as \uXXXX; it holds the same. Those below U+0020 stand so
+// in every JSON text.
+function escapedJson(text) {
+  const escape = (unit) => `\\u${unit.charCodeAt(0).toString(16).padStart(4, '0')}`;
+  return text.replace(/[\x7f-\x9f\p{Cf}\p{Cs}\u2028\u2029]/gu, (found) =>
+    found.split('').map(escape).join(''),
+  );
+}
+
 // Standard output. gone: nobody reads it any more, as in `corvane-replay … | head`, which is no failure.
 class Output {
   gone = false;
@@ -29,6 +38,11 @@ class Output {
       if (error) this.#end(error);
     }
     if (this.failure) throw this.failure;
+  }
+
+  // The same for JSON. On a terminal nothing in a text may steer it or turn the direction of what follows.
+  writeJson(text) {
+    return this.write(this.stream.isTTY ? escapedJson(text) : text);
   }
 
   #end(error) {

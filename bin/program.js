@@ -1,61 +1,50 @@
 'use strict';
-// The program's arguments, its signals, and its exit status.
+// The program's commands, its arguments, its signals, and its exit status.
+//
+// Each file of commands/ is a command of its name and exports
+//
+//     order    its place in the help: smaller first
+//     define   (command) => void: adds description, arguments and options to a commander Command
+//     run      (context) => Promise of the exit status; a rejection becomes a message and the status of its code
+//
+// context: { args, options, key, output, terminal, signal }: the parsed arguments and options, the AES key (undefined
+// without one), standard output (output.js), standard error, and what tells the command to stop.
 
-const { Command, CommanderError, InvalidArgumentError } = require('commander');
+const { readdirSync } = require('node:fs');
+const path = require('node:path');
+const { Command, CommanderError } = require('commander');
 const { version } = require('../package.json');
-const commands = require('./commands.js');
+const { keyOf } = require('./command-options.js');
 const { STATUS_HELP, USAGE_STATUS, exitStatus, failureText } = require('./failures.js');
 const { Output } = require('./output.js');
 
-function keyBytes(text) {
-  const digits = text.replace(/\s/g, '');
-  if (/^([0-9a-f]{32}|[0-9a-f]{48}|[0-9a-f]{64})$/i.test(digits)) return Buffer.from(digits, 'hex');
-  throw new InvalidArgumentError('It must be 16, 24 or 32 bytes as hexadecimal digits.');
+const FOLDER = path.join(__dirname, 'commands');
+
+function commands() {
+  const names = readdirSync(FOLDER).map((file) => path.basename(file, '.js'));
+  return names
+    .map((name) => ({ name, ...require(path.join(FOLDER, name)) }))
+    .sort((a, b) => a.order - b.order);
 }
 
-function jobCount(text) {
-  if (/^[1-9]\d*$/.test(text) && Number(text) <= 64) return Number(text);
-  throw new InvalidArgumentError('It must be a whole number from 1 to 64.');
-}
-
-function milliseconds(text) {
-  const value = Number(text) * 1000;
-  if (value > 0 && value < 2 ** 31) return value;
-  throw new InvalidArgumentError('It must be a number of seconds above 0.');
-}
-
-// run(action): does the command's work once its arguments are known to be good.
-function program(run) {
+// onRun(action): does the command's work once its arguments are known to be good.
+function program(onRun) {
   const root = new Command('corvane-replay')
     .description('Reads replays of the game Corvane.')
     .version(version)
     .exitOverride()
     .showHelpAfterError('(see corvane-replay --help)')
     .addHelpText('after', STATUS_HELP);
-  const key = ['--key <hex>', 'AES key for replays that carry none', keyBytes];
-  const timeout = ['--timeout <seconds>', 'give a replay up that takes longer', milliseconds];
-  root
-    .command('read')
-    .description('print the document of each replay: JSON for one file, one line of JSON each for several')
-    .argument('<file...>', 'replays, or folders of them')
-    .option('--out <folder>', 'write each document into a file of this folder instead')
-    .option('--ndjson', 'one line for a single file, too')
-    .option('--jobs <number>', 'how many replays are read at once (default: one per processor)', jobCount)
-    .option(...key)
-    .option(...timeout)
-    .action((files, options) => run((context) => commands.read(files, options, context)));
-  root
-    .command('events')
-    .description('print who eliminated whom as a table')
-    .argument('<file>', 'replay')
-    .option(...key)
-    .option(...timeout)
-    .action((file, options) => run((context) => commands.events(file, options, context)));
-  root
-    .command('watch')
-    .description('print a line of JSON for each change of a replay in the demo folder, until interrupted')
-    .option(...key)
-    .action((options) => run((context) => commands.watch(options, context)));
+  for (const { name, define, run } of commands()) {
+    const command = root.command(name).showHelpAfterError(`(see corvane-replay ${name} --help)`);
+    define(command);
+    command.action(() =>
+      onRun((context) => {
+        const options = command.opts();
+        return run({ args: command.processedArgs, options, key: keyOf(options), ...context });
+      }),
+    );
+  }
   return root;
 }
 

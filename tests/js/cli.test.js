@@ -9,6 +9,7 @@ const { test } = require('node:test');
 const w = require('../support/replay-writer.js');
 const { addonPath } = require('../support/reads.js');
 const { run, temporaryFolder } = require('../support/run.js');
+const { Output } = require('../../bin/output.js');
 const { progress } = require('../../bin/progress.js');
 
 const program = path.join(__dirname, '..', '..', 'bin', 'corvane-replay.js');
@@ -28,8 +29,8 @@ const replays = {
 };
 for (const [name, bytes] of Object.entries(replays)) fs.writeFileSync(inFolder(name), bytes);
 
-const cli = (args, addon = addonPath) =>
-  run(process.execPath, [program, ...args], { cwd: folder, env: { ...env, CORVANE_ADDON: addon } });
+const cli = (args, variables) =>
+  run(process.execPath, [program, ...args], { cwd: folder, env: { ...env, ...variables } });
 
 test('one replay is printed as its text, with every digit of a 64-bit number', () => {
   const { status, stdout, stderr } = cli(['read', 'whole.replay', '--timeout', '30']);
@@ -48,29 +49,40 @@ test('several replays are lines in order; of the broken ones the first is the ex
   assert.match(stderr, /^corvane-replay: .*cut\.replay.*\ncorvane-replay: .*none\.replay.*\n$/);
 });
 
-for (const [status, stderr, args, addon] of [
+const missing = ['read', 'whole.replay', 'other.replay'];
+const noAddon = { CORVANE_ADDON: 'none.node' };
+for (const [status, stderr, args, variables] of [
   [2, /Usage/, []],
-  [2, /missing required argument[^]*--help/, ['read']],
+  [2, /missing required argument[^]*corvane-replay read --help/, ['read']],
   [2, /--jobs/, ['read', 'whole.replay', '--jobs', '0']],
   [2, /--timeout/, ['read', 'whole.replay', '--timeout', 'soon']],
   [2, /--key/, ['events', 'whole.replay', '--key', 'abc']],
+  [2, /text\.replay must hold 16, 24 or 32/, ['read', 'whole.replay', '--key-file', 'text.replay']],
+  [2, /cannot be used/, ['read', 'whole.replay', '--key-file', 'text.replay', '--key', '07'.repeat(16)]],
   [3, /none\.replay/, ['read', 'none.replay']],
   [4, /text\.replay/, ['read', 'text.replay']],
   [5, /cut\.replay/, ['events', 'cut.replay']],
   [6, /encrypted\.replay/, ['read', 'encrypted.replay']],
   [7, /whole\.replay \(more than 1 ms\)/, ['read', 'whole.replay', '--timeout', '0.001']],
-  [10, /could not be loaded/, ['read', 'whole.replay'], 'none.node'],
+  // Once, however many replays there are.
+  [10, /^(?![^]*tried:[^]*tried:).*could not be loaded/, missing, noAddon],
 ]) {
   test(`exit status ${status}, and nothing on standard output: ${args.join(' ')}`, () => {
-    const result = cli(args, addon);
+    const result = cli(args, variables);
     assert.match(result.stderr, stderr);
     assert.deepEqual([result.status, result.stdout], [status, '']);
   });
 }
 
-test('a key is given as hexadecimal digits, with or without blanks', () => {
-  for (const digits of [key.toString('hex'), '07 '.repeat(16)]) {
-    const { stdout } = cli(['read', '--key', digits, 'encrypted.replay']);
+test('a key comes as hexadecimal digits, with or without blanks, from an argument, a file or the environment', () => {
+  fs.writeFileSync(inFolder('key'), `${key.toString('hex')}\n`);
+  for (const [args, CORVANE_REPLAY_KEY] of [
+    [['--key', key.toString('hex')], 'no key'],
+    [['--key', '07 '.repeat(16)]],
+    [['--key-file', 'key'], '01'.repeat(16)],
+    [[], key.toString('hex')],
+  ]) {
+    const { stdout } = cli(['read', 'encrypted.replay', ...args], { CORVANE_REPLAY_KEY });
     assert.equal(JSON.parse(stdout).events[0].accuracy, 0.5);
   }
 });
@@ -93,14 +105,27 @@ test('--out writes whole files or nothing, and nothing twice', () => {
   assert.equal(fs.existsSync(inFolder('twice')), false);
 });
 
-test('a folder stands for its replays, one line each', () => {
-  fs.mkdirSync(inFolder('sub'));
-  fs.writeFileSync(inFolder('sub', 'notes.txt'), '');
-  assert.equal(cli(['read', 'sub']).status, 2);
+test('a folder stands for its replays, one line each; one without any does not end the run', () => {
+  for (const name of ['empty', 'sub']) fs.mkdirSync(inFolder(name));
+  fs.writeFileSync(inFolder('empty', 'notes.txt'), '');
   fs.writeFileSync(inFolder('sub', 'b.replay'), replays['whole.replay']);
-  const [line, ...more] = cli(['read', 'sub']).stdout.split('\n');
+  const { status, stdout, stderr } = cli(['read', 'empty', 'sub']);
+  const [line, ...more] = stdout.split('\n');
   assert.equal(JSON.parse(line).events.length, 1);
-  assert.deepEqual(more, ['']);
+  assert.deepEqual([status, more, stderr], [3, [''], 'corvane-replay: there are no replays in empty\n']);
+});
+
+test('on a terminal the JSON of a name cannot steer it, and says the same', async () => {
+  const json = '{"name":"\x9b31m\x7f\u202eabc\u{e0001}ö玩"}';
+  for (const [isTTY, expected] of [
+    [false, json],
+    [true, '{"name":"\\u009b31m\\u007f\\u202eabc\\udb40\\udc01ö玩"}'],
+  ]) {
+    let text = '';
+    const write = (part, done) => done(void (text += part));
+    await new Output({ isTTY, on() {}, write }).writeJson(json);
+    assert.deepEqual([text, JSON.parse(text)], [expected, JSON.parse(json)]);
+  }
 });
 
 test('the table of events is aligned, and a name cannot steer the terminal', () => {
