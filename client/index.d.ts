@@ -3,6 +3,8 @@
 import { EventEmitter } from 'node:events';
 import type { ReplayDocument, ReplayFileMeta, WatcherReplay } from '../index.js';
 
+export * from './match.js';
+
 export type ReplayErrorCode =
   | 'ERR_UNREADABLE'
   | 'ERR_NOT_A_REPLAY'

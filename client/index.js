@@ -1,6 +1,7 @@
 'use strict';
 // corvane_napi/client: replays read and watched in child processes, so that none of them can end the application.
 
+const { matchOf } = require('./match.js');
 const { ReplayClient } = require('./replay-client.js');
 const { ReplayError } = require('./replay-error.js');
 
@@ -9,6 +10,7 @@ const shared = new ReplayClient();
 module.exports = {
   ReplayClient,
   ReplayError,
+  matchOf,
   readReplay: (path, options) => shared.readReplay(path, options),
   readReplayText: (path, options) => shared.readReplayText(path, options),
   readReplays: (paths, options) => shared.readReplays(paths, options),

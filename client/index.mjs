@@ -4,6 +4,7 @@ import client from './index.js';
 export const {
   ReplayClient,
   ReplayError,
+  matchOf,
   readReplay,
   readReplayText,
   readReplays,
