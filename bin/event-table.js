@@ -1,12 +1,11 @@
 'use strict';
 // The events of a replay as a table for people: time, who did what to whom, over which distance.
 
-const stringWidth = require('string-width');
 const { printable } = require('./failures.js');
+const { textTable } = require('./text-table.js');
 
 // The engine's world unit is one centimetre.
 const UNITS_PER_METRE = 100;
-const ALIGN_RIGHT = new Set(['TIME', 'DISTANCE', 'DAMAGE']);
 
 const digits = (value, count) => String(value).padStart(count, '0');
 
@@ -23,28 +22,23 @@ function distance(event) {
   return `${(Math.hypot(...differences.map(([a, b]) => a - b)) / UNITS_PER_METRE).toFixed(1)} m`;
 }
 
-function eliminationRow(event) {
-  return {
-    TIME: clock(event.eventMeta.time1),
-    WHO: printable(event.killer ?? event.killerBot) || '?',
-    DID: event.knocked ? 'knocked down' : 'eliminated',
-    WHOM: printable(event.killed ?? event.killedBot) || '?',
-    DISTANCE: distance(event),
-    DAMAGE: String(event.damageType),
-  };
-}
+const COLUMNS = [
+  { name: 'TIME', right: true },
+  { name: 'WHO', shrinks: true },
+  { name: 'DID' },
+  { name: 'WHOM', shrinks: true },
+  { name: 'DISTANCE', right: true },
+  { name: 'DAMAGE', right: true },
+];
 
-function pad(text, width, right) {
-  const blanks = ' '.repeat(width - stringWidth(text));
-  return right ? blanks + text : text + blanks;
-}
-
-function table(rows) {
-  const names = Object.keys(rows[0]);
-  const widths = names.map((name) => rows.reduce((most, row) => Math.max(most, stringWidth(row[name])), 0));
-  const line = (row) => names.map((name, i) => pad(row[name], widths[i], ALIGN_RIGHT.has(name)));
-  return rows.map((row) => line(row).join('  ').trimEnd() + '\n').join('');
-}
+const eliminationRow = (event) => [
+  clock(event.eventMeta.time1),
+  printable(event.killer ?? event.killerBot) || '?',
+  event.knocked ? 'knocked down' : 'eliminated',
+  printable(event.killed ?? event.killedBot) || '?',
+  distance(event),
+  String(event.damageType),
+];
 
 const words = (key) => key.replace(/[A-Z]/g, ' $&').replaceAll('_', ' ').toLowerCase();
 
@@ -55,19 +49,11 @@ function summary({ evtName, eventMeta, ...figures }) {
   return `${name} at ${clock(eventMeta.time1)}: ${list.join(', ')}\n`;
 }
 
-// The table of the eliminations, then a line for each set of statistics.
-function eventTable(events) {
+// The table of the eliminations, then a line for each set of statistics. lineWidth: the terminal's columns.
+function eventTable(events, lineWidth) {
   const eliminations = events.filter(({ evtName }) => evtName === 'playerElim').map(eliminationRow);
-  const names = {
-    TIME: 'TIME',
-    WHO: 'WHO',
-    DID: 'DID',
-    WHOM: 'WHOM',
-    DISTANCE: 'DISTANCE',
-    DAMAGE: 'DAMAGE',
-  };
   const summaries = events.filter(({ evtName }) => evtName !== 'playerElim').map(summary);
-  return [table([names, ...eliminations]), ...summaries].join('');
+  return [textTable(COLUMNS, eliminations, lineWidth), ...summaries].join('');
 }
 
 module.exports = { eventTable };

@@ -7,7 +7,7 @@ const { eventTable } = require('../event-table.js');
 
 async function run({ args: [file], options: { timeout }, key, output, signal }) {
   const document = await readReplay(file, { key, timeout, signal });
-  await output.write(eventTable(document.events ?? []));
+  await output.write(eventTable(document.events ?? [], output.stream.columns));
   return 0;
 }
 

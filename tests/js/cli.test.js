@@ -11,6 +11,7 @@ const { addonPath } = require('../support/reads.js');
 const { run, temporaryFolder } = require('../support/run.js');
 const { Output } = require('../../bin/output.js');
 const { progress } = require('../../bin/progress.js');
+const { textTable } = require('../../bin/text-table.js');
 
 const program = path.join(__dirname, '..', '..', 'bin', 'corvane-replay.js');
 const folder = temporaryFolder();
@@ -152,6 +153,25 @@ materials gathered 8, materials used 9, other damage 4, revives 5, total travele
 team at 0:00:00.000: final ranking 3, total players 98
 `,
   );
+});
+
+test('a table fits its terminal, and grows with its rows whatever one of them holds', () => {
+  const columns = [{ name: 'WHO', shrinks: true }, { name: 'DID' }, { name: 'TIME', right: true }];
+  const rows = [
+    ['玩'.repeat(9), 'eliminated', '1'],
+    ['e\u0301🔥fghijklmn', 'eliminated', '22'],
+    ['\u0301'.repeat(1e6), '', ''],
+  ];
+  const cut = textTable(columns, rows, 28).split('\n');
+  assert.deepEqual(cut.slice(0, 3), [
+    'WHO         DID         TIME',
+    '玩玩玩玩…   eliminated     1',
+    'e\u0301🔥fghijk…  eliminated    22',
+  ]);
+  assert.ok(cut[3].length < 100);
+  const long = textTable(columns, [['x'.repeat(1e6), '', ''], ...Array(1000).fill(rows[1])]);
+  assert.ok(long.length < 1000 * 100);
+  assert.ok(long.includes(`${'x'.repeat(39)}…\n`));
 });
 
 test("the progress bar is a terminal's only, and messages stand on lines of their own", () => {
