@@ -69,5 +69,15 @@ testReads([
     bytes: w.replay({}, event, w.headerChunk(fields)),
     document: { header: { magic: 0x2cf5a13d } },
   },
-  { name: 'level names that are not there', bytes: withHeader({ levels: w.i32(0x7fffffff) }), empty: true },
+  ...[-1, -0x80000000, 0x7fffffff].map((count) => ({
+    name: `${count} level names that are not there`,
+    bytes: withHeader({ levels: w.i32(count) }),
+    empty: true,
+  })),
+  {
+    name: 'an impossible string in a list with an impossible count',
+    bytes: withHeader({ GameSpecificData: w.bytes(w.i32(1000), w.i32(-0x80000000)) }),
+    stdout: /:23: Invalid SaveNum, corrupted FArchive\.\n$/,
+    empty: true,
+  },
 ]);

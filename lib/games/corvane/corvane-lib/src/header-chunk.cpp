@@ -25,16 +25,12 @@ void Report(const std::string& text) {
     util::WriteConsole("[ orvel::corvane::ReplayParser::ParseHeaderChunk ] " + text + "\n");
 }
 
-// The shortest element of a list: a string of its SaveNum and a zero.
-constexpr std::uint64_t kLeastElementBytes = 5;
-
-// Calls readElement once for each element of a list.
+// Calls readElement once for each element of a list, until the data runs out: what a broken element says
+// counts before a count that cannot be.
 template <typename ReadElement>
 void ReadList(ue4::FStreamReader& archive, ReadElement readElement) {
     const std::int32_t count = archive.ReadInt32();
-    if (count < 0 || static_cast<std::uint64_t>(count) > archive.Reader().remaining() / kLeastElementBytes) {
-        return archive.Reader().runOut();
-    }
+    if (count < 0) return archive.Reader().runOut();
     for (std::int32_t i = 0; i < count && !archive.Reader().fail(); ++i) readElement();
 }
 

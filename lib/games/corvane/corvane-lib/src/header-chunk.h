@@ -19,8 +19,8 @@
 #pragma once
 
 #include <cstdint>
+#include <deque>
 #include <string>
-#include <vector>
 
 #include <nlohmann/json.hpp>
 
@@ -50,14 +50,15 @@ struct NetworkDemoHeader {
     std::uint32_t GameNetworkProtocolVersion = 0;
     corvane::Guid Guid;
     corvane::EngineVersion EngineVersion;
-    std::vector<LevelNameAndTime> LevelNamesAndTimes;
+    // No vectors, which as they grow take up to three times as much for a moment.
+    std::deque<LevelNameAndTime> LevelNamesAndTimes;
     std::uint32_t Flags = 0;
-    std::vector<std::string> GameSpecificData;
+    std::deque<std::string> GameSpecificData;
 };
 
 // Reads the header at the archive's position. False, after a line on standard output, if its magic number or
-// a version is not one that this reader knows; what was read until then stays. A list that counts more
-// elements than the data can hold is treated as data that runs out.
+// a version is not one that this reader knows; what was read until then stays. A list is read until its
+// elements or the data run out; memory is taken for what is there, never for the count.
 bool ReadNetworkDemoHeader(ue4::FStreamReader& archive, NetworkDemoHeader& header);
 
 // The document's "header".
