@@ -1,0 +1,23 @@
+// What ESLint checks; layout is prettier's business.
+import js from '@eslint/js';
+import globals from 'globals';
+
+export default [
+  { ignores: ['build/', 'prebuilds/', '**/dist/'] },
+  js.configs.recommended,
+  {
+    files: ['**/*.js', '**/*.cjs'],
+    languageOptions: { sourceType: 'commonjs', globals: globals.node },
+  },
+  { files: ['**/*.mjs'], languageOptions: { globals: globals.node } },
+  {
+    rules: {
+      'no-control-regex': 'off', // names from a replay hold control characters
+      'no-unused-vars': ['error', { caughtErrors: 'none', ignoreRestSiblings: true }],
+      'no-var': 'error',
+      'object-shorthand': 'error',
+      'prefer-const': 'error',
+      eqeqeq: 'error',
+    },
+  },
+];
