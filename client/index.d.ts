@@ -2,6 +2,7 @@
 
 import { EventEmitter } from 'node:events';
 import type { ReplayDocument, ReplayFileMeta, WatcherReplay } from '../index.js';
+import type { Match, MatchOptions } from './match.js';
 
 export * from './match.js';
 
@@ -50,6 +51,13 @@ export interface ReadManyOptions extends ReadOptions {
   concurrency?: number;
 }
 
+export interface ReadMatchOptions extends ReadOptions, MatchOptions {
+  /** Gives what is whole of a replay that is broken or cut short, instead of an error. Default: false. */
+  salvage?: boolean;
+}
+
+export interface ReadMatchesOptions extends ReadMatchOptions, ReadManyOptions {}
+
 /** A document of the client: a file without the information block is an error there. */
 export interface ReadDocument extends ReplayDocument {
   ReplayFileMeta: ReplayFileMeta;
@@ -62,6 +70,15 @@ export type ReadResult<Path extends ReplayPath = ReplayPath> =
 export type ReadTextResult<Path extends ReplayPath = ReplayPath> =
   | { path: Path; text: string; error?: never }
   | { path: Path; text?: never; error: ReplayError };
+
+export type ReadMatchResult<Path extends ReplayPath = ReplayPath> =
+  | { path: Path; match: Match; error?: never }
+  | { path: Path; match?: never; error: ReplayError };
+
+/** The paths of many replays. A source that gives them late does not hold back the results of those that it has given. */
+export type ReplayPaths<Path extends ReplayPath = ReplayPath> =
+  | (Iterable<Path> & object)
+  | AsyncIterable<Path>;
 
 export type WatchResult =
   | { document: WatcherReplay; error?: never }
@@ -78,15 +95,24 @@ export function readReplayText(path: ReplayPath, options?: ReadOptions): Promise
  * order: a file that fails does not end the run.
  */
 export function readReplays<Path extends ReplayPath>(
-  paths: Iterable<Path> & object,
+  paths: ReplayPaths<Path>,
   options?: ReadManyOptions,
 ): AsyncGenerator<ReadResult<Path>, void, undefined>;
 
 /** The same with JSON text. */
 export function readReplayTexts<Path extends ReplayPath>(
-  paths: Iterable<Path> & object,
+  paths: ReplayPaths<Path>,
   options?: ReadManyOptions,
 ): AsyncGenerator<ReadTextResult<Path>, void, undefined>;
+
+/** Reads one replay in a child process, as a match. */
+export function readMatch(path: ReplayPath, options?: ReadMatchOptions): Promise<Match>;
+
+/** Reads many replays as matches, in the way of `readReplays`. */
+export function readMatches<Path extends ReplayPath>(
+  paths: ReplayPaths<Path>,
+  options?: ReadMatchesOptions,
+): AsyncGenerator<ReadMatchResult<Path>, void, undefined>;
 
 /** Watches the game's demo folder in a child process, which is started again when a replay has ended it. */
 export function watchReplays(options?: WatchOptions): ReplayWatch;
@@ -135,9 +161,12 @@ export class ReplayClient {
   constructor(options?: ReplayClientOptions);
   readReplay: typeof readReplay;
   readReplayText: typeof readReplayText;
+  readMatch: typeof readMatch;
+  readMatches: typeof readMatches;
   readReplays: typeof readReplays;
   readReplayTexts: typeof readReplayTexts;
   watchReplays: typeof watchReplays;
   /** Ends what is under way with `ERR_ABORTED` and closes the watches. Resolves when no child process is left. */
   close(): Promise<void>;
+  [Symbol.asyncDispose](): Promise<void>;
 }

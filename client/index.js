@@ -13,6 +13,8 @@ module.exports = {
   matchOf,
   readReplay: (path, options) => shared.readReplay(path, options),
   readReplayText: (path, options) => shared.readReplayText(path, options),
+  readMatch: (path, options) => shared.readMatch(path, options),
+  readMatches: (paths, options) => shared.readMatches(paths, options),
   readReplays: (paths, options) => shared.readReplays(paths, options),
   readReplayTexts: (paths, options) => shared.readReplayTexts(paths, options),
   watchReplays: (options) => shared.watchReplays(options),

@@ -5,6 +5,8 @@ export const {
   ReplayClient,
   ReplayError,
   matchOf,
+  readMatch,
+  readMatches,
   readReplay,
   readReplayText,
   readReplays,

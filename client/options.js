@@ -61,8 +61,11 @@ function execPath(program = process.execPath) {
 
 // A list of paths, not one: a string would be read as the list of its characters.
 function pathList(paths) {
-  if (typeof paths === 'object' && typeof paths?.[Symbol.iterator] === 'function') return paths;
-  throw invalid('paths must be an iterable of paths');
+  const isIterable = [Symbol.iterator, Symbol.asyncIterator].some(
+    (kind) => typeof paths?.[kind] === 'function',
+  );
+  if (typeof paths === 'object' && isIterable) return paths;
+  throw invalid('paths must be an iterable or an async iterable of paths');
 }
 
 function object(given = {}) {
@@ -76,4 +79,11 @@ function limits(given) {
   return { key: keyBuffer(key), signal: abortSignal(signal), timeout: timeoutMs(timeout) };
 }
 
-module.exports = { filePath, object, limits, concurrency, execPath, pathList };
+// What the reading of a match is told.
+function matchLimits(given) {
+  const { salvage = false, damageNames } = object(given);
+  if (typeof salvage !== 'boolean') throw invalid('salvage must be true or false');
+  return { ...limits(given), salvage, damageNames: damageNames && object(damageNames) };
+}
+
+module.exports = { filePath, object, limits, matchLimits, concurrency, execPath, pathList };

@@ -3,37 +3,40 @@
 
 const options = require('./options.js');
 const { ChildPool } = require('./child-pool.js');
+const { disposable, readInOrder } = require('./in-order.js');
+const { matchOf } = require('./match.js');
 const { ReplayError } = require('./replay-error.js');
 const { ReplayWatch } = require('./replay-watch.js');
 
-async function readText(pool, path, { key, signal, timeout }) {
+// Resolves with what the child answers: { text, facts? }, both in UTF-8.
+async function ask(pool, path, { key, signal, timeout, ...wanted }) {
   const file = options.filePath(path);
   const name = typeof path === 'string' ? path : file;
-  const { text, code, reason } = await pool.run({ path: file, key }, { path: name, signal, timeout });
-  if (code !== undefined) throw new ReplayError(code, reason, name);
+  const answer = await pool.run({ path: file, key, ...wanted }, { path: name, signal, timeout });
+  if (answer.code !== undefined) throw new ReplayError(answer.code, answer.reason, name);
+  return { ...answer, name };
+}
+
+function decoded(bytes, name) {
   try {
-    return text.toString('utf8');
+    return bytes.toString('utf8');
   } catch (error) {
     throw new ReplayError('ERR_OUT_OF_MEMORY', error.message, name, { cause: error });
   }
 }
 
-const readDocument = async (...reading) => JSON.parse(await readText(...reading));
-
-async function taken(results) {
-  const result = await results.shift();
-  if (result.error?.code === 'ERR_ABORTED') throw result.error;
-  return result;
+async function readText(...reading) {
+  const { text, name } = await ask(...reading);
+  return decoded(text, name);
 }
 
-// Yields what read(path) comes to, in the order of the paths, with as many reads ahead as keep the children busy.
-async function* readInOrder(paths, ahead, read) {
-  const results = [];
-  for (const path of paths) {
-    results.push(read(path).catch((error) => ({ path, error })));
-    if (results.length > ahead) yield await taken(results);
-  }
-  while (results.length > 0) yield await taken(results);
+const readDocument = async (...reading) => JSON.parse(await readText(...reading));
+
+async function readMatch(pool, path, { damageNames, salvage, ...limits }) {
+  const answer = await ask(pool, path, { ...limits, facts: true, salvage });
+  const text = decoded(answer.text, answer.name);
+  const facts = answer.facts && JSON.parse(decoded(answer.facts, answer.name));
+  return matchOf(JSON.parse(text), { path: answer.name, text, facts, damageNames });
 }
 
 // A set of child processes of its own. The package's functions belong to one client that is made of the defaults.
@@ -74,6 +77,16 @@ class ReplayClient {
     return this.#readMany('text', readText, paths, limits);
   }
 
+  // Resolves with the match of one replay. salvage: what is whole of a broken one is enough.
+  async readMatch(path, limits) {
+    return readMatch(this.#pool, path, options.matchLimits(limits));
+  }
+
+  // The same for many, as readReplays(): yields { path, match } or { path, error }.
+  readMatches(paths, limits) {
+    return this.#readMany('match', readMatch, paths, limits, options.matchLimits);
+  }
+
   // A ReplayWatch over the demo folder. Throws ERR_INVALID_ARGUMENT.
   watchReplays(limits) {
     const { key, signal } = options.limits(limits);
@@ -91,14 +104,19 @@ class ReplayClient {
     await Promise.all([...this.#open].map((part) => part.close()));
   }
 
-  async *#readMany(name, readOne, paths, given = {}) {
-    const limits = options.limits(given);
+  #readMany(...reading) {
+    return disposable(this.#results(...reading));
+  }
+
+  async *#results(name, readOne, paths, given = {}, limitsOf = options.limits) {
+    const limits = limitsOf(given);
     const { concurrency = this.#concurrency } = given;
-    const count = options.concurrency(concurrency);
+    const ahead = options.concurrency(concurrency);
     const list = options.pathList(paths);
-    const pool = this.#added(() => new ChildPool(count, this.#execPath));
+    const pool = this.#added(() => new ChildPool(ahead, this.#execPath));
+    const read = async (path) => ({ path, [name]: await readOne(pool, path, limits) });
     try {
-      yield* readInOrder(list, count, async (path) => ({ path, [name]: await readOne(pool, path, limits) }));
+      yield* readInOrder(list, { ahead, signal: limits.signal, read });
     } finally {
       this.#open.delete(pool);
       await pool.close();
@@ -112,5 +130,7 @@ class ReplayClient {
     return part;
   }
 }
+
+if (Symbol.asyncDispose) ReplayClient.prototype[Symbol.asyncDispose] = ReplayClient.prototype.close;
 
 module.exports = { ReplayClient };

@@ -1,0 +1,156 @@
+'use strict';
+// The match model: what it makes of a document, and how matches are read.
+
+const assert = require('node:assert/strict');
+const fs = require('node:fs');
+const path = require('node:path');
+const { test } = require('node:test');
+const { addonPath } = require('../support/reads.js');
+const { temporaryFolder } = require('../support/run.js');
+const { makeSeason } = require('../support/make-season.js');
+const w = require('../support/replay-writer.js');
+
+process.env.CORVANE_ADDON = addonPath;
+const { matchOf, readMatch, readMatches } = require('../../client');
+
+const folder = temporaryFolder();
+const sample = path.join(__dirname, '..', '..', 'samples', 'match.replay');
+let count = 0;
+function read(bytes, options) {
+  const file = path.join(folder, `match-${++count}.replay`);
+  fs.writeFileSync(file, bytes);
+  return readMatch(file, options);
+}
+
+const account = (digit) => ({ type: 17, id: Buffer.alloc(16, digit) });
+const id = (digit) => Buffer.alloc(16, digit).toString('hex');
+const elimination = (fields, Time1 = 0) => w.eventChunk({ Time1, data: w.playerElim(fields) });
+const matchWith = (...events) => read(w.replay({}, events));
+
+test('a match tells what the replay says', async () => {
+  const match = await readMatch(sample, { damageNames: { 3: 'rifle' } });
+  assert.equal(match.path, sample);
+  assert.equal(match.id, match.document.header.guid);
+  assert.equal(match.recordedTicks, 637489102335170000n);
+  assert.equal(match.recordedAt.toISOString(), '2021-02-14T14:37:13.517Z');
+  assert.deepEqual([match.durationMs, match.map], [1263100, 'Corvane_Isle']);
+  assert.deepEqual(match.settings, { SubGame: 'Duos', Region: 'EU' });
+  assert.deepEqual(match.engine, { version: '4.26.0', branch: '++Corvane+Main', changelist: 17882303 });
+  assert.deepEqual(match.team, { place: 1, of: 98 });
+  assert.deepEqual([match.own.eliminations, match.own.accuracy, match.own.traveledM], [3, 0.3125, 5238.17]);
+  const [knock] = match.eliminations;
+  assert.deepEqual([knock.timeMs, knock.kind, knock.damageName], [74250, 'knock', 'rifle']);
+  assert.deepEqual(knock.victimAt, { x: -102.405, y: 88.3125, z: 5.12 });
+  assert.equal(knock.distanceM.toFixed(3), '1.464');
+  const own = match.players.find(({ player }) => player === knock.attacker);
+  assert.deepEqual([own.eliminations, own.knocks, own.timesKnocked, own.deaths], [3, 1, 1, 0]);
+  assert.deepEqual(JSON.parse(JSON.stringify(match)).recordedTicks, '637489102335170000');
+});
+
+test('what the replay does not say is null', async () => {
+  const match = await read(w.replay({ FileVersion: 1 }));
+  for (const name of ['name', 'recordedAt', 'recordedTicks', 'durationMs', 'map', 'engine', 'own', 'team']) {
+    assert.equal(match[name], null, name);
+  }
+  const bare = await read(w.replay({}, w.headerChunk({ Version: 10, levels: [] })));
+  assert.deepEqual(bare.engine, { version: null, branch: null, changelist: null });
+  const { eliminations } = await matchWith(
+    elimination({ killedAt: [NaN, 1, 1], killerAt: [300, 0, 0] }),
+    elimination({ killedAt: [0, 0, 0], killerAt: [300, 0, 400] }),
+    elimination({}),
+    elimination({ killedAt: [300, 0, 0], killer: { type: 0 } }),
+  );
+  assert.deepEqual(
+    eliminations.map(({ distanceM, attackerAt }) => [distanceM, attackerAt]),
+    [
+      [null, { x: 3, y: 0, z: 0 }],
+      [5, { x: 3, y: 0, z: 4 }],
+      [null, null],
+      [null, null],
+    ],
+  );
+});
+
+test('a match without a GUID is known by its content', async () => {
+  const replay = (Timestamp) => w.replay({ Timestamp }, w.headerChunk({ Version: 11 }));
+  const [first, copy, other] = await Promise.all([1n, 1n, 2n].map((ticks) => read(replay(ticks))));
+  assert.match(first.id, /^[0-9a-f]{32}$/);
+  assert.equal(first.id, copy.id);
+  assert.notEqual(first.id, other.id);
+});
+
+test('players: accounts and named bots are the same in all events, unnamed ones never are', async () => {
+  const [a, b] = [account(1), account(2)];
+  const named = { type: 16, id: 'Søren B' };
+  const match = await matchWith(
+    elimination({ killed: b, killer: b }, 900),
+    elimination({ killed: named, killer: a, knocked: 1 }, 100),
+    elimination({ killed: named, killer: { type: 0 } }, 200),
+    elimination({ killed: { type: 3 }, killer: { type: 3 } }, 300),
+    elimination({ killed: a, killer: named }, 400),
+  );
+  assert.deepEqual(
+    match.eliminations.map(({ timeMs }) => timeMs),
+    [100, 200, 300, 400, 900],
+  );
+  const facts = match.players.map(({ player, eliminations, knocks, timesKnocked, deaths, ...end }) => [
+    player.id ?? player.name ?? player.kind,
+    ...[eliminations, knocks, timesKnocked, deaths],
+    end.endedBy && (end.endedBy.id ?? end.endedBy.name ?? end.endedBy.kind),
+    end.selfInflicted,
+  ]);
+  const bot = match.players[2].player.name;
+  assert.deepEqual(facts, [
+    [id(2), 0, 0, 0, 1, id(2), true],
+    [id(1), 0, 1, 0, 1, bot, false],
+    [bot, 1, 0, 1, 1, 'unknown', null],
+    ['unknown', 1, 0, 0, 0, null, null],
+    ['bot', 1, 0, 0, 0, null, null],
+    ['bot', 0, 0, 0, 1, 'bot', null],
+  ]);
+});
+
+test('many are read in order, from any kind of source, and a late path holds nothing back', async () => {
+  const season = makeSeason(path.join(folder, 'season'), 12);
+  let gotFirst;
+  const first = new Promise((resolve) => (gotFirst = resolve));
+  async function* paths() {
+    yield season[0].file;
+    await first; // never comes if the first result waits for the second path
+    for (const { file } of season.slice(1)) yield file;
+    yield path.join(folder, 'none');
+  }
+  const results = [];
+  for await (const result of readMatches(paths(), { concurrency: 2 })) {
+    gotFirst();
+    results.push(result);
+  }
+  assert.equal(results.pop().error.code, 'ERR_UNREADABLE');
+  for (const [i, { match }] of results.entries()) {
+    const { file, mode, map, place, total, own } = season[i];
+    assert.deepEqual([match.path, match.settings.SubGame, match.map], [file, mode, map]);
+    assert.deepEqual([match.team, match.own.eliminations], [{ place, of: total }, own.kills]);
+  }
+});
+
+test('a signal ends the wait for a path; await using ends the children', async () => {
+  const stuck = { [Symbol.asyncIterator]: () => ({ next: () => new Promise(() => {}) }) };
+  const stop = new AbortController();
+  const reading = readMatches(stuck, { signal: stop.signal }).next();
+  setImmediate(() => stop.abort());
+  await assert.rejects(reading, { code: 'ERR_ABORTED' });
+  await assert.rejects(readMatches(stuck, { signal: stop.signal }).next(), { code: 'ERR_ABORTED' });
+  if (Symbol.asyncDispose === undefined) return;
+  const matches = readMatches([sample, sample]);
+  await matches.next();
+  await matches[Symbol.asyncDispose]();
+  assert.ok((await matches.next()).done);
+});
+
+test('a document of ReadCorvaneDemo will do, without the last digits of the time', () => {
+  const addon = require(addonPath);
+  const document = JSON.parse(addon.ReadCorvaneDemo(sample));
+  const match = matchOf(document);
+  assert.deepEqual([match.recordedTicks, match.state], [null, null]);
+  assert.equal(match.recordedAt.getUTCFullYear(), 2021);
+});
