@@ -1,6 +1,4 @@
 'use strict';
-// The package's three functions, as the native add-on has them.
+// The package's three functions.
 
-const { ReadCorvaneDemo, StartCorvaneWatcher, StopCorvaneWatcher } = require('./load-addon.js')();
-
-module.exports = { ReadCorvaneDemo, StartCorvaneWatcher, StopCorvaneWatcher };
+module.exports = require('./installed.js')('./native.js');

@@ -1,4 +1,4 @@
 // The same three functions for `import`.
-import addon from './index.js';
+import installed from './installed.mjs';
 
-export const { ReadCorvaneDemo, StartCorvaneWatcher, StopCorvaneWatcher } = addon;
+export const { ReadCorvaneDemo, StartCorvaneWatcher, StopCorvaneWatcher } = installed('./native.js');

@@ -26,19 +26,23 @@ function isMusl() {
   return process.platform === 'linux' && !process.report.getReport().header.glibcVersionRuntime;
 }
 
+const INCOMPLETE = 'The package is incomplete: install it anew.';
+
 function advice(file) {
   const hosts = prebuiltHosts();
   if (process.env.CORVANE_ADDON)
     return 'CORVANE_ADDON must be the absolute path of an add-on for this host, or unset.';
-  if (hosts.length === 0)
-    return 'The package is incomplete: install it anew (in a checkout: run scripts/prebuild).';
+  if (hosts.length === 0 && fs.existsSync(path.join(__dirname, 'scripts', 'prebuild')))
+    return 'In a checkout: run scripts/prebuild.';
+  if (hosts.length === 0) return INCOMPLETE;
   if (!hosts.includes(host)) return `Run it in a Node.js or Electron for one of: ${hosts.join(', ')}.`;
-  if (!fs.existsSync(file)) return 'The package is incomplete: install it anew.';
+  if (!fs.existsSync(file)) return INCOMPLETE;
   if (isMusl()) return 'The Linux add-on needs the GNU C library; this system has another one.';
   return 'The file is there, but the system refused it: the reason above is its own.';
 }
 
 function loadFailure(file, reason) {
+  const hint = `${advice(file)} See docs/troubleshooting.md.`;
   const lines = [
     'corvane_napi: the native add-on could not be loaded.',
     `  platform:     ${process.platform}`,
@@ -46,9 +50,10 @@ function loadFailure(file, reason) {
     `  runtime:      ${runtime()}`,
     `  tried:        ${file}`,
     `  reason:       ${reason.message.trim()}`,
-    `  what to do:   ${advice(file)} See docs/troubleshooting.md.`,
+    `  what to do:   ${hint}`,
   ];
-  return Object.assign(new Error(lines.join('\n'), { cause: reason }), { code: 'ERR_CORVANE_ADDON' });
+  const error = new Error(lines.join('\n'), { cause: reason });
+  return Object.assign(error, { code: 'ERR_CORVANE_ADDON', hint });
 }
 
 // The native module. CORVANE_ADDON, an absolute path, replaces the packaged file: for builds of one's own.

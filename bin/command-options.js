@@ -1,6 +1,7 @@
 'use strict';
 // Options that several commands share, and what their values may be.
 
+const { constants } = require('node:buffer');
 const fs = require('node:fs');
 const { InvalidArgumentError, Option } = require('commander');
 const { failureOf, usageFailure } = require('./failures.js');
@@ -13,6 +14,7 @@ function keyBytes(text) {
   return /^([0-9a-f]{32}|[0-9a-f]{48}|[0-9a-f]{64})$/i.test(digits) ? Buffer.from(digits, 'hex') : undefined;
 }
 
+const MOST_MIB = Math.ceil(constants.MAX_STRING_LENGTH / 2 ** 20);
 const KEY_FORM = '16, 24 or 32 bytes as hexadecimal digits';
 
 function keyArgument(text) {
@@ -32,6 +34,12 @@ function milliseconds(text) {
   throw new InvalidArgumentError('It must be a number of seconds above 0.');
 }
 
+function mebibytes(text) {
+  const value = Number(text) * 2 ** 20;
+  if (Number.isInteger(value) && value > 0 && value <= constants.MAX_STRING_LENGTH) return value;
+  throw new InvalidArgumentError(`It must be a number of MiB above 0, below ${MOST_MIB}.`);
+}
+
 // Each adds its options to a Command and returns it.
 const withKey = (command) =>
   command
@@ -45,14 +53,19 @@ const withKey = (command) =>
         .conflicts('keyFile'),
     )
     .addHelpText('after', `\nThe key is ${KEY_FORM}. It may also be in the variable ${KEY_VARIABLE}.`);
-const withTimeout = (command) =>
-  command.option('--timeout <seconds>', 'time limit for each replay', milliseconds);
+const withLimits = (command) =>
+  command
+    .option('--timeout <seconds>', 'time limit for each replay', milliseconds)
+    .option('--max-mib <number>', 'size limit for the JSON of each replay (default: 64)', mebibytes);
 const withJobs = (command) =>
   command.option(
     '-j, --jobs <number>',
     'how many replays are read at once (default: one per processor)',
     jobCount,
   );
+
+// What the client is to be told of parsed options: --timeout and --max-mib.
+const limitsOf = ({ timeout, maxMib }) => ({ timeout, maxDocumentBytes: maxMib });
 
 // The key of parsed options: that of --key, --key-file or the variable, in this order; undefined without one. Throws what
 // failures.js knows.
@@ -72,4 +85,4 @@ function readKeyFile(file) {
   }
 }
 
-module.exports = { keyOf, withJobs, withKey, withTimeout };
+module.exports = { keyOf, limitsOf, withJobs, withKey, withLimits };

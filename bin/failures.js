@@ -13,6 +13,8 @@ const KINDS = [
   [10, 'ERR_CORVANE_ADDON', 'the native add-on cannot be loaded'],
   [11, 'ERR_NO_DEMO_FOLDER', 'there is no demo folder to watch'],
   [12, 'ERR_OUTPUT', 'the output cannot be written'],
+  [13, 'ERR_DOCUMENT_TOO_LARGE', 'a document is larger than --max-mib allows'],
+  [14, 'ERR_CHILD_START', 'the process that reads replays cannot be started'],
   [130, 'ERR_ABORTED', 'interrupted'],
 ];
 
@@ -42,7 +44,10 @@ const usageFailure = (message) => failureOf('ERR_INVALID_ARGUMENT', message);
 const endsRun = ({ code }) => code === 'ERR_CORVANE_ADDON';
 
 // The error as lines for standard error.
-const failureText = ({ message }) => `corvane-replay: ${message}\n`.split('\n').map(printable).join('\n');
+function failureText({ message, hint }) {
+  const advice = hint && !message.includes(hint) ? `. ${hint}` : '';
+  return `corvane-replay: ${message}${advice}\n`.split('\n').map(printable).join('\n');
+}
 
 module.exports = {
   STATUS_HELP,

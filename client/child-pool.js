@@ -9,6 +9,8 @@ const IDLE_MS = 10_000;
 
 const closed = (path) => new ReplayError('ERR_ABORTED', 'the client is closed', path);
 
+const lateFailure = ({ timeout, path }) => new ReplayError('ERR_TIMEOUT', `more than ${timeout} ms`, path);
+
 class ChildPool {
   #size;
   #execPath;
@@ -25,13 +27,14 @@ class ChildPool {
     this.#execPath = execPath;
   }
 
-  // Resolves with a child's answer to the request. path: the file's name in errors. timeout: milliseconds that the
-  // child may take. Rejects with ERR_ABORTED, ERR_TIMEOUT or ERR_CHILD_LOST.
-  run(request, { path, signal, timeout }) {
+  // Resolves with what finish(answer) makes of a child's answer to the request. path: the file's name in errors. timeout:
+  // milliseconds until the result is there, from when a child begins with it. Rejects with ERR_ABORTED, ERR_TIMEOUT,
+  // ERR_CHILD_START or ERR_CHILD_LOST, and with what finish throws.
+  run(request, { path, signal, timeout, finish }) {
     return new Promise((resolve, reject) => {
       if (this.#isClosed) throw closed(path);
       if (signal?.aborted) throw ReplayError.aborted(signal, path);
-      const job = { request, path, signal, timeout, resolve, reject };
+      const job = { request, path, signal, timeout, finish, resolve, reject };
       if (signal) this.#heed(signal, job);
       this.#waiting.add(job);
       this.#assign();
@@ -41,9 +44,8 @@ class ChildPool {
   // Rejects what is being read or waits with ERR_ABORTED. Resolves when no child is left.
   async close() {
     this.#isClosed = true;
-    for (const job of [...this.#waiting, ...this.#jobs.values()]) {
-      if (job !== null) this.#giveUp(job, closed(job.path));
-    }
+    const jobs = [...this.#waiting, ...this.#jobs.values()].filter((job) => job !== null);
+    this.#giveUp(jobs, ({ path }) => closed(path));
     this.#endIdle();
     await Promise.all([...this.#dying].map((child) => child.gone));
   }
@@ -51,7 +53,6 @@ class ChildPool {
   #assign() {
     clearTimeout(this.#idleTimer);
     for (const job of this.#waiting) {
-      if (job.signal?.aborted) continue; // it is about to be given up, and needs no child for that
       const child = this.#freeChild();
       if (child === undefined) return;
       this.#waiting.delete(job);
@@ -63,8 +64,7 @@ class ChildPool {
   #heed(signal, job) {
     if (!this.#heeded.has(signal)) {
       const jobs = new Set();
-      const onAbort = () =>
-        jobs.forEach((each) => this.#giveUp(each, ReplayError.aborted(signal, each.path)));
+      const onAbort = () => this.#giveUp(jobs, ({ path }) => ReplayError.aborted(signal, path));
       signal.addEventListener('abort', onAbort);
       this.#heeded.set(signal, { jobs, onAbort });
     }
@@ -93,11 +93,8 @@ class ChildPool {
 
   #newChild() {
     const child = new ChildProcess(this.#execPath, {
-      onMessage: (answer) => this.#settle(child, (job) => job.resolve(answer)),
-      onEnd: (reason) => {
-        const lost = (job) => job.reject(new ReplayError('ERR_CHILD_LOST', reason, job.path));
-        this.#settle(child, lost, { isGone: true });
-      },
+      onMessage: (answer) => this.#answered(child, answer),
+      onEnd: (code, reason) => this.#lost(child, code, reason),
     });
     return child;
   }
@@ -105,32 +102,49 @@ class ChildPool {
   #start(job, child) {
     this.#jobs.set(child, job);
     job.child = child;
+    job.begun = performance.now();
     if (job.timeout !== undefined) {
-      const late = new ReplayError('ERR_TIMEOUT', `more than ${job.timeout} ms`, job.path);
-      job.timer = setTimeout(() => this.#giveUp(job, late), job.timeout);
+      job.timer = setTimeout(() => this.#giveUp([job], lateFailure), job.timeout);
     }
     child.hold(true);
     child.send(job.request);
   }
 
-  // The child has answered, or has ended while it was idle or at work.
-  #settle(child, conclude, { isGone = false } = {}) {
+  #answered(child, answer) {
     const job = this.#jobs.get(child);
-    if (isGone) this.#jobs.delete(child);
-    else this.#jobs.set(child, null);
+    this.#jobs.set(child, null);
     child.hold(false);
-    if (job !== null) {
+    this.#forget(job);
+    this.#assign(); // the child reads on while its answer is worked on here
+    try {
+      const result = job.finish(answer);
+      if (performance.now() - job.begun > job.timeout) throw lateFailure(job);
+      job.resolve(result);
+    } catch (error) {
+      job.reject(error);
+    }
+  }
+
+  // The child has ended while it was idle or at work.
+  #lost(child, code, reason) {
+    const job = this.#jobs.get(child);
+    this.#jobs.delete(child);
+    child.hold(false);
+    if (job) {
       this.#forget(job);
-      conclude(job);
+      job.reject(new ReplayError(code, reason, job.path));
     }
     this.#assign();
   }
 
-  #giveUp(job, error) {
-    this.#forget(job);
-    job.reject(error);
-    this.#waiting.delete(job);
-    if (job.child !== undefined) this.#end(job.child);
+  // jobs: waiting or at work. errorOf(job): what each is rejected with.
+  #giveUp(jobs, errorOf) {
+    for (const job of jobs) {
+      this.#forget(job);
+      this.#waiting.delete(job);
+      if (job.child !== undefined) this.#end(job.child);
+      job.reject(errorOf(job));
+    }
     this.#assign();
   }
 

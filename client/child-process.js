@@ -2,27 +2,35 @@
 // One child process that reads or watches: its start, its channel, and why it ended.
 
 const { fork } = require('node:child_process');
+const fs = require('node:fs');
 const path = require('node:path');
 
-const PROGRAM = path.join(__dirname, 'child.js');
-
-// So many characters of the end of a child's standard error are kept for the reason of its end.
+// Bytes of the end of a child's standard error that are kept for the reason of its end.
 const KEPT_STDERR = 4096;
+
+// What a child's environment does not get from the application: an inspector's port, for one, cannot be shared. Windows
+// knows a variable in any case of letters.
+const NOT_INHERITED = /^(NODE_OPTIONS|ELECTRON_RUN_AS_NODE)$/i;
 
 // Children that still run. A child ends by itself when its parent is gone, but not while it reads.
 const running = new Set();
 process.on('exit', () => running.forEach((child) => child.kill('SIGKILL')));
 
-// In Electron and its like the program is the application; with ELECTRON_RUN_AS_NODE it is Node.js. Flags and
-// NODE_OPTIONS are the application's own: an inspector's port, for one, cannot be shared.
+// In Electron and its like the program is the application; with ELECTRON_RUN_AS_NODE it is Node.js.
 function environment() {
-  const env = { ...process.env, ELECTRON_RUN_AS_NODE: '1' };
-  delete env.NODE_OPTIONS;
-  return env;
+  const inherited = Object.entries(process.env).filter(([name]) => !NOT_INHERITED.test(name));
+  return { ...Object.fromEntries(inherited), ELECTRON_RUN_AS_NODE: '1' };
+}
+
+// Beside Electron's archive, if it is packed so: a Node.js other than Electron's cannot read in the archive.
+function program() {
+  const file = path.join(__dirname, 'child.js');
+  const unpacked = file.replace(/\bapp\.asar(?=[\\/])/, 'app.asar.unpacked');
+  return fs.existsSync(unpacked) ? unpacked : file;
 }
 
 function start(execPath) {
-  return fork(PROGRAM, [], {
+  return fork(program(), [], {
     execPath,
     execArgv: [],
     env: environment(),
@@ -35,6 +43,7 @@ function start(execPath) {
 class ChildProcess {
   #process;
   #stderr = '';
+  #isReady = false;
   #onMessage;
   #onEnd;
   #resolveGone;
@@ -42,15 +51,16 @@ class ChildProcess {
   // Resolves when the process is no more.
   gone = new Promise((resolve) => (this.#resolveGone = resolve));
 
-  // onMessage(message): what the child sends. onEnd(reason): it has ended, or could not be started; called once. After
-  // kill() neither is called, and none of them before this constructor has returned.
+  // onMessage(message): what the child sends. onEnd(code, reason): it has ended (ERR_CHILD_LOST) or did not start
+  // (ERR_CHILD_START); called once. After kill() neither is called, and none of them before this constructor has
+  // returned.
   constructor(execPath, { onMessage, onEnd }) {
     this.#onMessage = onMessage;
     this.#onEnd = onEnd;
     try {
       this.#process = start(execPath);
     } catch (error) {
-      process.nextTick(() => this.#ended(error.message));
+      this.#failToStart(error);
       return;
     }
     running.add(this.#process);
@@ -81,13 +91,24 @@ class ChildProcess {
 
   #listen() {
     const child = this.#process;
-    child.on('message', (message) => this.#onMessage(message));
+    child.on('message', (message) => this.#receive(message));
     child.stderr?.setEncoding('utf8').on('data', (text) => {
       this.#stderr = (this.#stderr + text).slice(-KEPT_STDERR);
     });
     // Not 'exit': the last of standard error may come after it. 'error' is for a child that could not be started.
     child.on('close', (status, signal) => this.#ended(this.#reason(status, signal)));
-    child.on('error', (error) => this.#ended(error.message));
+    child.on('error', (error) => this.#failToStart(error));
+  }
+
+  #receive(message) {
+    if (message.ready) this.#isReady = true;
+    else this.#onMessage(message);
+  }
+
+  // Not at once: the system takes the failed child's pipes back when the event loop turns, and until then no other is to
+  // be started.
+  #failToStart({ message }) {
+    setImmediate(() => this.#ended(message));
   }
 
   #reason(status, signal) {
@@ -99,7 +120,7 @@ class ChildProcess {
     running.delete(this.#process);
     const report = this.#onEnd;
     this.#onMessage = this.#onEnd = () => {};
-    report(reason);
+    report(this.#isReady ? 'ERR_CHILD_LOST' : 'ERR_CHILD_START', reason);
     this.#resolveGone();
   }
 }

@@ -2,9 +2,12 @@
 // The program of the child processes. It is told what to do over the IPC channel and answers there. Its standard output
 // takes the native add-on's own lines, which nobody reads; its standard error says why it ended.
 //
-//     { path, key }  reads a replay; answers { text }, the document in UTF-8, or { code, reason }
-//     { key }        watches the demo folder; answers { watching: true }, then { payload } for each result, or once
-//                    { code, reason }
+//     first            { ready: true }
+//     { path, key, maxDocumentBytes }
+//                      reads a replay; answers { text }, the document in UTF-8, or { code, reason, hint }
+//     { key, maxDocumentBytes }
+//                      watches the demo folder; answers { watching: true }, then { payload } for each result, or once
+//                      { code, reason, hint }
 
 const fs = require('node:fs');
 const loadAddon = require('../load-addon.js');
@@ -19,23 +22,34 @@ function openFailure(path) {
   }
 }
 
-// What has no code is none of the add-on's own errors: it is not the add-on that belongs to this client. Of a file that
-// is cut short the native side only says that its stream has failed.
-function failure({ code = 'ERR_CORVANE_ADDON', message }) {
+// An error without a code means that another add-on was loaded. Of a file that is cut short the native side only says
+// that its stream has failed.
+function failure({ code, message, hint }) {
+  if (code === undefined)
+    return { code: 'ERR_CORVANE_ADDON', reason: `another add-on was loaded: ${message}` };
   const isCut = code === 'ERR_CORRUPT' && message.startsWith('ios_base::failbit set');
-  return { code, reason: isCut ? 'the file ends too early' : message.trim() };
+  return { code, reason: isCut ? 'the file ends too early' : message.trim(), hint };
 }
 
-function read(path, key) {
+// More than the limit never reaches the application, which would have to hold it twice and to parse it.
+function limited(text, maxDocumentBytes) {
+  if (text.length <= maxDocumentBytes) return { text };
+  return {
+    code: 'ERR_DOCUMENT_TOO_LARGE',
+    reason: `${text.length} bytes; maxDocumentBytes is ${maxDocumentBytes}`,
+  };
+}
+
+function read({ path, key, maxDocumentBytes }) {
   try {
-    return { text: loadAddon().readReplayDocument(path, key) };
+    return limited(loadAddon().readReplayDocument(path, key), maxDocumentBytes);
   } catch (error) {
-    const { code, reason } = failure(error);
-    return { code, reason: (code === 'ERR_UNREADABLE' && openFailure(path)) || reason };
+    const { reason, ...rest } = failure(error);
+    return { ...rest, reason: (rest.code === 'ERR_UNREADABLE' && openFailure(path)) || reason };
   }
 }
 
-function watch(key) {
+function watch({ key }) {
   try {
     loadAddon().StartCorvaneWatcher((payload) => answer({ payload }), key);
     // Without a demo folder the first payload says so, and is on its way by then: the parent hears of it first.
@@ -50,7 +64,8 @@ function answer(message) {
   process.send(message, () => {});
 }
 
-process.on('message', ({ path, key }) => (path === undefined ? watch(key) : answer(read(path, key))));
+process.on('message', (order) => (order.path === undefined ? watch(order) : answer(read(order))));
 process.on('disconnect', () => process.exit());
 // A terminal's interrupt goes to both; what comes of it is the parent's decision.
 for (const signal of ['SIGINT', 'SIGHUP']) process.on(signal, () => {});
+answer({ ready: true });

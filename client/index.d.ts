@@ -12,8 +12,10 @@ export type ReplayErrorCode =
   | 'ERR_KEY_REQUIRED'
   | 'ERR_CORRUPT'
   | 'ERR_OUT_OF_MEMORY'
+  | 'ERR_DOCUMENT_TOO_LARGE'
   | 'ERR_TIMEOUT'
   | 'ERR_ABORTED'
+  | 'ERR_CHILD_START'
   | 'ERR_CHILD_LOST'
   | 'ERR_CORVANE_ADDON'
   | 'ERR_NO_DEMO_FOLDER'
@@ -22,12 +24,26 @@ export type ReplayErrorCode =
 /** What every function of the client fails with. */
 export class ReplayError extends Error {
   private constructor();
-  readonly name: 'ReplayError';
+  /** `'AbortError'` for `ERR_ABORTED`. */
+  readonly name: 'ReplayError' | 'AbortError';
   readonly code: ReplayErrorCode;
   /** What the native side, the system or the child process said. */
   readonly reason: string;
-  /** The file as it was named; absent when the error is about none. */
+  /** What to do about it. */
+  readonly hint: string;
+  /** The file as it was named, or the missing folder; absent when the error is about none. */
   readonly path?: string;
+  /** For `JSON.stringify` and for posting to another thread: an `Error` loses its code there. */
+  toJSON(): ReplayErrorFields;
+}
+
+export interface ReplayErrorFields {
+  name: string;
+  code: ReplayErrorCode;
+  message: string;
+  reason: string;
+  hint: string;
+  path?: string;
 }
 
 /** The path of a replay, or its `file:` URL. */
@@ -39,10 +55,12 @@ export type ReplayKey = ArrayBufferLike | ArrayBufferView;
 export interface WatchOptions {
   key?: ReplayKey;
   signal?: AbortSignal;
+  /** A larger document is refused, in bytes of JSON. Default: 64 MiB, or less if the heap of the application is small. */
+  maxDocumentBytes?: number;
 }
 
 export interface ReadOptions extends WatchOptions {
-  /** Milliseconds that reading a file may take, once its turn has come. */
+  /** Milliseconds until the result is there, once the file's turn has come. */
   timeout?: number;
 }
 
@@ -113,6 +131,12 @@ export function readMatches<Path extends ReplayPath>(
   paths: ReplayPaths<Path>,
   options?: ReadMatchesOptions,
 ): AsyncGenerator<ReadMatchResult<Path>, void, undefined>;
+
+/**
+ * Ends the child processes and the watches of the module's functions; reads under way reject with `ERR_ABORTED`. Resolves
+ * when no child process is left. Called again, the functions start new ones.
+ */
+export function closeClient(): Promise<void>;
 
 /** Watches the game's demo folder in a child process, which is started again when a replay has ended it. */
 export function watchReplays(options?: WatchOptions): ReplayWatch;

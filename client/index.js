@@ -1,21 +1,4 @@
 'use strict';
-// corvane_napi/client: replays read and watched in child processes, so that none of them can end the application.
+// corvane_napi/client.
 
-const { matchOf } = require('./match.js');
-const { ReplayClient } = require('./replay-client.js');
-const { ReplayError } = require('./replay-error.js');
-
-const shared = new ReplayClient();
-
-module.exports = {
-  ReplayClient,
-  ReplayError,
-  matchOf,
-  readReplay: (path, options) => shared.readReplay(path, options),
-  readReplayText: (path, options) => shared.readReplayText(path, options),
-  readMatch: (path, options) => shared.readMatch(path, options),
-  readMatches: (paths, options) => shared.readMatches(paths, options),
-  readReplays: (paths, options) => shared.readReplays(paths, options),
-  readReplayTexts: (paths, options) => shared.readReplayTexts(paths, options),
-  watchReplays: (options) => shared.watchReplays(options),
-};
+module.exports = require('../installed.js')('./client/main.js');

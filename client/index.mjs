@@ -1,9 +1,10 @@
 // The same for `import`.
-import client from './index.js';
+import installed from '../installed.mjs';
 
 export const {
   ReplayClient,
   ReplayError,
+  closeClient,
   matchOf,
   readMatch,
   readMatches,
@@ -12,4 +13,4 @@ export const {
   readReplays,
   readReplayTexts,
   watchReplays,
-} = client;
+} = installed('./client/main.js');

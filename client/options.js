@@ -2,15 +2,20 @@
 // What callers pass, checked and brought into the form that the rest of the client works with. What is wrong throws a
 // ReplayError ERR_INVALID_ARGUMENT.
 
+const { constants } = require('node:buffer');
 const os = require('node:os');
 const path = require('node:path');
 const { fileURLToPath } = require('node:url');
 const { isAnyArrayBuffer } = require('node:util/types');
+const v8 = require('node:v8');
 const { ReplayError } = require('./replay-error.js');
 
 const MAX_CONCURRENCY = 64;
 const MAX_TIMER_MS = 2 ** 31 - 1;
 const AES_KEY_BYTES = [16, 24, 32];
+
+// Far more than any match needs. Parsed, a document takes several times its text; a small heap is to survive it.
+const DEFAULT_DOCUMENT_BYTES = Math.min(2 ** 26, Math.floor(v8.getHeapStatistics().heap_size_limit / 16));
 
 const invalid = (reason) => new ReplayError('ERR_INVALID_ARGUMENT', reason);
 
@@ -47,6 +52,11 @@ function timeoutMs(timeout) {
   throw invalid(`timeout must be a number of milliseconds, above 0 and at most ${MAX_TIMER_MS}`);
 }
 
+function documentBytes(limit = DEFAULT_DOCUMENT_BYTES) {
+  if (Number.isInteger(limit) && limit >= 1 && limit <= constants.MAX_STRING_LENGTH) return limit;
+  throw invalid(`maxDocumentBytes must be a whole number from 1 to ${constants.MAX_STRING_LENGTH}`);
+}
+
 const processors = () => Math.min(os.availableParallelism?.() ?? os.cpus().length, MAX_CONCURRENCY);
 
 function concurrency(count = processors()) {
@@ -68,22 +78,48 @@ function pathList(paths) {
   throw invalid('paths must be an iterable or an async iterable of paths');
 }
 
-function object(given = {}) {
-  if (typeof given === 'object' && given !== null) return given;
-  throw invalid('options must be an object');
+// given: an object of no other members than these, so that what is misspelt is not passed over.
+function members(given = {}, names) {
+  if (typeof given !== 'object' || given === null) throw invalid('options must be an object');
+  const unknown = Object.keys(given).find((name) => !names.includes(name));
+  if (unknown === undefined) return given;
+  throw invalid(`there is no option ${unknown}; there are ${names.join(', ')}`);
 }
 
-// What one reading is told, whichever function it is for.
-function limits(given) {
-  const { key, signal, timeout } = object(given);
-  return { key: keyBuffer(key), signal: abortSignal(signal), timeout: timeoutMs(timeout) };
-}
+const WATCH = ['key', 'signal', 'maxDocumentBytes'];
+const READ = [...WATCH, 'timeout'];
+
+// What one reading or watching is told, whichever function it is for.
+const checked = ({ key, signal, timeout, maxDocumentBytes, ...more }) => ({
+  ...more,
+  key: keyBuffer(key),
+  signal: abortSignal(signal),
+  timeout: timeoutMs(timeout),
+  maxDocumentBytes: documentBytes(maxDocumentBytes),
+});
+
+// more: names of options that the caller checks.
+const limits = (given, more = []) => checked(members(given, [...READ, ...more]));
+const watchLimits = (given) => checked(members(given, WATCH));
 
 // What the reading of a match is told.
-function matchLimits(given) {
-  const { salvage = false, damageNames } = object(given);
+function matchLimits(given, more = []) {
+  const { salvage = false, damageNames, ...rest } = limits(given, ['salvage', 'damageNames', ...more]);
   if (typeof salvage !== 'boolean') throw invalid('salvage must be true or false');
-  return { ...limits(given), salvage, damageNames: damageNames && object(damageNames) };
+  if (damageNames !== undefined && Object(damageNames) !== damageNames)
+    throw invalid('damageNames must be an object');
+  return { ...rest, salvage, damageNames };
 }
 
-module.exports = { filePath, object, limits, matchLimits, concurrency, execPath, pathList };
+const clientOptions = (given) => members(given, ['concurrency', 'execPath']);
+
+module.exports = {
+  clientOptions,
+  concurrency,
+  execPath,
+  filePath,
+  limits,
+  matchLimits,
+  pathList,
+  watchLimits,
+};

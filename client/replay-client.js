@@ -8,13 +8,10 @@ const { matchOf } = require('./match.js');
 const { ReplayError } = require('./replay-error.js');
 const { ReplayWatch } = require('./replay-watch.js');
 
-// Resolves with what the child answers: { text, facts? }, both in UTF-8.
-async function ask(pool, path, { key, signal, timeout, ...wanted }) {
-  const file = options.filePath(path);
-  const name = typeof path === 'string' ? path : file;
-  const answer = await pool.run({ path: file, key, ...wanted }, { path: name, signal, timeout });
-  if (answer.code !== undefined) throw new ReplayError(answer.code, answer.reason, name);
-  return { ...answer, name };
+// What a child's answer comes to: each is given { text, facts?, code, reason, hint } and the name of the file.
+function textOf({ text, code, reason, hint }, name) {
+  if (code !== undefined) throw new ReplayError(code, reason, name, { hint });
+  return decoded(text, name);
 }
 
 function decoded(bytes, name) {
@@ -25,18 +22,21 @@ function decoded(bytes, name) {
   }
 }
 
-async function readText(...reading) {
-  const { text, name } = await ask(...reading);
-  return decoded(text, name);
+const documentOf = (answer, name) => JSON.parse(textOf(answer, name));
+
+function matchOfAnswer(answer, name, { damageNames }) {
+  const text = textOf(answer, name);
+  const facts = answer.facts && JSON.parse(decoded(answer.facts, name));
+  return matchOf(JSON.parse(text), { path: name, text, facts, damageNames });
 }
 
-const readDocument = async (...reading) => JSON.parse(await readText(...reading));
-
-async function readMatch(pool, path, { damageNames, salvage, ...limits }) {
-  const answer = await ask(pool, path, { ...limits, facts: true, salvage });
-  const text = decoded(answer.text, answer.name);
-  const facts = answer.facts && JSON.parse(decoded(answer.facts, answer.name));
-  return matchOf(JSON.parse(text), { path: answer.name, text, facts, damageNames });
+// make: one of those above.
+async function read(pool, make, path, { key, maxDocumentBytes, signal, timeout, salvage, ...more }) {
+  const file = options.filePath(path);
+  const name = typeof path === 'string' ? path : file;
+  const request = { path: file, key, maxDocumentBytes };
+  if (make === matchOfAnswer) Object.assign(request, { facts: true, salvage });
+  return pool.run(request, { path: name, signal, timeout, finish: (answer) => make(answer, name, more) });
 }
 
 // A set of child processes of its own. The package's functions belong to one client that is made of the defaults.
@@ -50,7 +50,7 @@ class ReplayClient {
   // concurrency: how many children read at once (default: one per processor). execPath: the program that runs the
   // children (default: the running one): Node.js, or what is Node.js with ELECTRON_RUN_AS_NODE.
   constructor(given) {
-    const { concurrency, execPath } = options.object(given);
+    const { concurrency, execPath } = options.clientOptions(given);
     this.#concurrency = options.concurrency(concurrency);
     this.#execPath = options.execPath(execPath);
     this.#pool = this.#added(() => new ChildPool(this.#concurrency, this.#execPath));
@@ -58,40 +58,40 @@ class ReplayClient {
 
   // Resolves with the document of one replay; rejects with a ReplayError.
   async readReplay(path, limits) {
-    return readDocument(this.#pool, path, options.limits(limits));
+    return read(this.#pool, documentOf, path, options.limits(limits));
   }
 
   // The same as JSON text, in which 64-bit numbers have all their digits.
   async readReplayText(path, limits) {
-    return readText(this.#pool, path, options.limits(limits));
+    return read(this.#pool, textOf, path, options.limits(limits));
   }
 
   // Reads many, with `concurrency` children of its own that end with the iteration. Yields { path, document } or
   // { path, error } for each path, in order. Throws ERR_ABORTED, and ERR_INVALID_ARGUMENT for what concerns all paths.
   readReplays(paths, limits) {
-    return this.#readMany('document', readDocument, paths, limits);
+    return this.#readMany('document', documentOf, paths, options.limits, limits);
   }
 
   // The same with { path, text }.
   readReplayTexts(paths, limits) {
-    return this.#readMany('text', readText, paths, limits);
+    return this.#readMany('text', textOf, paths, options.limits, limits);
   }
 
   // Resolves with the match of one replay. salvage: what is whole of a broken one is enough.
   async readMatch(path, limits) {
-    return readMatch(this.#pool, path, options.matchLimits(limits));
+    return read(this.#pool, matchOfAnswer, path, options.matchLimits(limits));
   }
 
   // The same for many, as readReplays(): yields { path, match } or { path, error }.
   readMatches(paths, limits) {
-    return this.#readMany('match', readMatch, paths, limits, options.matchLimits);
+    return this.#readMany('match', matchOfAnswer, paths, options.matchLimits, limits);
   }
 
   // A ReplayWatch over the demo folder. Throws ERR_INVALID_ARGUMENT.
   watchReplays(limits) {
-    const { key, signal } = options.limits(limits);
-    const readAgain = (path, again) => readDocument(this.#pool, path, again);
-    const watchOptions = { key, signal, readAgain, execPath: this.#execPath };
+    const { signal, ...readLimits } = options.watchLimits(limits);
+    const readAgain = (path, stop) => read(this.#pool, documentOf, path, { ...readLimits, signal: stop });
+    const watchOptions = { ...readLimits, signal, readAgain, execPath: this.#execPath };
     const watch = this.#added(() => new ReplayWatch(watchOptions));
     watch.once('close', () => this.#open.delete(watch));
     return watch;
@@ -108,15 +108,14 @@ class ReplayClient {
     return disposable(this.#results(...reading));
   }
 
-  async *#results(name, readOne, paths, given = {}, limitsOf = options.limits) {
-    const limits = limitsOf(given);
-    const { concurrency = this.#concurrency } = given;
+  async *#results(name, make, paths, limitsOf, given) {
+    const { concurrency = this.#concurrency, ...limits } = limitsOf(given, ['concurrency']);
     const ahead = options.concurrency(concurrency);
     const list = options.pathList(paths);
     const pool = this.#added(() => new ChildPool(ahead, this.#execPath));
-    const read = async (path) => ({ path, [name]: await readOne(pool, path, limits) });
+    const readOne = async (path) => ({ path, [name]: await read(pool, make, path, limits) });
     try {
-      yield* readInOrder(list, { ahead, signal: limits.signal, read });
+      yield* readInOrder(list, { ahead, signal: limits.signal, read: readOne });
     } finally {
       this.#open.delete(pool);
       await pool.close();

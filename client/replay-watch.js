@@ -5,6 +5,7 @@ const { EventEmitter } = require('node:events');
 const fs = require('node:fs');
 const { Readable } = require('node:stream');
 const { ChildProcess } = require('./child-process.js');
+const { demoFolder } = require('./demo-folder.js');
 const { ReplayError } = require('./replay-error.js');
 
 // The pause before a child is started again doubles until a child delivers something.
@@ -17,10 +18,14 @@ const FOLDER_PAUSE_MS = 1000;
 // What the native watcher writes to standard error before a replay ends its process.
 const ENDED_BY = /\[ orvel::corvane::WatchSession::OnReport \] Ending the process over (.*)$/m;
 
-// Tells whether a file has changed.
+// Tells whether a file has changed. A name of other programs' making may be one that the system refuses.
 function stamp(path) {
-  const stats = fs.statSync(path, { throwIfNoEntry: false });
-  return `${stats?.mtimeMs} ${stats?.size}`;
+  try {
+    const { mtimeMs, size } = fs.statSync(path);
+    return `${mtimeMs} ${size}`;
+  } catch ({ code }) {
+    return code;
+  }
 }
 
 // Events: 'replay' (document), 'error' (ReplayError; watching goes on), 'watching' (a child has begun), 'close'.
@@ -40,7 +45,7 @@ class ReplayWatch extends EventEmitter {
   #missesFolder = false;
   #onAbort = () => this.close();
 
-  // readAgain(path, { key, signal }): resolves with the document of one replay, read in another process.
+  // readAgain(path, signal): resolves with the document of one replay, read in another process.
   constructor({ key, signal, execPath, readAgain }) {
     super();
     this.#key = key;
@@ -80,7 +85,7 @@ class ReplayWatch extends EventEmitter {
   #start() {
     this.#child = new ChildProcess(this.#execPath, {
       onMessage: (message) => this.#receive(message),
-      onEnd: (reason) => this.#lost(reason),
+      onEnd: (code, reason) => this.#lost(code, reason),
     });
     this.#child.hold(true);
     this.#beginWatching();
@@ -98,9 +103,9 @@ class ReplayWatch extends EventEmitter {
     }, pause);
   }
 
-  #receive({ watching, payload, code, reason }) {
+  #receive({ watching, payload, code, reason, hint }) {
     if (watching) return this.#begun();
-    if (code !== undefined) return this.#giveUp(new ReplayError(code, reason));
+    if (code !== undefined) return this.#giveUp(new ReplayError(code, reason, undefined, { hint }));
     const document = JSON.parse(payload);
     if (document.err !== undefined) return this.#noFolder(document.err);
     this.#pause = FIRST_PAUSE_MS;
@@ -125,22 +130,22 @@ class ReplayWatch extends EventEmitter {
   // The game makes the folder with its first replay: reported once, then waited for.
   #noFolder(reason) {
     this.#later(FOLDER_PAUSE_MS, () => this.#beginWatching());
-    if (!this.#missesFolder) this.#fail(new ReplayError('ERR_NO_DEMO_FOLDER', reason));
+    if (!this.#missesFolder) this.#fail(new ReplayError('ERR_NO_DEMO_FOLDER', reason, demoFolder()));
     this.#missesFolder = true;
   }
 
-  #lost(reason) {
+  #lost(code, reason) {
     this.#later(this.#pause, () => this.#start());
     this.#pause = Math.min(2 * this.#pause, LONGEST_PAUSE_MS);
     const path = ENDED_BY.exec(reason)?.[1];
-    if (path === undefined) return this.#fail(new ReplayError('ERR_CHILD_LOST', reason));
+    if (path === undefined) return this.#fail(new ReplayError(code, reason));
     this.#culprit = { path, stamp: stamp(path) };
     this.#readCulprit();
   }
 
   // Gives the failure its code and reason; or the document, if the game has completed the replay in the meantime.
   #readCulprit() {
-    this.#readAgain(this.#culprit.path, { key: this.#key, signal: this.#stop.signal }).then(
+    this.#readAgain(this.#culprit.path, this.#stop.signal).then(
       (document) => this.#deliver(document),
       (error) => this.#fail(error),
     );

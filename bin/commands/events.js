@@ -2,11 +2,11 @@
 // corvane-replay events: who eliminated whom, as a table.
 
 const { readReplay } = require('../../client');
-const { withKey, withTimeout } = require('../command-options.js');
+const { limitsOf, withKey, withLimits } = require('../command-options.js');
 const { eventTable } = require('../event-table.js');
 
-async function run({ args: [file], options: { timeout }, key, output, signal }) {
-  const document = await readReplay(file, { key, timeout, signal });
+async function run({ args: [file], options, key, output, signal }) {
+  const document = await readReplay(file, { key, signal, ...limitsOf(options) });
   await output.write(eventTable(document.events ?? [], output.stream.columns));
   return 0;
 }
@@ -14,7 +14,7 @@ async function run({ args: [file], options: { timeout }, key, output, signal }) 
 module.exports = {
   order: 30,
   define: (command) =>
-    withTimeout(withKey(command))
+    withLimits(withKey(command))
       .description('print who eliminated whom as a table')
       .argument('<file>', 'replay'),
   run,

@@ -4,7 +4,7 @@
 const fs = require('node:fs/promises');
 const path = require('node:path');
 const { readReplayTexts } = require('../../client');
-const { withJobs, withKey, withTimeout } = require('../command-options.js');
+const { limitsOf, withJobs, withKey, withLimits } = require('../command-options.js');
 const { endsRun, exitStatus, failureText, usageFailure } = require('../failures.js');
 const { outputFailure, writeWhole } = require('../output.js');
 const { progress } = require('../progress.js');
@@ -44,7 +44,7 @@ async function run({ args: [files], options, key, output, terminal, signal }) {
   });
   const onePrinted = replays.length === 1 && replays[0] === files[0];
   const write = await documentWriter(replays, options, onePrinted, output);
-  const limits = { key, timeout: options.timeout, concurrency: options.jobs, signal };
+  const limits = { key, concurrency: options.jobs, signal, ...limitsOf(options) };
   const bar = progress(replays.length, terminal, options.out === undefined && output.stream.isTTY);
   let i = 0;
   try {
@@ -65,7 +65,7 @@ async function run({ args: [files], options, key, output, terminal, signal }) {
 module.exports = {
   order: 20,
   define: (command) =>
-    withTimeout(withKey(withJobs(command)))
+    withLimits(withKey(withJobs(command)))
       .description('print the document of each replay: JSON for one file, one line of JSON each for several')
       .argument('<file...>', 'replays, or folders of them')
       .option('--out <folder>', 'write each document into a file of this folder instead')
