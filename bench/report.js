@@ -151,22 +151,6 @@ function eliminations() {
   );
 }
 
-function documentSteps() {
-  const of = googleMedians('document.json');
-  const plain = HOSTS[0].eliminations.find((row) => row.events === 10_000 && !row.encrypted);
-  const steps = [
-    ['building the events, freeing them', 'BuildAndFree'],
-    ['copying the document, freeing the copy', 'CopyAndFree'],
-    ['dump', 'Dump'],
-  ].map(([name, row]) => [name, of(row).cpu_time]);
-  const sum = steps.reduce((total, [, time]) => total + time, 0);
-  const rows = [...steps, ['the three together', sum], ['the whole read by the add-on', plain.addonMs]];
-  return table(
-    ['10,000 eliminations', 'ms', 'JavaScript / this'],
-    rows.map(([name, time]) => [name, ms(time), ratio(plain.readerMs / time)]),
-  );
-}
-
 function memory() {
   const head = ['', 'chunks', 'add-on, KiB', 'JavaScript, KiB'];
   return eachHost(({ memory }) =>
@@ -210,7 +194,6 @@ for (const make of [
   machine,
   reading,
   eliminations,
-  documentSteps,
   memory,
   loading,
   aes,

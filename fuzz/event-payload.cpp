@@ -1,23 +1,26 @@
-// The payload of one event. Settings: 1 byte, which event.
+// The payload of one event. Settings: 1 byte, which kind of event.
+#include <array>
+
 #include "fuzz-target.h"
-#include "games/corvane/corvane-lib/src/event-handlers.h"
+#include "games/corvane/corvane-lib/src/event-kinds.h"
 
 int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
     using namespace orvel::corvane;
+    constexpr std::array kNames = {"AthenaMatchStats", "AthenaMatchTeamStats", "playerElim"};
     fuzz::Settings settings({data, size});
-    const std::uint32_t kind = settings.Take(1) % 3;
+    ue4::FLocalFileEventInfo info;
+    info.Metadata = kNames[settings.Take(1) % kNames.size()];
     fuzz::ExactBlock payload(settings.Rest());
-    nlohmann::json event;
     fuzz::ReadsOrFails([&] {
-        if (kind == 0) {
-            fuzz::Require(ReadMatchStats(payload.Span(), event) == (payload.size() >= 48), "48 bytes do");
-        } else if (kind == 1) {
-            fuzz::Require(ReadMatchTeamStats(payload.Span(), event) == (payload.size() >= 12), "12 bytes do");
-        } else {
-            ReadElimination(payload.Span(), event);
-            fuzz::Require(event.size() == 11, "an elimination has all its members");
-        }
-        event.dump();
+        EventText events;
+        std::vector<BotName> botNames;
+        const bool written = WriteEvent(*FindEventKind(info), info, payload.Span(), events, botNames);
+        std::string text = events.Take();
+        fuzz::Require(text.empty() == !written, "an event is written or skipped");
+        if (!written) return;
+        text = "[" + text;
+        text.back() = ']';  // the comma after the last event
+        fuzz::Require(nlohmann::json::parse(text)[0].size() >= 4, "an event has its members");
     });
     return 0;
 }

@@ -37,6 +37,38 @@ const ELIMINATIONS = [
   [{ killer: { type: 16, id: w.i32(-0x7fffffff) } }, { killed: hex, killerBot: '', damageType: 0 }],
 ];
 
+// Where an elimination's fields end in its payload.
+const ENDS = {
+  ...{ killedX: 20, killedY: 24, killedZ: 28, killerX: 60, killerY: 64, killerZ: 68 },
+  ...{ killed: 98, killerBot: 109, damageType: 110, knocked: 114 },
+};
+const full = { ...{ killedX: 1.5, killedY: -2.25, killedZ: 0.5, killerX: 4, killerY: 5, killerZ: 6 } };
+Object.assign(full, { killed: hex, killerBot: 'Bot_7', damageType: 255, knocked: true });
+const zeroOf = { number: 0, string: '', boolean: false };
+
+// What is left of an elimination whose payload is cut.
+function cutElimination(length) {
+  const fields = Object.entries(full).map(([name, value]) => {
+    const isTyped = name !== 'killed' || length > 80;
+    return [isTyped ? name : 'killedBot', length >= ENDS[name] ? value : zeroOf[typeof value]];
+  });
+  return Object.fromEntries(fields);
+}
+
+// Names that JSON must escape, and lengths beside the writer's limit.
+const NAMES = ['a"b\\c/', '\x01\x1f\x7f', 'ä🔥', ...[63, 64, 65, 5000].map((size) => 'n'.repeat(size))];
+
+// A text that is not UTF-8, by the index of the byte that shows it.
+const badText = (index) => w.bytes(w.i32(1), Buffer.from('a'.repeat(index) + '\xff\0', 'latin1'));
+const withBadTexts = (FriendlyName, bot, level, ...more) =>
+  w.replay(
+    { FriendlyName },
+    w.headerChunk({ levels: [[level, 0]] }),
+    elimination({ killer: { type: 16, id: bot } }),
+    elimination({ killer: { type: 16, id: badText(7) } }),
+    more,
+  );
+
 // The description of an event with a team's statistics, and whether they are read.
 const DESCRIPTIONS = [
   [{ Metadata: 'AthenaMatchTeamStats', Group: 'playerElim' }, true],
@@ -77,6 +109,52 @@ testReads([
   {
     name: 'an impossible string length in an elimination',
     bytes: w.replay({}, elimination({ killer: { type: 16, id: w.i32(-0x80000000) } })),
+    stdout: /:23: Invalid SaveNum, corrupted FArchive\.\n$/,
+    empty: true,
+  },
+  {
+    name: 'an elimination that is cut anywhere',
+    bytes: w.replay(
+      {},
+      Array.from({ length: 114 }, (_, i) =>
+        w.eventChunk({ data: w.playerElim({ ...whole, killerAt: [4, 5, 6] }).subarray(0, i + 1) }),
+      ),
+    ),
+    document: { events: Array.from({ length: 114 }, (_, i) => cutElimination(i + 1)) },
+  },
+  {
+    name: 'statistics are read whole or not at all',
+    bytes: w.replay({}, [
+      [47, 48].map((size) => w.eventChunk({ Group: 'AthenaMatchStats', data: Buffer.alloc(size, 1) })),
+      [11, 12].map((size) => w.eventChunk({ Group: 'AthenaMatchTeamStats', data: Buffer.alloc(size, 1) })),
+    ]),
+    document: { events: [{ kills: 0x01010101 }, { totalPlayers: 0x01010101 }] },
+    stdout:
+      '\n[ orvel::corvane::ReadMatchStats ] Skipping event: payload of 47 bytes, 48 expected.\n' +
+      '[ orvel::corvane::ReadMatchTeamStats ] Skipping event: payload of 11 bytes, 12 expected.\n',
+  },
+  {
+    name: 'names of all characters and lengths',
+    bytes: w.replay(
+      {},
+      NAMES.map((id) => elimination({ killer: { type: 16, id } })),
+    ),
+    document: {
+      events: NAMES.map((name) => ({ killerBot: /^[\0-\x7f]*$/.test(name) ? name : `${name}\0` })),
+    },
+  },
+  ...[
+    [badText(1), badText(2), badText(3), 1],
+    ['', badText(2), badText(3), 2],
+    ['', '', badText(3), 7],
+  ].map(([name, bot, level, index]) => ({
+    name: `of texts that are not UTF-8, the document's first is named (${index})`,
+    bytes: withBadTexts(name, bot, level),
+    throws: new RegExp(`invalid UTF-8 byte at index ${index}: 0xFF`),
+  })),
+  {
+    name: 'a text that is not UTF-8 counts after what is broken further on',
+    bytes: withBadTexts(badText(1), '', '', elimination({ killer: { type: 16, id: w.i32(-0x80000000) } })),
     stdout: /:23: Invalid SaveNum, corrupted FArchive\.\n$/,
     empty: true,
   },

@@ -32,7 +32,7 @@ struct Parse {
             failure = exception.what();
         }
         peak = meter.Peak();
-        document = parser.Document();
+        document = json::parse(parser.TakeText());
         events = parser.FileInfo().Events;
         output = testing::internal::GetCapturedStdout();
     }

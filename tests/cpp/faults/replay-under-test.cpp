@@ -115,7 +115,7 @@ ReadResult ReadFile(const std::wstring& path) {
         bool resumeFlag = false;
         orvel::corvane::ReplayParser parser(path);
         parser.ParseReplay(resumePosition, resumeFlag, {});
-        result.text = parser.Document().dump(1, ' ', false, nlohmann::json::error_handler_t::strict);
+        result.text = parser.TakeText();
         result.outcome = Outcome::Document;
     } catch (const std::runtime_error& failure) {
         result.text = failure.what();

@@ -25,6 +25,9 @@ class SmallFaults : public testing::TestWithParam<std::pair<const char*, Section
         ReadResult result = Read(bytes);
         EXPECT_NE(result.outcome, Outcome::Forbidden) << result.text;
         EXPECT_LT(result.seconds, kMaxSeconds);
+        if (result.outcome == Outcome::Document) {
+            EXPECT_EQ(json::parse(result.text).dump(1), result.text);
+        }
         // The largest payload is no larger than the file.
         EXPECT_LE(result.peakBytes, 4 * kMebibyte + 2 * bytes.size());
         return result;

@@ -1,6 +1,7 @@
 // readReplayDocument: path and key in; the document's text or a coded error out.
 #include "games/corvane/napi-module/read-replay-document.h"
 
+#include <algorithm>
 #include <cstdint>
 #include <ios>
 #include <memory>
@@ -16,7 +17,6 @@
 #include "games/corvane/corvane-lib/src/replay-parser.h"
 #include "games/corvane/napi-module/arguments.h"
 #include "games/corvane/napi-module/document-text.h"
-#include "util/aes/aes-decryption-key.h"
 
 namespace orvel::corvane {
 namespace {
@@ -74,17 +74,14 @@ std::unique_ptr<ReplayParser> Open(const std::wstring& path) {
 // The parser skips a payload that cannot be decrypted with a line on standard output. Here that line has no
 // reader, and a document without some of its events would pass for a whole one.
 void CheckDecryption(const ReplayParser& parser) {
+    const auto& skipped = parser.Facts().skipped;
+    const auto event = std::ranges::find(skipped, SkipReason::Undecryptable, &SkippedEvent::reason);
+    if (event == skipped.end()) return;
     const ue4::ReplayFileInfo& info = parser.FileInfo();
-    if (!info.bEncrypted) return;
-    const std::size_t keyBytes = info.EncryptionKey.size();
-    const bool isKey = util::data::AesDecryptionKey::IsKeyLength(keyBytes);
-    for (const ue4::FLocalFileEventInfo& event : info.Events) {
-        if (!parser.Handles(event) || event.SizeInBytes == 0) continue;
-        if (isKey && event.SizeInBytes % 16 == 0) continue;
-        throw Refusal("ERR_CORRUPT", "Decryption failed: " + std::to_string(event.SizeInBytes) +
-                                         " bytes of event " + std::to_string(event.Index) + ", a key of " +
-                                         std::to_string(keyBytes));
-    }
+    const std::int32_t bytes = info.Events[static_cast<std::size_t>(event->index)].SizeInBytes;
+    throw Refusal("ERR_CORRUPT", "Decryption failed: " + std::to_string(bytes) + " bytes of event " +
+                                     std::to_string(event->index) + ", a key of " +
+                                     std::to_string(info.EncryptionKey.size()));
 }
 
 std::string DocumentTextOf(const std::wstring& path, std::vector<std::uint8_t> key) {
@@ -98,7 +95,7 @@ std::string DocumentTextOf(const std::wstring& path, std::vector<std::uint8_t> k
     }
     CheckDecryption(*parser);
     document["Creation"] = CreationMember(path, parser->FileInfo().Timestamp);
-    return DocumentText(document);
+    return parser->TakeText();
 }
 
 }  // namespace

@@ -65,7 +65,7 @@ void WatchSession::DeliverReplay(const std::wstring& path) {
     if (state.resumeFlag) ue4::AsObject(document)["PlayerStateEncryptionKey"] = 1;
     // The game still writes to a file of which there is nothing to tell yet.
     if (document.empty()) ue4::AsObject(document)["GameAlive"] = 1;
-    QueueText(DocumentText(document));
+    QueueText(parser.TakeText());
 }
 
 }  // namespace orvel::corvane

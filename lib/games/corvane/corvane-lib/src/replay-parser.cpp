@@ -1,31 +1,16 @@
-// The steps of a parse: container, header, events.
+// The steps of a parse: container, header, events; and the text of what they come to.
 #include "games/corvane/corvane-lib/src/replay-parser.h"
 
+#include <string_view>
 #include <utility>
 
-#include "games/corvane/corvane-lib/src/event-handlers.h"
+#include "games/corvane/corvane-lib/src/event-kinds.h"
 #include "util/console.h"
 
 namespace orvel::corvane {
 
-ReplayParser::ReplayParser(std::wstring path) : FArchiveReader(path, CppUtilities::LittleEndian, false) {
-    m_handlers["AthenaMatchStats"] = [this](auto& payload, const auto& info) {
-        nlohmann::json event;
-        if (ReadMatchStats(payload, event)) AppendEvent(std::move(event), info);
-        return true;
-    };
-    m_handlers["AthenaMatchTeamStats"] = [this](auto& payload, const auto& info) {
-        nlohmann::json event;
-        if (ReadMatchTeamStats(payload, event)) AppendEvent(std::move(event), info);
-        return true;
-    };
-    m_handlers["playerElim"] = [this](auto& payload, const auto& info) {
-        nlohmann::json event;
-        ReadElimination(payload, event);
-        AppendEvent(std::move(event), info);
-        return true;
-    };
-}
+ReplayParser::ReplayParser(const std::wstring& path)
+    : FArchiveReader(path, CppUtilities::LittleEndian, false) {}
 
 void ReplayParser::ParseReplay(std::uint32_t& resumePosition, bool& resumeFlag,
                                std::vector<std::uint8_t> key) {
@@ -53,31 +38,39 @@ bool ReplayParser::ParseHeaderChunk() {
 }
 
 void ReplayParser::ParseEvents() {
+    for (const ue4::FLocalFileEventInfo& info : m_fileInfo.Events) ParseEvent(info);
+}
+
+void ReplayParser::ParseEvent(const ue4::FLocalFileEventInfo& info) {
     constexpr std::uint8_t kPlain = 1;
     const std::uint8_t mode = m_fileInfo.bEncrypted ? kPayloadEncrypted : kPlain;
-    for (const ue4::FLocalFileEventInfo& info : m_fileInfo.Events) {
-        Reader().seekg(info.DataOffset);
-        std::vector<std::uint8_t> payload = ReadPayload(static_cast<std::uint32_t>(info.SizeInBytes), mode);
-        const Handler* handler = payload.empty() ? nullptr : FindHandler(info);
-        if (handler == nullptr) continue;
-        if (!m_document.json.contains("events")) m_document.json["events"] = nlohmann::json::array();
-        (*handler)(payload, info);
-    }
+    Reader().seekg(info.DataOffset);
+    const std::vector<std::uint8_t> payload = ReadPayload(static_cast<std::uint32_t>(info.SizeInBytes), mode);
+    const auto skip = [&](SkipReason reason) { m_facts.skipped.push_back({info.Index, reason}); };
+
+    const EventKind* kind = FindEventKind(info);
+    if (kind == nullptr) return skip(SkipReason::Unknown);
+    if (payload.empty())
+        return skip(info.SizeInBytes == 0 ? SkipReason::TooShort : SkipReason::Undecryptable);
+    if (!m_document.json.contains("events")) m_document.json["events"] = nlohmann::json::array();
+    if (!WriteEvent(*kind, info, payload, m_events, m_facts.botNames)) skip(SkipReason::TooShort);
 }
 
-const ReplayParser::Handler* ReplayParser::FindHandler(const ue4::FLocalFileEventInfo& info) const {
-    for (const std::string* name : {&info.Metadata, &info.Group}) {
-        const auto entry = m_handlers.find(*name);
-        if (entry != m_handlers.end()) return &entry->second;
-    }
-    return nullptr;
-}
+std::string ReplayParser::TakeText() {
+    // A text that is not UTF-8 takes its place in the document, so that the first one there is the one that
+    // is thrown for.
+    if (m_events.InvalidText()) m_document.json["events"].push_back(*m_events.InvalidText());
+    const std::string rest = m_document.json.dump(1, ' ', false, nlohmann::json::error_handler_t::strict);
+    std::string text = m_events.Take();
+    if (text.empty()) return rest;
 
-void ReplayParser::AppendEvent(nlohmann::json event, const ue4::FLocalFileEventInfo& info) {
-    nlohmann::json& meta = ue4::AsObject(event["eventMeta"]);
-    meta["time1"] = info.Time1;
-    meta["time2"] = info.Time2;
-    m_document.json["events"].push_back(std::move(event));
+    // Found nowhere else, since line ends within strings are escaped.
+    constexpr std::string_view kNoEvents = "\n \"events\": []";
+    const std::size_t end = rest.find(kNoEvents) + kNoEvents.size() - 1;
+    text.insert(0, rest, 0, end);
+    text.back() = '\n';  // the comma after the last event
+    text.append(" ").append(rest, end);
+    return text;
 }
 
 }  // namespace orvel::corvane

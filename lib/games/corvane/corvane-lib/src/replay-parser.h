@@ -2,18 +2,18 @@
 //
 //     "ReplayFileMeta"  object  the container's information block; absent if the file is no replay
 //     "header"          object  absent if there is no header chunk, or none that this reader knows
-//     "events"          array   absent if no event with a handler has a payload
+//     "events"          array   absent if no event of a known kind has a payload
 #pragma once
 
 #include <cstdint>
-#include <functional>
 #include <string>
-#include <unordered_map>
 #include <vector>
 
 #include <nlohmann/json.hpp>
 
+#include "games/corvane/corvane-lib/src/event-text.h"
 #include "games/corvane/corvane-lib/src/header-chunk.h"
+#include "games/corvane/corvane-lib/src/replay-facts.h"
 #include "games/corvane/corvane-lib/src/ue4/local-file-replay-streamer.h"
 #include "games/corvane/corvane-lib/src/ue4/replay-info.h"
 #include "games/corvane/corvane-lib/src/ue4/util/json-object.h"
@@ -26,7 +26,7 @@ namespace orvel::corvane {
 class ReplayParser : public ue4::FArchiveReader {
   public:
     // path: UTF-16 units, one per wchar_t. Throws std::ios_base::failure if the file cannot be opened.
-    explicit ReplayParser(std::wstring path);
+    explicit ReplayParser(const std::wstring& path);
     ReplayParser(const ReplayParser&) = delete;
     ReplayParser& operator=(const ReplayParser&) = delete;
 
@@ -40,25 +40,29 @@ class ReplayParser : public ue4::FArchiveReader {
     // if the header is cut short, char* for a broken container. The document then holds what was read before.
     void ParseReplay(std::uint32_t& resumePosition, bool& resumeFlag, std::vector<std::uint8_t> key);
 
-    // Null before the parse. The parser's own; callers may take it or add to it.
+    // The document, but that "events" is an empty list: its elements are kept as text. Null before the parse.
+    // Callers may add members.
     nlohmann::json& Document() { return m_document.json; }
+    // The whole document as JSON text in UTF-8: keys sorted, one blank of indent for each level, characters
+    // beyond ASCII as they are. The events are moved into it, so it can be taken once. Throws
+    // nlohmann::json's type_error for the document's first string that is not UTF-8.
+    std::string TakeText();
+
     const ue4::ReplayFileInfo& FileInfo() const { return m_fileInfo; }
-    // Whether the event is of a kind that the document shows.
-    bool Handles(const ue4::FLocalFileEventInfo& info) const { return FindHandler(info) != nullptr; }
+    const NetworkDemoHeader& Header() const { return m_header; }
+    const ReplayFacts& Facts() const { return m_facts; }
 
   private:
-    using Handler = std::function<bool(std::vector<std::uint8_t>&, const ue4::FLocalFileEventInfo&)>;
-
     bool ParseHeaderChunk();
     void ParseEvents();
-    const Handler* FindHandler(const ue4::FLocalFileEventInfo& info) const;
-    void AppendEvent(nlohmann::json event, const ue4::FLocalFileEventInfo& info);
+    void ParseEvent(const ue4::FLocalFileEventInfo& info);
 
     ue4::FLocalFileNetworkReplayStreamer m_streamer;
     ue4::ReplayFileInfo m_fileInfo;
     NetworkDemoHeader m_header;
-    std::unordered_map<std::string, Handler> m_handlers;
     ue4::Document m_document;
+    EventText m_events;
+    ReplayFacts m_facts;
 };
 
 }  // namespace orvel::corvane

@@ -51,7 +51,17 @@ FStreamReader::FStreamReader(std::istream* stream, Endianess endianness, bool gi
     static_cast<void>(owned.release());
 }
 
+std::string WithoutWhitespace(std::string text) {
+    std::erase_if(text, IsWhitespace);
+    return text;
+}
+
 void FStreamReader::ReadString(std::string& text) {
+    ReadStoredString(text);
+    std::erase_if(text, IsWhitespace);
+}
+
+void FStreamReader::ReadStoredString(std::string& text) {
     text.clear();
     const std::int32_t saveNum = ReadInt32();
     if (saveNum == INT32_MIN) {
@@ -63,7 +73,6 @@ void FStreamReader::ReadString(std::string& text) {
     } else {
         text = m_reader->readTerminatedString();
     }
-    std::erase_if(text, IsWhitespace);
 }
 
 std::string FStreamReader::ReadString() {

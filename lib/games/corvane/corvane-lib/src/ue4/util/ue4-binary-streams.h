@@ -29,6 +29,9 @@ class ReplayException : public std::runtime_error {
     ReplayException(const std::string& message, const char* file, int line);
 };
 
+// The text without whitespace of the "C" locale, wherever it stands: the form in which documents have it.
+std::string WithoutWhitespace(std::string text);
+
 // Reads engine values from a stream. What data that runs out does is the stream's business (binary-reader.h):
 // over a file it throws std::ios_base::failure; over memory nothing is thrown and 0, false or "" is returned.
 class FStreamReader : public orvel::util::StreamReader {
@@ -45,6 +48,8 @@ class FStreamReader : public orvel::util::StreamReader {
     //
     // Whitespace of the "C" locale is removed wherever it stands. SaveNum INT32_MIN throws ReplayException.
     void ReadString(std::string& text) override;
+    // The same with the whitespace left in.
+    void ReadStoredString(std::string& text);
 
     std::string ReadString();
     std::int32_t ReadInt32();

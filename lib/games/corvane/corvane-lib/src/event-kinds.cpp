@@ -1,0 +1,232 @@
+// The tables of the kinds of event, and what reads and writes by them.
+#include "games/corvane/corvane-lib/src/event-kinds.h"
+
+#include <algorithm>
+#include <array>
+#include <bit>
+#include <cstddef>
+#include <cstring>
+#include <string>
+#include <utility>
+
+#include "games/corvane/corvane-lib/src/ue4/util/ue4-binary-streams.h"
+#include "util/console.h"
+
+namespace orvel::corvane {
+
+// One member of an event: its key, its type, and where its value is.
+struct EventMember {
+    enum Type : std::uint8_t { Name, Times, Float, UInt32, Byte, IsOne, Account, Bot };
+
+    std::string_view name;
+    Type type;
+    std::size_t place = 0;  // a byte of the numbers; of Account and Bot: which of the two players
+    MemberKey key{name};
+};
+
+namespace {
+
+// An event's members in the document's order, with the two that every event has.
+template <std::size_t Count>
+constexpr auto Members(const EventMember (&own)[Count]) {
+    std::array<EventMember, Count + 2> all{EventMember{"evtName", EventMember::Name},
+                                           EventMember{"eventMeta", EventMember::Times}};
+    std::copy(own, own + Count, all.begin() + 2);
+    std::sort(all.begin(), all.end(), [](const auto& a, const auto& b) { return a.key < b.key; });
+    return all;
+}
+
+constexpr auto kMatchStats = Members({
+    {"accuracy", EventMember::Float, 4},
+    {"assists", EventMember::UInt32, 8},
+    {"kills", EventMember::UInt32, 12},
+    {"weapon_damage", EventMember::UInt32, 16},
+    {"other_damage", EventMember::UInt32, 20},
+    {"revives", EventMember::UInt32, 24},
+    {"damage_taken", EventMember::UInt32, 28},
+    {"damage_to_structures", EventMember::UInt32, 32},
+    {"materials_gathered", EventMember::UInt32, 36},
+    {"materials_used", EventMember::UInt32, 40},
+    {"total_traveled", EventMember::UInt32, 44},
+});
+
+constexpr auto kMatchTeamStats = Members({
+    {"finalRanking", EventMember::UInt32, 4},
+    {"totalPlayers", EventMember::UInt32, 8},
+});
+
+constexpr auto kElimination = Members({
+    {"killedX", EventMember::Float, 0},
+    {"killedY", EventMember::Float, 4},
+    {"killedZ", EventMember::Float, 8},
+    {"killerX", EventMember::Float, 12},
+    {"killerY", EventMember::Float, 16},
+    {"killerZ", EventMember::Float, 20},
+    {"damageType", EventMember::Byte, 24},
+    {"knocked", EventMember::IsOne, 25},
+    {"killed", EventMember::Account, 0},
+    {"killedBot", EventMember::Bot, 0},
+    {"killer", EventMember::Account, 1},
+    {"killerBot", EventMember::Bot, 1},
+});
+
+}  // namespace
+
+struct EventKind {
+    std::string_view name;
+    std::span<const EventMember> members;
+    // Of a payload with fixed places: its least length, and the reader that its lines on standard output
+    // name.
+    std::size_t payloadBytes = 0;
+    const char* reader = nullptr;
+};
+
+namespace {
+
+// A statistics event is a row here and a table of members above.
+constexpr EventKind kKinds[] = {
+    {"playerElim", kElimination},
+    {"AthenaMatchStats", kMatchStats, 48, "ReadMatchStats"},
+    {"AthenaMatchTeamStats", kMatchTeamStats, 12, "ReadMatchTeamStats"},
+};
+
+constexpr std::uint8_t kUnnamedBot = 3;
+constexpr std::uint8_t kNamedBot = 16;
+constexpr std::uint8_t kAccount = 17;
+
+struct Player {
+    std::uint8_t type = 0;
+    bool hasAccount = false;
+    std::array<std::uint8_t, 16> account{};
+    std::string name;  // as the file has it
+};
+
+// What an event's members are made of. A table's places are those of the numbers: the payload itself, but of
+// an elimination what ReadElimination gathers.
+struct EventValues {
+    std::span<const std::uint8_t> numbers;
+    std::array<Player, 2> players;  // the eliminated one and the eliminator
+};
+
+constexpr std::size_t kEliminationNumbers = 29;
+
+void ReadPlayer(ue4::FStreamReader& archive, Player& player) {
+    player.type = archive.ReadByte();
+    if (player.type == kNamedBot) {
+        archive.ReadStoredString(player.name);
+    } else if (player.type == kAccount) {
+        archive.Reader().skip(1);
+        archive.Reader().read(reinterpret_cast<char*>(player.account.data()), std::ssize(player.account));
+        player.hasAccount = !archive.Reader().fail();
+    }
+}
+
+// The fields one after the other; those that the payload does not hold keep their zeros.
+void ReadElimination(std::span<const std::uint8_t> payload, std::span<std::uint8_t> numbers,
+                     std::array<Player, 2>& players) {
+    ue4::FDataReader archive(payload.data(), payload.size(), CppUtilities::LittleEndian);
+    CppUtilities::BinaryReader& reader = archive.Reader();
+    const auto readNumber = [&](std::size_t place, std::size_t bytes) {
+        std::array<char, 4> number;
+        reader.read(number.data(), static_cast<std::streamsize>(bytes));
+        if (!reader.fail()) std::memcpy(&numbers[place], number.data(), bytes);
+    };
+    // A negative length becomes one that no payload holds.
+    reader.skip(static_cast<std::uint64_t>(std::int64_t{archive.ReadInt32()}));
+    reader.skip(8);
+    for (std::size_t place = 0; place < 12; place += 4) readNumber(place, 4);
+    reader.skip(28);
+    for (std::size_t place = 12; place < 24; place += 4) readNumber(place, 4);
+    reader.skip(12);
+    for (Player& player : players) ReadPlayer(archive, player);
+    readNumber(24, 1);
+    readNumber(25, 4);
+}
+
+void AddBotNames(const std::array<Player, 2>& players, std::size_t event, std::vector<BotName>& botNames) {
+    constexpr std::array kKeys = {"killedBot", "killerBot"};
+    for (std::size_t i = 0; i < players.size(); ++i) {
+        if (players[i].type == kNamedBot) botNames.push_back({event, kKeys[i], players[i].name});
+    }
+}
+
+std::uint32_t WordAt(std::span<const std::uint8_t> bytes, std::size_t at) {
+    return bytes[at] | static_cast<std::uint32_t>(bytes[at + 1]) << 8 |
+           static_cast<std::uint32_t>(bytes[at + 2]) << 16 | static_cast<std::uint32_t>(bytes[at + 3]) << 24;
+}
+
+std::string DocumentName(const Player& player) {
+    if (player.type == kUnnamedBot) return "Unnamed Bot";
+    return ue4::WithoutWhitespace(player.name);
+}
+
+// Of the two keys of a player, the one for its type is written.
+void WritePlayer(const EventMember& member, const Player& player, EventText& text) {
+    const bool isAccount = player.type == kAccount;
+    if (isAccount != (member.type == EventMember::Account)) return;
+    if (isAccount) {
+        text.WriteHex(member.key, std::span(player.account).first(player.hasAccount ? 16U : 0U));
+    } else {
+        text.Write(member.key, DocumentName(player));
+    }
+}
+
+void WriteMember(const EventMember& member, const EventKind& kind, const ue4::FLocalFileEventInfo& info,
+                 const EventValues& values, EventText& text) {
+    switch (member.type) {
+        case EventMember::Name:
+            return text.Write(member.key, kind.name);
+        case EventMember::Times:
+            return text.WriteTimes(info.Time1, info.Time2);
+        case EventMember::Float:
+            return text.Write(member.key, std::bit_cast<float>(WordAt(values.numbers, member.place)));
+        case EventMember::UInt32:
+            return text.Write(member.key, WordAt(values.numbers, member.place));
+        case EventMember::Byte:
+            return text.Write(member.key, std::uint32_t{values.numbers[member.place]});
+        case EventMember::IsOne:
+            return text.Write(member.key, WordAt(values.numbers, member.place) == 1);
+        case EventMember::Account:
+        case EventMember::Bot:
+            return WritePlayer(member, values.players[member.place], text);
+    }
+}
+
+bool HoldsLayout(const EventKind& kind, std::span<const std::uint8_t> payload) {
+    if (payload.size() >= kind.payloadBytes) return true;
+    util::WriteConsole("[ orvel::corvane::" + std::string(kind.reader) + " ] Skipping event: payload of " +
+                       std::to_string(payload.size()) + " bytes, " + std::to_string(kind.payloadBytes) +
+                       " expected.\n");
+    return false;
+}
+
+}  // namespace
+
+const EventKind* FindEventKind(const ue4::FLocalFileEventInfo& info) {
+    for (const std::string* name : {&info.Metadata, &info.Group}) {
+        const auto* kind = std::ranges::find(kKinds, *name, &EventKind::name);
+        if (kind != std::end(kKinds)) return kind;
+    }
+    return nullptr;
+}
+
+std::string_view NameOf(const EventKind& kind) { return kind.name; }
+
+bool WriteEvent(const EventKind& kind, const ue4::FLocalFileEventInfo& info,
+                std::span<const std::uint8_t> payload, EventText& text, std::vector<BotName>& botNames) {
+    std::array<std::uint8_t, kEliminationNumbers> numbers{};
+    EventValues values{payload, {}};
+    if (kind.payloadBytes != 0) {
+        if (!HoldsLayout(kind, payload)) return false;
+    } else {
+        values.numbers = numbers;
+        ReadElimination(payload, numbers, values.players);
+        AddBotNames(values.players, text.EventCount(), botNames);
+    }
+    text.BeginEvent();
+    for (const EventMember& member : kind.members) WriteMember(member, kind, info, values, text);
+    text.EndEvent();
+    return true;
+}
+
+}  // namespace orvel::corvane

@@ -1,0 +1,120 @@
+// The text of events.
+#include "games/corvane/corvane-lib/src/event-text.h"
+
+#include <algorithm>
+#include <charconv>
+#include <cmath>
+#include <cstring>
+
+#include <nlohmann/json.hpp>
+
+namespace orvel::corvane {
+namespace {
+
+constexpr std::string_view kDigits = "0123456789abcdef";
+
+// Stands between quotes as it is.
+bool IsPlain(std::string_view text) {
+    const auto isPlain = [](unsigned char c) { return c >= 0x20 && c < 0x80 && c != '"' && c != '\\'; };
+    return std::ranges::all_of(text, isPlain);
+}
+
+using ErrorHandler = nlohmann::json::error_handler_t;
+
+std::string Quoted(std::string_view text, ErrorHandler handler) {
+    return nlohmann::json(text).dump(-1, ' ', false, handler);
+}
+
+}  // namespace
+
+void EventText::BeginEvent() { Put("\n  {"); }
+
+void EventText::EndEvent() {
+    --m_out;  // the comma after the last member
+    Put("\n  },");
+    Flush();
+    ++m_eventCount;
+}
+
+void EventText::Write(const MemberKey& key, float number) {
+    Put(key);
+    if (std::isfinite(number)) {
+        // std::to_chars gives other digits in rare cases.
+        m_out = nlohmann::detail::to_chars(m_out, m_block.data() + m_block.size(), double{number});
+        Put(",");
+    } else {
+        Put("null,");
+    }
+}
+
+void EventText::Write(const MemberKey& key, std::uint32_t number) {
+    Put(key);
+    Put(number);
+    Put(",");
+}
+
+void EventText::Write(const MemberKey& key, bool flag) {
+    Put(key);
+    Put(flag ? "true," : "false,");
+}
+
+void EventText::Write(const MemberKey& key, std::string_view text) {
+    Put(key);
+    if (text.size() <= kShortText && IsPlain(text)) {
+        Put("\"");
+        Put(text);
+        Put("\",");
+        return;
+    }
+    try {
+        PutLong(Quoted(text, ErrorHandler::strict));
+    } catch (const nlohmann::json::type_error&) {
+        if (!m_invalidText) m_invalidText = text;
+        PutLong(Quoted(text, ErrorHandler::replace));
+    }
+    Put(",");
+}
+
+void EventText::WriteHex(const MemberKey& key, std::span<const std::uint8_t> bytes) {
+    Put(key);
+    Put("\"");
+    for (const std::uint8_t byte : bytes) {
+        *m_out++ = kDigits[byte >> 4];
+        *m_out++ = kDigits[byte & 0xF];
+    }
+    Put("\",");
+}
+
+void EventText::WriteTimes(std::uint32_t time1, std::uint32_t time2) {
+    Put("\n   \"eventMeta\": {\n    \"time1\": ");
+    Put(time1);
+    Put(",\n    \"time2\": ");
+    Put(time2);
+    Put("\n   },");
+}
+
+void EventText::Put(const MemberKey& key) {
+    std::memcpy(m_out, key.Bytes().data(), MemberKey::kBytes);
+    m_out += key.Length();
+}
+
+void EventText::Put(std::string_view text) {
+    std::memcpy(m_out, text.data(), text.size());
+    m_out += text.size();
+}
+
+void EventText::Put(std::uint32_t number) {
+    m_out = std::to_chars(m_out, m_block.data() + m_block.size(), number).ptr;
+}
+
+void EventText::PutLong(std::string_view text) {
+    Flush();
+    m_text += text;
+}
+
+void EventText::Flush() {
+    m_text.append(m_block.data(), m_out);
+    m_out = m_block.data();
+}
+
+}  // namespace orvel::corvane

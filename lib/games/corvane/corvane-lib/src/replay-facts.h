@@ -1,0 +1,36 @@
+// What a parse finds out beside the document.
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+#include <string>
+#include <string_view>
+#include <vector>
+
+namespace orvel::corvane {
+
+enum class SkipReason : std::uint8_t {
+    Undecryptable,
+    TooShort,  // for its kind, or empty
+    Unknown,   // neither its metadata nor its group names a kind
+};
+
+// An event of the file that the document does not show.
+struct SkippedEvent {
+    std::int32_t index;  // among the file's events
+    SkipReason reason;
+};
+
+// The name of a bot as the file has it. In the document it lacks its blanks.
+struct BotName {
+    std::size_t event;     // the position in the document's "events"
+    std::string_view key;  // "killedBot" or "killerBot"
+    std::string text;
+};
+
+struct ReplayFacts {
+    std::vector<SkippedEvent> skipped;
+    std::vector<BotName> botNames;
+};
+
+}  // namespace orvel::corvane
