@@ -34,35 +34,35 @@ enum class Direction { Forward, Backward };
 template <Direction kDirection>
 class BitCursor {
   public:
-    explicit BitCursor(std::span<const std::uint8_t> range) : range_(range) {}
+    explicit BitCursor(std::span<const std::uint8_t> range) : m_range(range) {}
 
-    std::size_t BitsUsed() const { return bitPos_; }
-    std::size_t BytesUsed() const { return (bitPos_ + 7) / 8; }
-    bool IsPastEnd() const { return BytesUsed() > range_.size(); }
+    std::size_t BitsUsed() const { return m_bitPos; }
+    std::size_t BytesUsed() const { return (m_bitPos + 7) / 8; }
+    bool IsPastEnd() const { return BytesUsed() > m_range.size(); }
 
-    void Skip(std::size_t bits) { bitPos_ += bits; }
+    void Skip(std::size_t bits) { m_bitPos += bits; }
 
   protected:
     // The 8 bytes from the position's byte on, the first of them in the lowest bits or in the highest.
     std::uint64_t FirstByteLow() const {
-        const std::size_t at = bitPos_ / 8;
-        if (at + 8 > range_.size()) [[unlikely]]
-            return BytesNearEnd(range_, at);
+        const std::size_t at = m_bitPos / 8;
+        if (at + 8 > m_range.size()) [[unlikely]]
+            return BytesNearEnd(m_range, at);
         return kDirection == Direction::Forward ? LoadAt(at) : SwapBytes(LoadAt(at));
     }
     std::uint64_t FirstByteHigh() const {
-        const std::size_t at = bitPos_ / 8;
-        if (at + 8 > range_.size()) [[unlikely]]
-            return SwapBytes(BytesNearEnd(range_, at));
+        const std::size_t at = m_bitPos / 8;
+        if (at + 8 > m_range.size()) [[unlikely]]
+            return SwapBytes(BytesNearEnd(m_range, at));
         return kDirection == Direction::Forward ? SwapBytes(LoadAt(at)) : LoadAt(at);
     }
 
-    unsigned BitInByte() const { return static_cast<unsigned>(bitPos_ % 8); }
+    unsigned BitInByte() const { return static_cast<unsigned>(m_bitPos % 8); }
 
   private:
     std::uint64_t LoadAt(std::size_t at) const {
-        return Load<std::uint64_t>(range_.data() +
-                                   (kDirection == Direction::Forward ? at : range_.size() - at - 8));
+        return Load<std::uint64_t>(m_range.data() +
+                                   (kDirection == Direction::Forward ? at : m_range.size() - at - 8));
     }
 
     // Takes no `this`, so that a cursor can stay in registers.
@@ -75,8 +75,8 @@ class BitCursor {
         return word;
     }
 
-    std::span<const std::uint8_t> range_;
-    std::size_t bitPos_ = 0;
+    std::span<const std::uint8_t> m_range;
+    std::size_t m_bitPos = 0;
 };
 
 // The next bits of an MSB reader, to take several values from.
@@ -84,20 +84,20 @@ class BitWindow {
   public:
     static constexpr unsigned kBits = 57;
 
-    explicit BitWindow(std::uint64_t bits) : bits_(bits) {}
+    explicit BitWindow(std::uint64_t bits) : m_bits(bits) {}
 
     // 0 to 31 bits.
     std::uint32_t Take(unsigned count) {
-        const std::uint32_t value = static_cast<std::uint32_t>(bits_ >> 32) >> 1 >> (31 - count);
-        bits_ <<= count;
-        taken_ += count;
+        const std::uint32_t value = static_cast<std::uint32_t>(m_bits >> 32) >> 1 >> (31 - count);
+        m_bits <<= count;
+        m_taken += count;
         return value;
     }
-    unsigned Taken() const { return taken_; }
+    unsigned Taken() const { return m_taken; }
 
   private:
-    std::uint64_t bits_;  // from bit 63 down
-    unsigned taken_ = 0;
+    std::uint64_t m_bits;  // from bit 63 down
+    unsigned m_taken = 0;
 };
 
 template <Direction kDirection>

@@ -40,10 +40,10 @@ Phases PhasesOf(int threadPhase) {
 class Step {
   public:
     Step(OodleLZDecoderState& state, const DecodeSomeArgs& args)
-        : state_(state),
-          args_(args),
-          phases_(PhasesOf(args.threadPhase)),
-          comp_(args.comp, static_cast<std::size_t>(std::max<std::ptrdiff_t>(args.compAvail, 0))) {}
+        : m_state(state),
+          m_args(args),
+          m_phases(PhasesOf(args.threadPhase)),
+          m_comp(args.comp, static_cast<std::size_t>(std::max<std::ptrdiff_t>(args.compAvail, 0))) {}
 
     StepStatus Run(DecodeSomeResult& result);
 
@@ -57,95 +57,95 @@ class Step {
     bool WriteSimple(const QuantumHeader& header);
     bool DecodeCoded(const QuantumHeader& header);
 
-    std::uint8_t* Out() const { return args_.windowBase + args_.rawPos; }
-    std::span<const std::uint8_t> Rest() const { return comp_.subspan(used_); }
+    std::uint8_t* Out() const { return m_args.windowBase + m_args.rawPos; }
+    std::span<const std::uint8_t> Rest() const { return m_comp.subspan(m_used); }
 
-    OodleLZDecoderState& state_;
-    const DecodeSomeArgs& args_;
-    const Phases phases_;
-    const std::span<const std::uint8_t> comp_;
-    std::size_t used_ = 0;    // of comp_
-    std::size_t rawLen_ = 0;  // of this step
+    OodleLZDecoderState& m_state;
+    const DecodeSomeArgs& m_args;
+    const Phases m_phases;
+    const std::span<const std::uint8_t> m_comp;
+    std::size_t m_used = 0;    // of m_comp
+    std::size_t m_rawLen = 0;  // of this step
 };
 
 StepStatus Step::Run(DecodeSomeResult& result) {
-    const std::int64_t inBlock = args_.rawPos % kBlockLen;
+    const std::int64_t inBlock = m_args.rawPos % kBlockLen;
     const std::int64_t wanted =
-        std::min({args_.rawAvail, kBlockLen - inBlock, args_.windowEnd - args_.rawPos});
+        std::min({m_args.rawAvail, kBlockLen - inBlock, m_args.windowEnd - m_args.rawPos});
     if (wanted <= 0) return Failed("OODLE ERROR : you didn't give me enough window!\n");
-    rawLen_ = static_cast<std::size_t>(wanted);
+    m_rawLen = static_cast<std::size_t>(wanted);
 
-    const std::int64_t formerHeaderPos = state_.blockHeaderPos;
+    const std::int64_t formerHeaderPos = m_state.blockHeaderPos;
     StepStatus status = StepStatus::Done;
-    if (inBlock == 0 && args_.rawPos != state_.blockHeaderPos) status = ReadHeader();
+    if (inBlock == 0 && m_args.rawPos != m_state.blockHeaderPos) status = ReadHeader();
     if (status == StepStatus::Done && !WindowIsWhole()) return StepStatus::Failed;
-    if (status == StepStatus::Done) status = state_.block.memcpy ? CopyBlock() : DecodeQuantum();
+    if (status == StepStatus::Done) status = m_state.block.memcpy ? CopyBlock() : DecodeQuantum();
     if (status == StepStatus::Done) {
-        result = {static_cast<std::ptrdiff_t>(rawLen_), static_cast<std::ptrdiff_t>(used_)};
-        state_.rawPos = args_.rawPos + static_cast<std::int64_t>(rawLen_);
-        state_.callsWithoutProgress = 0;
+        result = {static_cast<std::ptrdiff_t>(m_rawLen), static_cast<std::ptrdiff_t>(m_used)};
+        m_state.rawPos = m_args.rawPos + static_cast<std::int64_t>(m_rawLen);
+        m_state.callsWithoutProgress = 0;
     } else {
-        state_.blockHeaderPos = formerHeaderPos;  // it was not used, so the next call reads it again
+        m_state.blockHeaderPos = formerHeaderPos;  // it was not used, so the next call reads it again
     }
     return status;
 }
 
 StepStatus Step::ReadHeader() {
-    if (comp_.size() < BlockHeader::kSize) return StepStatus::NeedMore;
-    const std::optional<BlockHeader> header = ReadBlockHeader(comp_);
+    if (m_comp.size() < BlockHeader::kSize) return StepStatus::NeedMore;
+    const std::optional<BlockHeader> header = ReadBlockHeader(m_comp);
     if (!header) return Failed("OODLE ERROR : LZ corruption : invalid header..\n");
     const OodleLZ_Compressor compressor = CompressorOf(*header);
     if (!BlockIsDecodable(compressor)) return StepStatus::Failed;
 
-    state_.block = *header;
-    state_.blockHeaderPos = args_.rawPos;
-    used_ = BlockHeader::kSize;
+    m_state.block = *header;
+    m_state.blockHeaderPos = m_args.rawPos;
+    m_used = BlockHeader::kSize;
     if (header->reset) {
-        state_.resetPos = args_.rawPos;
-        Log(kLogDetail, "RESET : %d\n", static_cast<int>(args_.rawPos));
+        m_state.resetPos = m_args.rawPos;
+        Log(kLogDetail, "RESET : %d\n", static_cast<int>(m_args.rawPos));
     }
-    if (args_.verbosity >= kVerbose) {
-        Log(kLogInfo, "CHUNK header @ %lld  , compressor %d=%s %s %s\n", static_cast<long long>(args_.rawPos),
-            static_cast<int>(compressor), CompressorName(compressor), header->reset ? "reset" : "",
-            header->memcpy ? "memcpy" : "");
+    if (m_args.verbosity >= kVerbose) {
+        Log(kLogInfo, "CHUNK header @ %lld  , compressor %d=%s %s %s\n",
+            static_cast<long long>(m_args.rawPos), static_cast<int>(compressor), CompressorName(compressor),
+            header->reset ? "reset" : "", header->memcpy ? "memcpy" : "");
     }
     return StepStatus::Done;
 }
 
 bool Step::BlockIsDecodable(OodleLZ_Compressor compressor) const {
-    if (args_.fuzzSafe && !IsIn(kFuzzSafeCompressors, compressor)) {
+    if (m_args.fuzzSafe && !IsIn(kFuzzSafeCompressors, compressor)) {
         return Fail("OODLE ERROR : Requested Fuzz Safety, saw a compressor that can't decode Safe\n");
     }
-    const std::int64_t rawEnd = std::min(args_.windowEnd, args_.rawPos + args_.rawAvail);
-    if (ScratchSizeNeeded(compressor, rawEnd) > state_.scratchSize) {
+    const std::int64_t rawEnd = std::min(m_args.windowEnd, m_args.rawPos + m_args.rawAvail);
+    if (ScratchSizeNeeded(compressor, rawEnd) > m_state.scratchSize) {
         return Fail("OODLE ERROR : Heterogenous compressor file with insufficient decoder memory size!\n");
     }
     return Check(!IsIn(kLegacyCompressors, compressor), "OODLE ERROR : Legacy LZ VTable not installed");
 }
 
 bool Step::WindowIsWhole() const {
-    const OodleLZ_Compressor compressor = CompressorOf(state_.block);
+    const OodleLZ_Compressor compressor = CompressorOf(m_state.block);
     if (!Check(compressor != OodleLZ_Compressor_Invalid, "OODLE ERROR : invalid decodeType!\n")) return false;
-    if (args_.rawPos + args_.rawAvail <= args_.windowEnd) return true;
+    if (m_args.rawPos + m_args.rawAvail <= m_args.windowEnd) return true;
     // The output would have to slide through a smaller window.
-    return Check(std::has_single_bit(static_cast<std::uint64_t>(args_.windowEnd)),
+    return Check(std::has_single_bit(static_cast<std::uint64_t>(m_args.windowEnd)),
                  "OODLE ERROR : sliding window must be pow2!\n") &&
            Check(IsIn(kLegacyCompressors, compressor),
                  "OODLE ERROR : only legacy compressors do sliding window!\n");
 }
 
 StepStatus Step::CopyBlock() {
-    if (Rest().size() < rawLen_) return StepStatus::NeedMore;
-    if (args_.verbosity >= kVerbose) Log(kLogInfo, " decoder memcpy %d\n", static_cast<int>(rawLen_));
-    if (phases_.write) std::memcpy(Out(), Rest().data(), rawLen_);
-    used_ += rawLen_;
+    if (Rest().size() < m_rawLen) return StepStatus::NeedMore;
+    if (m_args.verbosity >= kVerbose) Log(kLogInfo, " decoder memcpy %d\n", static_cast<int>(m_rawLen));
+    if (m_phases.write) std::memcpy(Out(), Rest().data(), m_rawLen);
+    m_used += m_rawLen;
     return StepStatus::Done;
 }
 
 StepStatus Step::DecodeQuantum() {
-    if (!HasLongQuanta(state_.block.decodeType)) rawLen_ = std::min(rawLen_, kShortQuantumRawLen);
+    if (!HasLongQuanta(m_state.block.decodeType)) m_rawLen = std::min(m_rawLen, kShortQuantumRawLen);
     QuantumHeader header;
-    switch (ReadQuantumHeader(Rest(), state_.block, rawLen_, header)) {
+    switch (ReadQuantumHeader(Rest(), m_state.block, m_rawLen, header)) {
         case HeaderStatus::Ok:
             break;
         case HeaderStatus::NeedMore:
@@ -155,18 +155,18 @@ StepStatus Step::DecodeQuantum() {
         case HeaderStatus::NumberTooLarge:
             return Failed("OODLE ERROR : LZ corruption : wholematch offset too large!\n");
     }
-    if (args_.verbosity >= kVerbose) {
-        Log(kLogInfo, "QH : %d , %d , %08X\n", static_cast<int>(rawLen_), static_cast<int>(header.compLen),
+    if (m_args.verbosity >= kVerbose) {
+        Log(kLogInfo, "QH : %d , %d , %08X\n", static_cast<int>(m_rawLen), static_cast<int>(header.compLen),
             header.checkValue);
     }
-    if (header.compLen > rawLen_) return Failed("OODLE ERROR : LZ corruption : qh.compLen > qh_rawLen!\n");
-    used_ += header.size;
+    if (header.compLen > m_rawLen) return Failed("OODLE ERROR : LZ corruption : qh.compLen > qh_rawLen!\n");
+    m_used += header.size;
     if (header.compLen > Rest().size()) return StepStatus::NeedMore;
-    if (args_.checkCRC && header.hasCheck) {
+    if (m_args.checkCRC && header.hasCheck) {
         return Failed("OODLE ERROR : check value not verified : its hash is not known to this decoder\n");
     }
     if (!DecodePayload(header)) return StepStatus::Failed;
-    used_ += header.compLen;
+    m_used += header.compLen;
     return StepStatus::Done;
 }
 
@@ -175,48 +175,48 @@ bool Step::DecodePayload(const QuantumHeader& header) {
 }
 
 bool Step::WriteSimple(const QuantumHeader& header) {
-    if (!Check(static_cast<std::int64_t>(rawLen_) <= args_.windowEnd - args_.rawPos,
+    if (!Check(static_cast<std::int64_t>(m_rawLen) <= m_args.windowEnd - m_args.rawPos,
                "OODLE ERROR : LZ corruption : overrun!\n")) {
         return false;
     }
     if (header.kind == QuantumKind::WholeMatch) {
-        const auto reach = static_cast<std::uint64_t>(args_.rawPos - state_.resetPos);
+        const auto reach = static_cast<std::uint64_t>(m_args.rawPos - m_state.resetPos);
         if (!Check(header.distance <= reach,
                    "OODLE ERROR : LZ corruption : wholematch offset too large!\n") ||
             !Check(header.distance > 1, "OODLE ERROR : corruption : matchOff > 1\n")) {
             return false;
         }
     }
-    if (!phases_.write) return true;
+    if (!m_phases.write) return true;
     switch (header.kind) {
         case QuantumKind::WholeMatch:
-            CopyPattern(Out(), static_cast<std::size_t>(header.distance), rawLen_);
+            CopyPattern(Out(), static_cast<std::size_t>(header.distance), m_rawLen);
             break;
         case QuantumKind::Memset:
-            std::memset(Out(), header.fill, rawLen_);
+            std::memset(Out(), header.fill, m_rawLen);
             break;
         default:
-            std::memcpy(Out(), Rest().data(), rawLen_);
+            std::memcpy(Out(), Rest().data(), m_rawLen);
             break;
     }
     return true;
 }
 
 bool Step::DecodeCoded(const QuantumHeader& header) {
-    const std::span<std::uint8_t> scratch(reinterpret_cast<std::uint8_t*>(&state_) + kStateSize,
-                                          static_cast<std::size_t>(state_.scratchSize - kStateSize));
+    const std::span<std::uint8_t> scratch(reinterpret_cast<std::uint8_t*>(&m_state) + kStateSize,
+                                          static_cast<std::size_t>(m_state.scratchSize - kStateSize));
     std::ptrdiff_t used = -1;
-    switch (state_.block.decodeType) {
+    switch (m_state.block.decodeType) {
         case kDecodeKraken:
             used = Kraken_DecodeOneQuantum(
                 {.raw = Out(),
-                 .rawLen = rawLen_,
+                 .rawLen = m_rawLen,
                  .payload = Rest().first(header.compLen),
-                 .bytesSinceReset = static_cast<std::size_t>(args_.rawPos - state_.resetPos),
-                 .rawPos = args_.rawPos,
+                 .bytesSinceReset = static_cast<std::size_t>(m_args.rawPos - m_state.resetPos),
+                 .rawPos = m_args.rawPos,
                  .scratch = scratch,
-                 .phases = phases_,
-                 .path = args_.path});
+                 .phases = m_phases,
+                 .path = m_args.path});
             break;
         case kDecodeMermaid:
         case kDecodeLeviathan:
@@ -226,7 +226,7 @@ bool Step::DecodeCoded(const QuantumHeader& header) {
             return Fail("OODLE ERROR : LZ corruption : DecodeOneQ invalid decodeType!\n");
     }
     if (!Check(used >= 0, "OODLE ERROR : LZ corruption : DecodeOneQuantum fail!\n")) return false;
-    return Check(static_cast<std::int64_t>(rawLen_) <= args_.windowEnd - args_.rawPos,
+    return Check(static_cast<std::int64_t>(m_rawLen) <= m_args.windowEnd - m_args.rawPos,
                  "OODLE ERROR : LZ corruption : overrun!\n") &&
            Check(static_cast<std::size_t>(used) == header.compLen,
                  "OODLE ERROR : LZ corruption : not complen!\n");

@@ -41,7 +41,7 @@ static_assert(kStateSize + kRecordArea + kMaxChunks * kThreadedChunkScratch + kD
 
 class QuantumDecoder {
   public:
-    explicit QuantumDecoder(const Quantum& quantum) : quantum_(quantum), rest_(quantum.payload) {}
+    explicit QuantumDecoder(const Quantum& quantum) : m_quantum(quantum), m_rest(quantum.payload) {}
 
     std::ptrdiff_t Run();
 
@@ -50,32 +50,33 @@ class QuantumDecoder {
     bool DecodeArrayChunk();
     bool DecodeLzChunk(std::uint32_t header);
     bool RunPhases(unsigned mode, std::span<const std::uint8_t> payload);
-    std::uint8_t* Record() const { return quantum_.scratch.data() + chunkIndex_ * sizeof(ChunkRecord); }
+    std::uint8_t* Record() const { return m_quantum.scratch.data() + m_chunkIndex * sizeof(ChunkRecord); }
     std::span<std::uint8_t> ChunkScratch() const;
 
-    const Quantum& quantum_;
-    std::span<const std::uint8_t> rest_;
-    std::size_t done_ = 0;  // raw bytes
-    std::size_t chunkIndex_ = 0;
-    Chunk chunk_;
+    const Quantum& m_quantum;
+    std::span<const std::uint8_t> m_rest;
+    std::size_t m_done = 0;  // raw bytes
+    std::size_t m_chunkIndex = 0;
+    Chunk m_chunk;
 };
 
 std::ptrdiff_t QuantumDecoder::Run() {
-    for (; done_ < quantum_.rawLen; ++chunkIndex_) {
-        chunk_ = {.raw = quantum_.raw + done_,
-                  .rawLen = std::min(kMaxChunkLen, quantum_.rawLen - done_),
-                  .bytesSinceReset = quantum_.bytesSinceReset + done_,
-                  .scratch = ChunkScratch(),
-                  .path = quantum_.path};
+    for (; m_done < m_quantum.rawLen; ++m_chunkIndex) {
+        m_chunk = {.raw = m_quantum.raw + m_done,
+                   .rawLen = std::min(kMaxChunkLen, m_quantum.rawLen - m_done),
+                   .bytesSinceReset = m_quantum.bytesSinceReset + m_done,
+                   .scratch = ChunkScratch(),
+                   .path = m_quantum.path};
         if (!DecodeChunk()) return -1;
-        done_ += chunk_.rawLen;
+        m_done += m_chunk.rawLen;
     }
-    return static_cast<std::ptrdiff_t>(quantum_.payload.size() - rest_.size());
+    return static_cast<std::ptrdiff_t>(m_quantum.payload.size() - m_rest.size());
 }
 
 std::span<std::uint8_t> QuantumDecoder::ChunkScratch() const {
-    if (!quantum_.phases.Threaded()) return quantum_.scratch;
-    return quantum_.scratch.subspan(kRecordArea + chunkIndex_ * kThreadedChunkScratch, kThreadedChunkScratch);
+    if (!m_quantum.phases.Threaded()) return m_quantum.scratch;
+    return m_quantum.scratch.subspan(kRecordArea + m_chunkIndex * kThreadedChunkScratch,
+                                     kThreadedChunkScratch);
 }
 
 // A chunk, by the big-endian number of its first 3 bytes:
@@ -83,49 +84,49 @@ std::span<std::uint8_t> QuantumDecoder::ChunkScratch() const {
 //   bit 23 set     bits 0-18 the length of the payload behind the 3 bytes; bits 19-22 the literal mode.
 //                  With the raw length as length and mode 0 the payload is the raw bytes, stored.
 bool QuantumDecoder::DecodeChunk() {
-    if (rest_.size() < kChunkHeaderSize) return false;
+    if (m_rest.size() < kChunkHeaderSize) return false;
     const std::uint32_t header =
-        static_cast<std::uint32_t>(rest_[0]) << 16 | static_cast<std::uint32_t>(rest_[1]) << 8 | rest_[2];
+        static_cast<std::uint32_t>(m_rest[0]) << 16 | static_cast<std::uint32_t>(m_rest[1]) << 8 | m_rest[2];
     return (header & kLzChunkFlag) == 0 ? DecodeArrayChunk() : DecodeLzChunk(header);
 }
 
 // An array chunk is all output, so a threaded quantum leaves it to phase 2.
 bool QuantumDecoder::DecodeArrayChunk() {
-    const std::optional<ArrayHeader> header = newLZ_get_array_header(rest_, chunk_.rawLen);
-    if (!header || header->rawLen != chunk_.rawLen) return false;
+    const std::optional<ArrayHeader> header = newLZ_get_array_header(m_rest, m_chunk.rawLen);
+    if (!header || header->rawLen != m_chunk.rawLen) return false;
     const std::size_t compUsed = header->size + header->compLen;
-    if (compUsed >= chunk_.rawLen) return false;
-    Log(kLogDetail, "HCHUNK : %d : %d\n", static_cast<int>(chunk_.rawLen), static_cast<int>(compUsed));
-    if (quantum_.phases.write) {
-        ArrayScratch scratch{.next = chunk_.scratch.data(),
-                             .end = chunk_.scratch.data() + chunk_.scratch.size(),
-                             .path = chunk_.path};
-        if (!newLZ_get_array_copy(rest_, chunk_.raw, chunk_.rawLen, scratch)) return false;
+    if (compUsed >= m_chunk.rawLen) return false;
+    Log(kLogDetail, "HCHUNK : %d : %d\n", static_cast<int>(m_chunk.rawLen), static_cast<int>(compUsed));
+    if (m_quantum.phases.write) {
+        ArrayScratch scratch{.next = m_chunk.scratch.data(),
+                             .end = m_chunk.scratch.data() + m_chunk.scratch.size(),
+                             .path = m_chunk.path};
+        if (!newLZ_get_array_copy(m_rest, m_chunk.raw, m_chunk.rawLen, scratch)) return false;
     }
-    rest_ = rest_.subspan(compUsed);
+    m_rest = m_rest.subspan(compUsed);
     return true;
 }
 
 bool QuantumDecoder::DecodeLzChunk(std::uint32_t header) {
     const std::size_t compLen = header & kLzChunkLenMask;
     const unsigned mode = header >> kLiteralModeShift & 15;
-    rest_ = rest_.subspan(kChunkHeaderSize);
-    if (compLen > rest_.size()) return false;
-    const std::span<const std::uint8_t> payload = rest_.first(compLen);
-    rest_ = rest_.subspan(compLen);
-    Log(kLogDetail, "CHUNK : %d : %d\n", static_cast<int>(chunk_.rawLen), static_cast<int>(compLen));
-    if (compLen < chunk_.rawLen) return RunPhases(mode, payload);
-    if (compLen > chunk_.rawLen || mode != 0) return false;
-    if (quantum_.phases.write) std::memcpy(chunk_.raw, payload.data(), compLen);
+    m_rest = m_rest.subspan(kChunkHeaderSize);
+    if (compLen > m_rest.size()) return false;
+    const std::span<const std::uint8_t> payload = m_rest.first(compLen);
+    m_rest = m_rest.subspan(compLen);
+    Log(kLogDetail, "CHUNK : %d : %d\n", static_cast<int>(m_chunk.rawLen), static_cast<int>(compLen));
+    if (compLen < m_chunk.rawLen) return RunPhases(mode, payload);
+    if (compLen > m_chunk.rawLen || mode != 0) return false;
+    if (m_quantum.phases.write) std::memcpy(m_chunk.raw, payload.data(), compLen);
     return true;
 }
 
 bool QuantumDecoder::RunPhases(unsigned mode, std::span<const std::uint8_t> payload) {
     ChunkRecord record{
-        .rawPos = quantum_.rawPos + static_cast<std::int64_t>(done_), .payload = payload, .streams = {}};
-    if (quantum_.phases.unpack) {
-        const bool good = newLZ_unpack_chunk(chunk_, mode, payload, record.streams);
-        if (quantum_.phases.write) return good && newLZ_decode_chunk_phase2(chunk_, record.streams);
+        .rawPos = m_quantum.rawPos + static_cast<std::int64_t>(m_done), .payload = payload, .streams = {}};
+    if (m_quantum.phases.unpack) {
+        const bool good = newLZ_unpack_chunk(m_chunk, mode, payload, record.streams);
+        if (m_quantum.phases.write) return good && newLZ_decode_chunk_phase2(m_chunk, record.streams);
         // After a failure no phase 2 must find the record of an earlier block, whose streams are overwritten.
         if (!good) record = {};
         std::memcpy(Record(), &record, sizeof(record));
@@ -133,7 +134,7 @@ bool QuantumDecoder::RunPhases(unsigned mode, std::span<const std::uint8_t> payl
     }
     ChunkRecord unpacked;
     std::memcpy(&unpacked, Record(), sizeof(unpacked));
-    return unpacked.IsOf(record.rawPos, payload) && newLZ_decode_chunk_phase2(chunk_, unpacked.streams);
+    return unpacked.IsOf(record.rawPos, payload) && newLZ_decode_chunk_phase2(m_chunk, unpacked.streams);
 }
 
 }  // namespace

@@ -24,36 +24,36 @@ std::uint8_t NextSymbol(LsbReader<kDirection>& reader, const HuffTable& table) {
 bool HuffBlock::Open(std::span<const std::uint8_t> comp, std::span<std::uint8_t> out,
                      const HuffTable& table) {
     if (comp.size() < 2) return false;
-    lengthA_ = Load<std::uint16_t>(comp.data());
-    streams_ = comp.subspan(2);
-    if (!Check(streams_.size() >= lengthA_ + 2,
+    m_lengthA = Load<std::uint16_t>(comp.data());
+    m_streams = comp.subspan(2);
+    if (!Check(m_streams.size() >= m_lengthA + 2,
                "OODLE ERROR : corruption : (comp_end-comp_start) >= comp_len1 + 2\n")) {
         return false;
     }
-    table_ = &table;
-    out_ = out;
-    a_ = LsbReader<Direction::Forward>(streams_.first(lengthA_));
-    b_ = LsbReader<Direction::Backward>(streams_.subspan(lengthA_));
-    c_ = LsbReader<Direction::Forward>(streams_.subspan(lengthA_));
+    m_table = &table;
+    m_out = out;
+    m_a = LsbReader<Direction::Forward>(m_streams.first(m_lengthA));
+    m_b = LsbReader<Direction::Backward>(m_streams.subspan(m_lengthA));
+    m_c = LsbReader<Direction::Forward>(m_streams.subspan(m_lengthA));
     return true;
 }
 
 bool HuffBlock::Finish() {
     // Whatever ran before decoded whole turns.
-    for (std::size_t i = 0; i < out_.size(); ++i) {
+    for (std::size_t i = 0; i < m_out.size(); ++i) {
         switch (i % kStreams) {
             case 0:
-                out_[i] = NextSymbol(a_, *table_);
+                m_out[i] = NextSymbol(m_a, *m_table);
                 break;
             case 1:
-                out_[i] = NextSymbol(b_, *table_);
+                m_out[i] = NextSymbol(m_b, *m_table);
                 break;
             default:
-                out_[i] = NextSymbol(c_, *table_);
+                m_out[i] = NextSymbol(m_c, *m_table);
                 break;
         }
     }
-    return a_.BytesUsed() == lengthA_ && b_.BytesUsed() + c_.BytesUsed() == streams_.size() - lengthA_;
+    return m_a.BytesUsed() == m_lengthA && m_b.BytesUsed() + m_c.BytesUsed() == m_streams.size() - m_lengthA;
 }
 
 // The streams' windows. A may be read past its end and C and B past each other, as all of it is within the
@@ -63,13 +63,13 @@ struct HuffBlock::Lanes {
     static constexpr std::size_t kSymbolsPerRound = kStreams * kTurns;
 
     explicit Lanes(const HuffBlock& block)
-        : table(block.table_),
-          a(block.streams_.first(block.lengthA_), block.a_),
-          b(block.streams_, block.b_),
-          c(block.streams_.subspan(block.lengthA_), block.c_),
-          memory(block.streams_),
-          out(block.out_.data()),
-          outLeft(block.out_.size()) {}
+        : table(block.m_table),
+          a(block.m_streams.first(block.m_lengthA), block.m_a),
+          b(block.m_streams, block.m_b),
+          c(block.m_streams.subspan(block.m_lengthA), block.m_c),
+          memory(block.m_streams),
+          out(block.m_out.data()),
+          outLeft(block.m_out.size()) {}
 
     // How often the loop may run without asking again.
     std::size_t SafeRounds() const {
@@ -100,10 +100,10 @@ struct HuffBlock::Lanes {
     void EndRounds(std::size_t rounds) { outLeft -= rounds * kSymbolsPerRound; }
 
     void Store(HuffBlock& block) const {
-        block.out_ = block.out_.last(outLeft);
-        block.a_.Skip(a.BitsUsed() - block.a_.BitsUsed());
-        block.b_.Skip(b.BitsUsed() - block.b_.BitsUsed());
-        block.c_.Skip(c.BitsUsed() - block.c_.BitsUsed());
+        block.m_out = block.m_out.last(outLeft);
+        block.m_a.Skip(a.BitsUsed() - block.m_a.BitsUsed());
+        block.m_b.Skip(b.BitsUsed() - block.m_b.BitsUsed());
+        block.m_c.Skip(c.BitsUsed() - block.m_c.BitsUsed());
     }
 
     const HuffTable* table;
@@ -164,9 +164,9 @@ bool HuffBatch::Add(std::span<const std::uint8_t> comp, std::span<std::uint8_t> 
         std::memset(out.data(), code.LastSymbol(), out.size());
         return comp.empty();
     }
-    HuffTable& table = tables_[tableCount_++];
+    HuffTable& table = m_tables[m_tableCount++];
     if (!table.Build(code)) return false;
-    return split ? AddSplit(comp, out, table) : blocks_[blockCount_++].Open(comp, out, table);
+    return split ? AddSplit(comp, out, table) : m_blocks[m_blockCount++].Open(comp, out, table);
 }
 
 // Split framing: 3 bytes, little-endian, the length of the first block; that block, with the first half of
@@ -180,16 +180,16 @@ bool HuffBatch::AddSplit(std::span<const std::uint8_t> comp, std::span<std::uint
     comp = comp.subspan(3);
     if (length0 > comp.size()) return false;
     const std::size_t half = (out.size() + 1) / 2;
-    return blocks_[blockCount_++].Open(comp.first(length0), out.first(half), table) &&
-           blocks_[blockCount_++].Open(comp.subspan(length0), out.subspan(half), table);
+    return m_blocks[m_blockCount++].Open(comp.first(length0), out.first(half), table) &&
+           m_blocks[m_blockCount++].Open(comp.subspan(length0), out.subspan(half), table);
 }
 
 // Two at a time, as long as there are two.
 void HuffBatch::RunFast() {
     std::size_t next = 0;
     const auto take = [&]() -> HuffBlock* {
-        while (next < blockCount_) {
-            HuffBlock& block = blocks_[next++];
+        while (next < m_blockCount) {
+            HuffBlock& block = m_blocks[next++];
             if (block.CanRunFast()) return &block;
         }
         return nullptr;
@@ -207,8 +207,8 @@ void HuffBatch::RunFast() {
 
 bool HuffBatch::Run(DecodePath path) {
     if (path == DecodePath::Fast) RunFast();
-    for (std::size_t i = 0; i < blockCount_; ++i) {
-        if (!blocks_[i].Finish()) return false;
+    for (std::size_t i = 0; i < m_blockCount; ++i) {
+        if (!m_blocks[i].Finish()) return false;
     }
     return true;
 }

@@ -35,13 +35,13 @@ class HuffBlock {
   private:
     struct Lanes;
 
-    const HuffTable* table_ = nullptr;
-    std::span<const std::uint8_t> streams_;  // A, C and B
-    std::size_t lengthA_ = 0;
-    std::span<std::uint8_t> out_;  // what is not decoded yet
-    LsbReader<Direction::Forward> a_{{}};
-    LsbReader<Direction::Backward> b_{{}};
-    LsbReader<Direction::Forward> c_{{}};
+    const HuffTable* m_table = nullptr;
+    std::span<const std::uint8_t> m_streams;  // A, C and B
+    std::size_t m_lengthA = 0;
+    std::span<std::uint8_t> m_out;  // what is not decoded yet
+    LsbReader<Direction::Forward> m_a{{}};
+    LsbReader<Direction::Backward> m_b{{}};
+    LsbReader<Direction::Forward> m_c{{}};
 };
 
 // Arrays whose decoding waits until there is more than one. A stream by itself spends its time waiting for
@@ -62,10 +62,10 @@ class HuffBatch {
     bool AddSplit(std::span<const std::uint8_t> comp, std::span<std::uint8_t> out, const HuffTable& table);
     void RunFast();
 
-    std::size_t tableCount_ = 0;
-    std::size_t blockCount_ = 0;
-    std::array<HuffTable, kMaxArrays> tables_;
-    std::array<HuffBlock, 2 * kMaxArrays> blocks_;
+    std::size_t m_tableCount = 0;
+    std::size_t m_blockCount = 0;
+    std::array<HuffTable, kMaxArrays> m_tables;
+    std::array<HuffBlock, 2 * kMaxArrays> m_blocks;
 };
 
 }  // namespace oo2

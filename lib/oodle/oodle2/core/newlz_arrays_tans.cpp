@@ -21,7 +21,7 @@ constexpr std::uint32_t kLargestLastState = 255;
 class TansDecoder {
   public:
     TansDecoder(std::span<const std::uint8_t> data, const TansTable& table, std::span<std::uint8_t> out)
-        : data_(data), table_(table), out_(out), forward_(data), backward_(data) {}
+        : m_data(data), m_table(table), m_out(out), m_forward(data), m_backward(data) {}
 
     bool Start(unsigned tableBits);
     void RunFast();
@@ -30,19 +30,19 @@ class TansDecoder {
   private:
     bool EndsMeet() const;
 
-    const std::span<const std::uint8_t> data_;
-    const TansTable& table_;
-    const std::span<std::uint8_t> out_;
-    std::size_t done_ = 0;  // of out_
-    LsbReader<Direction::Forward> forward_;
-    LsbReader<Direction::Backward> backward_;
-    std::array<std::uint32_t, kStates> states_{};
+    const std::span<const std::uint8_t> m_data;
+    const TansTable& m_table;
+    const std::span<std::uint8_t> m_out;
+    std::size_t m_done = 0;  // of m_out
+    LsbReader<Direction::Forward> m_forward;
+    LsbReader<Direction::Backward> m_backward;
+    std::array<std::uint32_t, kStates> m_states{};
 };
 
 bool TansDecoder::Start(unsigned tableBits) {
     for (std::size_t i = 0; i < kStates; ++i)
-        states_[i] = i % 2 == 0 ? forward_.Read(tableBits) : backward_.Read(tableBits);
-    return Check(forward_.BytesUsed() + backward_.BytesUsed() <= data_.size(),
+        m_states[i] = i % 2 == 0 ? m_forward.Read(tableBits) : m_backward.Read(tableBits);
+    return Check(m_forward.BytesUsed() + m_backward.BytesUsed() <= m_data.size(),
                  "OODLE ERROR : corruption : in1 >= in0\n");
 }
 
@@ -77,49 +77,50 @@ void RunFive(std::array<std::uint32_t, kStates>& states, FastBits<kDirection>& w
 
 void TansDecoder::RunFast() {
     constexpr std::size_t kRound = 2 * kStates;
-    FastBits<Direction::Forward> forward(data_, forward_);
-    FastBits<Direction::Backward> backward(data_, backward_);
-    std::array<std::uint32_t, kStates> states = states_;
-    std::uint8_t* out = out_.data();
+    FastBits<Direction::Forward> forward(m_data, m_forward);
+    FastBits<Direction::Backward> backward(m_data, m_backward);
+    std::array<std::uint32_t, kStates> states = m_states;
+    std::uint8_t* out = m_out.data();
     const auto safeRounds = [&] {
-        const std::size_t left = out_.size() - kStates - done_;
-        return std::min({left / kRound, forward.SafeRounds(data_) / kRefillsPerFive,
-                         backward.SafeRounds(data_) / kRefillsPerFive});
+        const std::size_t left = m_out.size() - kStates - m_done;
+        return std::min({left / kRound, forward.SafeRounds(m_data) / kRefillsPerFive,
+                         backward.SafeRounds(m_data) / kRefillsPerFive});
     };
     while (const std::size_t rounds = safeRounds()) {
         for (std::size_t round = 0; round < rounds; ++round) {
-            RunFive(states, forward, table_, out);
-            RunFive(states, backward, table_, out + kStates);
+            RunFive(states, forward, m_table, out);
+            RunFive(states, backward, m_table, out + kStates);
             out += kRound;
         }
-        done_ += rounds * kRound;
+        m_done += rounds * kRound;
     }
-    states_ = states;
-    forward_.Skip(forward.BitsUsed() - forward_.BitsUsed());
-    backward_.Skip(backward.BitsUsed() - backward_.BitsUsed());
+    m_states = states;
+    m_forward.Skip(forward.BitsUsed() - m_forward.BitsUsed());
+    m_backward.Skip(backward.BitsUsed() - m_backward.BitsUsed());
 }
 
 bool TansDecoder::Finish() {
     // Whatever ran before ran whole rounds of ten.
-    const std::size_t end = out_.size() - kStates;
-    for (std::size_t i = 0; done_ < end; ++i, ++done_) {
-        std::uint32_t& state = states_[i % kStates];
+    const std::size_t end = m_out.size() - kStates;
+    for (std::size_t i = 0; m_done < end; ++i, ++m_done) {
+        std::uint32_t& state = m_states[i % kStates];
         const bool isForward = i % (2 * kStates) < kStates;
-        out_[done_] = isForward ? StepState(state, forward_, table_) : StepState(state, backward_, table_);
+        m_out[m_done] =
+            isForward ? StepState(state, m_forward, m_table) : StepState(state, m_backward, m_table);
     }
     if (!EndsMeet()) return false;
     std::uint32_t all = 0;
-    for (const std::uint32_t state : states_) {
+    for (const std::uint32_t state : m_states) {
         all |= state;
-        out_[done_++] = static_cast<std::uint8_t>(state);
+        m_out[m_done++] = static_cast<std::uint8_t>(state);
     }
     return Check(all <= kLargestLastState, "OODLE ERROR : corruption : tans_states_or <= 255\n");
 }
 
 bool TansDecoder::EndsMeet() const {
-    const std::size_t used = forward_.BytesUsed() + backward_.BytesUsed();
-    return Check(used <= data_.size(), "OODLE ERROR : corruption : in_left >= 0\n") &&
-           Check(used == data_.size(),
+    const std::size_t used = m_forward.BytesUsed() + m_backward.BytesUsed();
+    return Check(used <= m_data.size(), "OODLE ERROR : corruption : in_left >= 0\n") &&
+           Check(used == m_data.size(),
                  "OODLE ERROR : corruption : rrPtrDiff(in1 - in0) == (SINTa)final_nbytes\n");
 }
 

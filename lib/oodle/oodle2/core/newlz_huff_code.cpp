@@ -105,10 +105,10 @@ std::uint32_t NextMirrored(std::uint32_t code, unsigned length) {
 bool HuffCode::Add(std::uint8_t symbol, int length) {
     if (length < 1 || length > static_cast<int>(kMaxCodeLength)) return false;
     const auto bucket = static_cast<std::size_t>(length);
-    if (end_[bucket] == kBegin[bucket + 1]) return false;
-    symbols_[end_[bucket]++] = symbol;
-    last_ = symbol;
-    ++symbolCount_;
+    if (m_end[bucket] == kBegin[bucket + 1]) return false;
+    m_symbols[m_end[bucket]++] = symbol;
+    m_last = symbol;
+    ++m_symbolCount;
     return true;
 }
 

@@ -19,10 +19,10 @@ class HuffCode {
     // False if the length is not 1 to 11, or has more symbols already than any code can have of it.
     bool Add(std::uint8_t symbol, int length);
 
-    unsigned SymbolCount() const { return symbolCount_; }
-    std::uint8_t LastSymbol() const { return last_; }
+    unsigned SymbolCount() const { return m_symbolCount; }
+    std::uint8_t LastSymbol() const { return m_last; }
     std::span<const std::uint8_t> SymbolsOf(unsigned length) const {
-        return {symbols_.data() + kBegin[length], static_cast<std::size_t>(end_[length] - kBegin[length])};
+        return {m_symbols.data() + kBegin[length], static_cast<std::size_t>(m_end[length] - kBegin[length])};
     }
 
   private:
@@ -30,10 +30,10 @@ class HuffCode {
     // 8 on.
     static constexpr std::array<std::uint16_t, kMaxCodeLength + 2> kBegin = {
         0, 0, 2, 6, 14, 30, 62, 126, 254, 510, 766, 1022, 1278};
-    std::array<std::uint16_t, kMaxCodeLength + 2> end_ = kBegin;
-    std::array<std::uint8_t, kBegin.back()> symbols_;
-    std::uint8_t last_ = 0;
-    unsigned symbolCount_ = 0;
+    std::array<std::uint16_t, kMaxCodeLength + 2> m_end = kBegin;
+    std::array<std::uint8_t, kBegin.back()> m_symbols;
+    std::uint8_t m_last = 0;
+    unsigned m_symbolCount = 0;
 };
 
 // Reads the description of a code. False if it is corrupt. The reader may then be past its end, which is

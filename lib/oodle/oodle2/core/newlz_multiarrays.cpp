@@ -20,25 +20,25 @@ constexpr unsigned kLengthBytesMask = 0x3FFF;
 // Takes arrays one after the other off the front of the compressed bytes.
 class ArrayQueue {
   public:
-    ArrayQueue(Bytes comp, ArrayScratch& scratch) : comp_(comp), scratch_(scratch) {}
+    ArrayQueue(Bytes comp, ArrayScratch& scratch) : m_comp(comp), m_scratch(scratch) {}
 
     std::optional<Bytes> Next(std::size_t capacity) {
-        const auto array = newLZ_get_array(comp_, nullptr, capacity, scratch_);
+        const auto array = newLZ_get_array(m_comp, nullptr, capacity, m_scratch);
         if (!array) return std::nullopt;
-        comp_ = comp_.subspan(array->compUsed);
+        m_comp = m_comp.subspan(array->compUsed);
         return array->bytes;
     }
 
-    Bytes Rest() const { return comp_; }
+    Bytes Rest() const { return m_comp; }
     Bytes Take(std::size_t count) {
-        const Bytes taken = comp_.first(count);
-        comp_ = comp_.subspan(count);
+        const Bytes taken = m_comp.first(count);
+        m_comp = m_comp.subspan(count);
         return taken;
     }
 
   private:
-    Bytes comp_;
-    ArrayScratch& scratch_;
+    Bytes m_comp;
+    ArrayScratch& m_scratch;
 };
 
 bool Join(Bytes comp, std::size_t parts, std::span<std::uint8_t> out, ArrayScratch& scratch) {
@@ -99,27 +99,27 @@ bool ReadIntervals(ArrayQueue& queue, Intervals& intervals) {
 class LengthReader {
   public:
     explicit LengthReader(const Intervals& intervals)
-        : intervals_(intervals), forward_(intervals.lengthBits), backward_(intervals.lengthBits) {}
+        : m_intervals(intervals), m_forward(intervals.lengthBits), m_backward(intervals.lengthBits) {}
 
     bool Next(std::size_t& length) {
-        const unsigned log = intervals_.LogAt(read_);
+        const unsigned log = m_intervals.LogAt(m_read);
         if (!Check(log <= kMaxLengthLog2, "OODLE ERROR : corruption : interval_lenlog2 > 16\n")) return false;
-        const std::uint32_t low = read_ % 2 == 0 ? forward_.Read(log) : backward_.Read(log);
+        const std::uint32_t low = m_read % 2 == 0 ? m_forward.Read(log) : m_backward.Read(log);
         length = (std::size_t{1} << log) + low;
-        ++read_;
+        ++m_read;
         return true;
     }
 
-    bool HasNext() const { return read_ < intervals_.LengthCount(); }
+    bool HasNext() const { return m_read < m_intervals.LengthCount(); }
     bool HavePassedEachOther() const {
-        return forward_.BytesUsed() + backward_.BytesUsed() > intervals_.lengthBits.size();
+        return m_forward.BytesUsed() + m_backward.BytesUsed() > m_intervals.lengthBits.size();
     }
 
   private:
-    const Intervals& intervals_;
-    std::size_t read_ = 0;
-    MsbReader<Direction::Forward> forward_;
-    MsbReader<Direction::Backward> backward_;
+    const Intervals& m_intervals;
+    std::size_t m_read = 0;
+    MsbReader<Direction::Forward> m_forward;
+    MsbReader<Direction::Backward> m_backward;
 };
 
 // Builds the output. `sources` is used up on the way.

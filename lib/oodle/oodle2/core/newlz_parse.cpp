@@ -37,84 +37,84 @@ class Parser {
     std::uint32_t TakeOffset(unsigned index);
     bool CopyMatch(std::size_t offset, std::size_t length);
 
-    ParseState state_;
-    ParseTraits traits_;
+    ParseState m_state;
+    ParseTraits m_traits;
     // The last literals, with room behind them for a unit to be read.
-    std::array<std::uint8_t, 2 * kLiteralMargin> tail_;
-    bool literalsAreInTail_ = false;
+    std::array<std::uint8_t, 2 * kLiteralMargin> m_tail;
+    bool m_literalsAreInTail = false;
 };
 
 Parser::Parser(const Chunk& chunk, const ChunkStreams& streams, std::size_t newOffsets)
-    : traits_{.mode = streams.mode, .mostlyNewOffsets = newOffsets >= streams.commands.size() / 16 * 15} {
-    state_.out = chunk.raw;
-    state_.outEnd = chunk.raw + chunk.rawLen;
-    state_.windowStart = chunk.raw - std::min(chunk.bytesSinceReset, kLongestReach);
-    state_.commands = Cursor(streams.commands);
-    state_.literals = Cursor(streams.literals);
-    state_.offsets = Cursor(streams.offsets);
-    state_.excesses = Cursor(streams.excesses);
-    if (!streams.head.empty()) std::memcpy(state_.out, streams.head.data(), kHeadLen);
-    state_.out += streams.head.size();
+    : m_traits{.mode = streams.mode, .mostlyNewOffsets = newOffsets >= streams.commands.size() / 16 * 15} {
+    m_state.out = chunk.raw;
+    m_state.outEnd = chunk.raw + chunk.rawLen;
+    m_state.windowStart = chunk.raw - std::min(chunk.bytesSinceReset, kLongestReach);
+    m_state.commands = Cursor(streams.commands);
+    m_state.literals = Cursor(streams.literals);
+    m_state.offsets = Cursor(streams.offsets);
+    m_state.excesses = Cursor(streams.excesses);
+    if (!streams.head.empty()) std::memcpy(m_state.out, streams.head.data(), kHeadLen);
+    m_state.out += streams.head.size();
 }
 
 bool Parser::Run(DecodePath path) {
-    if (state_.Written() < kFirstOffset) return false;
+    if (m_state.Written() < kFirstOffset) return false;
     for (;;) {
         if (path == DecodePath::Fast && !RunFast()) return false;
-        if (state_.commands.Left() == 0) break;
+        if (m_state.commands.Left() == 0) break;
         if (!RunOne()) return false;
     }
-    return state_.literals.Left() == state_.OutLeft() && CopyLiterals(state_.OutLeft());
+    return m_state.literals.Left() == m_state.OutLeft() && CopyLiterals(m_state.OutLeft());
 }
 
 bool Parser::RunFast() {
-    if (!literalsAreInTail_) {
-        if (!ParseFast(state_, traits_, 0)) return false;
-        const std::size_t left = state_.literals.Left();
+    if (!m_literalsAreInTail) {
+        if (!ParseFast(m_state, m_traits, 0)) return false;
+        const std::size_t left = m_state.literals.Left();
         if (left >= kLiteralMargin) return true;
-        std::copy_n(state_.literals.next, left, tail_.begin());
-        std::fill(tail_.begin() + static_cast<std::ptrdiff_t>(left), tail_.end(), 0);
-        state_.literals = Cursor(std::span<const std::uint8_t>(tail_.data(), left));
-        literalsAreInTail_ = true;
+        std::copy_n(m_state.literals.next, left, m_tail.begin());
+        std::fill(m_tail.begin() + static_cast<std::ptrdiff_t>(left), m_tail.end(), 0);
+        m_state.literals = Cursor(std::span<const std::uint8_t>(m_tail.data(), left));
+        m_literalsAreInTail = true;
     }
-    return ParseFast(state_, traits_, kLiteralMargin);
+    return ParseFast(m_state, m_traits, kLiteralMargin);
 }
 
 bool Parser::RunOne() {
-    const Command command{*state_.commands.next++};
+    const Command command{*m_state.commands.next++};
     std::size_t run = command.RunCode();
-    if (run == kLongRunCode) run = *state_.excesses.next++;
+    if (run == kLongRunCode) run = *m_state.excesses.next++;
     if (!CopyLiterals(run)) return false;
 
     const std::uint32_t offset = TakeOffset(command.OffsetIndex());
-    if (offset == 0 || offset > state_.Written()) return false;
+    if (offset == 0 || offset > m_state.Written()) return false;
 
     std::size_t length = command.LengthCode() + kShortMatchBase;
     if (command.LengthCode() == kLongMatchCode) {
-        length = kLongMatchBase + *state_.excesses.next++;
-        if (state_.OutLeft() < kLongMatchEndRoom || length > state_.OutLeft() - kLongMatchEndRoom)
+        length = kLongMatchBase + *m_state.excesses.next++;
+        if (m_state.OutLeft() < kLongMatchEndRoom || length > m_state.OutLeft() - kLongMatchEndRoom)
             return false;
     }
     return CopyMatch(offset, length);
 }
 
 bool Parser::CopyLiterals(std::size_t count) {
-    if (count > state_.literals.Left() || count > state_.OutLeft()) return false;
-    const std::size_t base = state_.recent[0];
-    for (; count > 0; --count, ++state_.out) {
-        const std::uint8_t literal = *state_.literals.next++;
-        *state_.out = traits_.mode == LiteralMode::Sub
-                          ? static_cast<std::uint8_t>(literal + *(state_.out - base))
-                          : literal;
+    if (count > m_state.literals.Left() || count > m_state.OutLeft()) return false;
+    const std::size_t base = m_state.recent[0];
+    for (; count > 0; --count, ++m_state.out) {
+        const std::uint8_t literal = *m_state.literals.next++;
+        *m_state.out = m_traits.mode == LiteralMode::Sub
+                           ? static_cast<std::uint8_t>(literal + *(m_state.out - base))
+                           : literal;
     }
     return true;
 }
 
 // The chosen offset moves to the front of the recent ones; a new one drives the last of them out.
 std::uint32_t Parser::TakeOffset(unsigned index) {
-    auto& recent = state_.recent;
+    auto& recent = m_state.recent;
     if (index == kNewOffset) {
-        recent[2] = *state_.offsets.next++;
+        recent[2] = *m_state.offsets.next++;
         index = 2;
     }
     std::rotate(recent.begin(), recent.begin() + index, recent.begin() + index + 1);
@@ -122,8 +122,8 @@ std::uint32_t Parser::TakeOffset(unsigned index) {
 }
 
 bool Parser::CopyMatch(std::size_t offset, std::size_t length) {
-    if (length > state_.OutLeft()) return false;
-    for (; length > 0; --length, ++state_.out) *state_.out = *(state_.out - offset);
+    if (length > m_state.OutLeft()) return false;
+    for (; length > 0; --length, ++m_state.out) *m_state.out = *(m_state.out - offset);
     return true;
 }
 

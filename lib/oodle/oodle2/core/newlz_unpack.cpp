@@ -36,15 +36,15 @@ const char* LiteralModeName(unsigned mode) {
 class Unpacker {
   public:
     Unpacker(const Chunk& chunk, Bytes payload, ChunkStreams& streams)
-        : chunk_(chunk), rest_(payload), streams_(streams) {
-        scratch_.next = chunk.scratch.data();
-        scratch_.end = chunk.scratch.data() + chunk.scratch.size();
-        scratch_.path = chunk.path;
-        scratch_.batch = &batch_;
+        : m_chunk(chunk), m_rest(payload), m_streams(streams) {
+        m_scratch.next = chunk.scratch.data();
+        m_scratch.end = chunk.scratch.data() + chunk.scratch.size();
+        m_scratch.path = chunk.path;
+        m_scratch.batch = &m_batch;
     }
 
     bool Run() {
-        return TakeHead() && TakeExcessCount() && TakeArrays() && batch_.Run(chunk_.path) && TakeBits();
+        return TakeHead() && TakeExcessCount() && TakeArrays() && m_batch.Run(m_chunk.path) && TakeBits();
     }
 
   private:
@@ -56,90 +56,90 @@ class Unpacker {
     bool TakeArray(std::size_t capacity, Bytes& bytes);
     std::span<std::uint32_t> Allocate(std::size_t count);
 
-    const Chunk& chunk_;
-    Bytes rest_;
-    ChunkStreams& streams_;
-    ArrayScratch scratch_;
-    HuffBatch batch_;
-    std::ptrdiff_t excessBytes_ = -1;  // not sent
-    OffsetCodes offsetCodes_;
-    Bytes excessCodes_;
+    const Chunk& m_chunk;
+    Bytes m_rest;
+    ChunkStreams& m_streams;
+    ArrayScratch m_scratch;
+    HuffBatch m_batch;
+    std::ptrdiff_t m_excessBytes = -1;  // not sent
+    OffsetCodes m_offsetCodes;
+    Bytes m_excessCodes;
 };
 
 bool Unpacker::TakeHead() {
-    if (!chunk_.StartsWindow()) return true;
-    if (rest_.size() < kHeadLen) return false;
-    streams_.head = rest_.first(kHeadLen);
-    rest_ = rest_.subspan(kHeadLen);
+    if (!m_chunk.StartsWindow()) return true;
+    if (m_rest.size() < kHeadLen) return false;
+    m_streams.head = m_rest.first(kHeadLen);
+    m_rest = m_rest.subspan(kHeadLen);
     return true;
 }
 
 bool Unpacker::TakeExcessCount() {
-    if (rest_.empty() || (rest_[0] & kExcessCountFlag) == 0) return true;
-    if (!Check((rest_[0] & kExcessReservedFlag) == 0,
+    if (m_rest.empty() || (m_rest[0] & kExcessCountFlag) == 0) return true;
+    if (!Check((m_rest[0] & kExcessReservedFlag) == 0,
                "OODLE ERROR : corruption : excess reserved flag bit nonzero\n")) {
         return false;
     }
-    excessBytes_ = rest_[0] & 0x3F;
-    rest_ = rest_.subspan(1);
-    if (excessBytes_ >= 32) {
-        if (!Check(!rest_.empty(), "OODLE ERROR : corruption : truncated excess byte count\n")) return false;
-        excessBytes_ += 32 * rest_[0];
-        rest_ = rest_.subspan(1);
+    m_excessBytes = m_rest[0] & 0x3F;
+    m_rest = m_rest.subspan(1);
+    if (m_excessBytes >= 32) {
+        if (!Check(!m_rest.empty(), "OODLE ERROR : corruption : truncated excess byte count\n")) return false;
+        m_excessBytes += 32 * m_rest[0];
+        m_rest = m_rest.subspan(1);
     }
     return true;
 }
 
 bool Unpacker::TakeArray(std::size_t capacity, Bytes& bytes) {
-    const auto array = newLZ_get_array(rest_, nullptr, capacity, scratch_);
+    const auto array = newLZ_get_array(m_rest, nullptr, capacity, m_scratch);
     if (!array) return false;
     bytes = array->bytes;
-    rest_ = rest_.subspan(array->compUsed);
+    m_rest = m_rest.subspan(array->compUsed);
     return true;
 }
 
 bool Unpacker::TakeOffsetCodes() {
-    if (rest_.empty()) return false;
-    if (rest_[0] < 0x80) return TakeArray(streams_.commands.size(), offsetCodes_.codes);
-    offsetCodes_.modulus = rest_[0] - 0x7Fu;
-    rest_ = rest_.subspan(1);
-    if (!TakeArray(streams_.commands.size(), offsetCodes_.codes)) return false;
-    if (offsetCodes_.modulus == 1) return true;
-    return TakeArray(streams_.commands.size(), offsetCodes_.lowParts) &&
-           Check(offsetCodes_.codes.size() == offsetCodes_.lowParts.size(),
+    if (m_rest.empty()) return false;
+    if (m_rest[0] < 0x80) return TakeArray(m_streams.commands.size(), m_offsetCodes.codes);
+    m_offsetCodes.modulus = m_rest[0] - 0x7Fu;
+    m_rest = m_rest.subspan(1);
+    if (!TakeArray(m_streams.commands.size(), m_offsetCodes.codes)) return false;
+    if (m_offsetCodes.modulus == 1) return true;
+    return TakeArray(m_streams.commands.size(), m_offsetCodes.lowParts) &&
+           Check(m_offsetCodes.codes.size() == m_offsetCodes.lowParts.size(),
                  "OODLE ERROR : corruption : offsets_count == offsets_count_2\n");
 }
 
 bool Unpacker::TakeArrays() {
-    return TakeArray(chunk_.rawLen, streams_.literals) && TakeArray(chunk_.rawLen, streams_.commands) &&
-           TakeOffsetCodes() && TakeArray(chunk_.rawLen / 4, excessCodes_);
+    return TakeArray(m_chunk.rawLen, m_streams.literals) && TakeArray(m_chunk.rawLen, m_streams.commands) &&
+           TakeOffsetCodes() && TakeArray(m_chunk.rawLen / 4, m_excessCodes);
 }
 
 // 32-bit values in scratch, from its next multiple of 16 on; less of them if it is full.
 std::span<std::uint32_t> Unpacker::Allocate(std::size_t count) {
-    const std::size_t padding = (0 - reinterpret_cast<std::uintptr_t>(scratch_.next)) % kStreamAlignment;
-    if (padding > scratch_.Left() || count > (scratch_.Left() - padding) / sizeof(std::uint32_t)) return {};
-    auto* const begin = reinterpret_cast<std::uint32_t*>(scratch_.next + padding);
-    scratch_.next += padding + count * sizeof(std::uint32_t);
+    const std::size_t padding = (0 - reinterpret_cast<std::uintptr_t>(m_scratch.next)) % kStreamAlignment;
+    if (padding > m_scratch.Left() || count > (m_scratch.Left() - padding) / sizeof(std::uint32_t)) return {};
+    auto* const begin = reinterpret_cast<std::uint32_t*>(m_scratch.next + padding);
+    m_scratch.next += padding + count * sizeof(std::uint32_t);
     return {begin, count};
 }
 
 bool Unpacker::TakeBits() {
-    const std::span<std::uint32_t> offsets = Allocate(offsetCodes_.codes.size());
-    const std::span<std::uint32_t> excesses = Allocate(excessCodes_.size() + kExcessPadding);
-    if (!Check(offsets.size() == offsetCodes_.codes.size() && !excesses.empty(),
+    const std::span<std::uint32_t> offsets = Allocate(m_offsetCodes.codes.size());
+    const std::span<std::uint32_t> excesses = Allocate(m_excessCodes.size() + kExcessPadding);
+    if (!Check(offsets.size() == m_offsetCodes.codes.size() && !excesses.empty(),
                "OODLE ERROR : newlz scratch overflow\n")) {
         return false;
     }
-    if (!newLZ_get_offsets_excesses(rest_, excessBytes_, offsetCodes_, excessCodes_, offsets,
-                                    excesses.first(excessCodes_.size()))) {
+    if (!newLZ_get_offsets_excesses(m_rest, m_excessBytes, m_offsetCodes, m_excessCodes, offsets,
+                                    excesses.first(m_excessCodes.size()))) {
         Log(kLogDetail, "newlz newLZ_get_offsets_excesses error\n");
         return false;
     }
     const std::span<std::uint32_t> padding = excesses.last(kExcessPadding);
     std::fill(padding.begin(), padding.end(), 0);
-    streams_.offsets = offsets;
-    streams_.excesses = excesses.first(excessCodes_.size());
+    m_streams.offsets = offsets;
+    m_streams.excesses = excesses.first(m_excessCodes.size());
     return true;
 }
 

@@ -15,7 +15,7 @@ constexpr std::ptrdiff_t kStackScratchLimit = 0x8000;
 // One call of OodleLZ_Decompress, its steps in the order in which they fail.
 class Call {
   public:
-    Call(const DecompressArgs& args, DecodePath path) : args_(args), path_(path) {}
+    Call(const DecompressArgs& args, DecodePath path) : m_args(args), m_path(path) {}
 
     bool Prepare();
     std::ptrdiff_t RunInSomeMemory();
@@ -28,83 +28,83 @@ class Call {
     bool Loop(OodleLZDecoderState& state);
     bool TellCallback() const;
 
-    DecompressArgs args_;
-    const DecodePath path_;
-    OodleLZ_Compressor compressor_ = OodleLZ_Compressor_Invalid;
-    std::uint8_t* windowBase_ = nullptr;
-    std::int64_t backup_ = 0;  // bytes of dictionary before rawBuf
-    std::int64_t rawEnd_ = 0;  // positions count from windowBase_
-    std::int64_t windowEnd_ = 0;
-    std::int64_t rawPos_ = 0;
-    std::ptrdiff_t compPos_ = 0;
+    DecompressArgs m_args;
+    const DecodePath m_path;
+    OodleLZ_Compressor m_compressor = OodleLZ_Compressor_Invalid;
+    std::uint8_t* m_windowBase = nullptr;
+    std::int64_t m_backup = 0;  // bytes of dictionary before rawBuf
+    std::int64_t m_rawEnd = 0;  // positions count from m_windowBase
+    std::int64_t m_windowEnd = 0;
+    std::int64_t m_rawPos = 0;
+    std::ptrdiff_t m_compPos = 0;
 };
 
 bool Call::ArgumentsAreGood() const {
-    return Check(args_.rawBuf != nullptr, "OODLE ERROR : bad parameter : decodeTo != 0\n") &&
-           Check(args_.compBuf != nullptr, "OODLE ERROR : bad parameter : compBuf != 0\n") &&
-           Check(args_.rawLen > 0, "OODLE ERROR : OodleLZ_Decompress: asked for len 0\n");
+    return Check(m_args.rawBuf != nullptr, "OODLE ERROR : bad parameter : decodeTo != 0\n") &&
+           Check(m_args.compBuf != nullptr, "OODLE ERROR : bad parameter : compBuf != 0\n") &&
+           Check(m_args.rawLen > 0, "OODLE ERROR : OodleLZ_Decompress: asked for len 0\n");
 }
 
 bool Call::FindWindow() {
-    windowBase_ = args_.decBufBase ? args_.decBufBase : args_.rawBuf;
-    const auto base = reinterpret_cast<std::uintptr_t>(windowBase_);
-    const auto begin = reinterpret_cast<std::uintptr_t>(args_.rawBuf);
+    m_windowBase = m_args.decBufBase ? m_args.decBufBase : m_args.rawBuf;
+    const auto base = reinterpret_cast<std::uintptr_t>(m_windowBase);
+    const auto begin = reinterpret_cast<std::uintptr_t>(m_args.rawBuf);
     if (!Check(base <= begin && (begin - base) % OODLELZ_BLOCK_LEN == 0,
                "OODLE ERROR : OodleLZ_Decompress: dictionary backup distance must be a multiple of "
                "OODLELZ_BLOCK_LEN\n")) {
         return false;
     }
-    backup_ = static_cast<std::int64_t>(begin - base);
-    rawPos_ = backup_;
-    if (!FitsSignedSize(args_.rawLen, kSignedSizeLimit - backup_)) return false;
-    rawEnd_ = backup_ + args_.rawLen;
-    windowEnd_ = args_.decBufSize > 0 ? args_.decBufSize : rawEnd_;
+    m_backup = static_cast<std::int64_t>(begin - base);
+    m_rawPos = m_backup;
+    if (!FitsSignedSize(m_args.rawLen, kSignedSizeLimit - m_backup)) return false;
+    m_rawEnd = m_backup + m_args.rawLen;
+    m_windowEnd = m_args.decBufSize > 0 ? m_args.decBufSize : m_rawEnd;
     return true;
 }
 
 bool Call::PhaseIsPossible() {
-    if (args_.threadPhase == 0) {
+    if (m_args.threadPhase == 0) {
         Log(kLogDetail, "OodleLZ_Decompress: threadPhase 0! fixing it to OodleLZ_Decode_Unthreaded\n");
-        args_.threadPhase = OodleLZ_Decode_Unthreaded;
+        m_args.threadPhase = OodleLZ_Decode_Unthreaded;
     }
-    if (args_.threadPhase == OodleLZ_Decode_Unthreaded) return true;
-    if (args_.threadPhase != OodleLZ_Decode_ThreadPhase1 &&
-        args_.threadPhase != OodleLZ_Decode_ThreadPhase2) {
+    if (m_args.threadPhase == OodleLZ_Decode_Unthreaded) return true;
+    if (m_args.threadPhase != OodleLZ_Decode_ThreadPhase1 &&
+        m_args.threadPhase != OodleLZ_Decode_ThreadPhase2) {
         return Fail(
             "OODLE ERROR : assertion failed : %s\n",
             "threadPhase == OodleLZ_Decode_ThreadPhase1 || threadPhase == OodleLZ_Decode_ThreadPhase2");
     }
-    return Check(IsIn(kNewLzCompressors, compressor_),
+    return Check(IsIn(kNewLzCompressors, m_compressor),
                  "OODLE ERROR : OodleLZ_Decompress: asked for threaded decode but "
                  "!OodleLZ_Compressor_CanDecodeThreadPhased\n") &&
-           Check(args_.decoderMemory != nullptr &&
-                     args_.decoderMemorySize >= OodleLZ_ThreadPhased_BlockDecoderMemorySizeNeeded,
+           Check(m_args.decoderMemory != nullptr &&
+                     m_args.decoderMemorySize >= OodleLZ_ThreadPhased_BlockDecoderMemorySizeNeeded,
                  "OODLE ERROR : OodleLZ_Decompress: asked for threaded decode but decoderMemory < "
                  "OodleLZ_ThreadPhased_BlockDecoderMemorySizeNeeded\n");
 }
 
 bool Call::Prepare() {
     if (!ArgumentsAreGood() || !FindWindow()) return false;
-    compressor_ = OodleLZ_GetAllChunksCompressor(args_.compBuf, args_.compBufSize, args_.rawLen);
-    if (compressor_ == OodleLZ_Compressor_Invalid) return false;
-    if (args_.fuzzSafe && !IsIn(kFuzzSafeCompressors, compressor_)) {
+    m_compressor = OodleLZ_GetAllChunksCompressor(m_args.compBuf, m_args.compBufSize, m_args.rawLen);
+    if (m_compressor == OodleLZ_Compressor_Invalid) return false;
+    if (m_args.fuzzSafe && !IsIn(kFuzzSafeCompressors, m_compressor)) {
         return Fail(
             "OODLE ERROR : OodleLZ_Decompress: Requested Fuzz Safety, saw a compressor that can't decode "
             "Safe\n");
     }
     return PhaseIsPossible() &&
-           Check(!IsIn(kLegacyCompressors, compressor_),
+           Check(!IsIn(kLegacyCompressors, m_compressor),
                  "OODLE ERROR : OodleLZ_Decompress: asked to decode Legacy compressor; not supported!\n");
 }
 
 std::ptrdiff_t Call::RunInSomeMemory() {
-    const std::ptrdiff_t needed = ScratchSizeNeeded(compressor_, rawEnd_) + kDecoderMemorySlack;
-    if (args_.decoderMemory) {
-        if (!Check(args_.decoderMemorySize >= needed,
+    const std::ptrdiff_t needed = ScratchSizeNeeded(m_compressor, m_rawEnd) + kDecoderMemorySlack;
+    if (m_args.decoderMemory) {
+        if (!Check(m_args.decoderMemorySize >= needed,
                    "OODLE ERROR : OodleLZ_Decompress : decoder memory given, but too small!\n")) {
             return 0;
         }
-        return RunIn(*PlaceDecoderState(args_.decoderMemory, args_.decoderMemorySize));
+        return RunIn(*PlaceDecoderState(m_args.decoderMemory, m_args.decoderMemorySize));
     }
     if (needed - kDecoderMemorySlack < kStackScratchLimit) {
         // Whatever needs so little needs the state alone.
@@ -119,57 +119,58 @@ std::ptrdiff_t Call::RunInSomeMemory() {
 }
 
 std::ptrdiff_t Call::RunIn(OodleLZDecoderState& state) {
-    state.rawPos = rawPos_;
-    state.windowEnd = windowEnd_;
+    state.rawPos = m_rawPos;
+    state.windowEnd = m_windowEnd;
     state.resetPos = 0;  // so that the dictionary is within reach
-    if (Loop(state) && rawPos_ < rawEnd_) {
+    if (Loop(state) && m_rawPos < m_rawEnd) {
         Fail("OODLE ERROR : LZ corruption : OodleLZ_Decompress not enough comp buf\n");
     }
     if (state.ownedMemory) OodleFree(state.ownedMemory);
-    if (rawPos_ != rawEnd_) {
+    if (m_rawPos != m_rawEnd) {
         Fail("OODLE ERROR : LZ corruption : OodleLZ_Decompress failed (%d != %d)\n",
-             static_cast<int>(rawPos_), static_cast<int>(rawEnd_));
+             static_cast<int>(m_rawPos), static_cast<int>(m_rawEnd));
         return 0;
     }
-    return args_.rawLen;
+    return m_args.rawLen;
 }
 
 // Returns whether it ended for want of compressed bytes or for being done, and not because it was made to.
 bool Call::Loop(OodleLZDecoderState& state) {
-    while (compPos_ < args_.compBufSize && rawPos_ < rawEnd_) {
-        if (args_.verbosity > 2) {
+    while (m_compPos < m_args.compBufSize && m_rawPos < m_rawEnd) {
+        if (m_args.verbosity > 2) {
             Log(kLogInfo, "OodleLZ_Decompress about to DecodeSome, starting at comp %d -> raw %d\n",
-                static_cast<int>(compPos_), static_cast<int>(rawPos_));
+                static_cast<int>(m_compPos), static_cast<int>(m_rawPos));
         }
         DecodeSomeResult result;
         const bool good = DecodeSome(state, result,
-                                     {.windowBase = windowBase_,
-                                      .rawPos = rawPos_,
-                                      .windowEnd = windowEnd_,
-                                      .rawAvail = rawEnd_ - rawPos_,
-                                      .comp = args_.compBuf + compPos_,
-                                      .compAvail = args_.compBufSize - compPos_,
-                                      .fuzzSafe = args_.fuzzSafe,
-                                      .checkCRC = args_.checkCRC,
-                                      .verbosity = args_.verbosity,
-                                      .threadPhase = args_.threadPhase,
-                                      .path = path_});
+                                     {.windowBase = m_windowBase,
+                                      .rawPos = m_rawPos,
+                                      .windowEnd = m_windowEnd,
+                                      .rawAvail = m_rawEnd - m_rawPos,
+                                      .comp = m_args.compBuf + m_compPos,
+                                      .compAvail = m_args.compBufSize - m_compPos,
+                                      .fuzzSafe = m_args.fuzzSafe,
+                                      .checkCRC = m_args.checkCRC,
+                                      .verbosity = m_args.verbosity,
+                                      .threadPhase = m_args.threadPhase,
+                                      .path = m_path});
         if (!good) return false;
         if (result.rawDecoded == 0) {
             return Fail(
                 "OODLE ERROR : LZ corruption : OodleLZ_Decompress : DecodeSome wanted more comp data\n");
         }
-        rawPos_ += result.rawDecoded;
-        compPos_ += result.compUsed;
+        m_rawPos += result.rawDecoded;
+        m_compPos += result.compUsed;
         if (!TellCallback()) return false;
     }
     return true;
 }
 
 bool Call::TellCallback() const {
-    return !args_.fpCallback ||
-           args_.fpCallback(args_.callbackUserData, args_.rawBuf, args_.rawLen, args_.compBuf,
-                            args_.compBufSize, static_cast<std::ptrdiff_t>(rawPos_ - backup_), compPos_) != 1;
+    return !m_args.fpCallback ||
+           m_args.fpCallback(m_args.callbackUserData, m_args.rawBuf, m_args.rawLen, m_args.compBuf,
+                             m_args.compBufSize, static_cast<std::ptrdiff_t>(m_rawPos - m_backup),
+                             m_compPos) != 1;
 }
 
 }  // namespace

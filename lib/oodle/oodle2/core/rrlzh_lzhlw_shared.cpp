@@ -17,25 +17,25 @@ enum SpecialQuantum : std::uint32_t { kSpecialWholeMatch = 0, kSpecialMemset = 1
 class HeaderBytes {
   public:
     explicit HeaderBytes(std::span<const std::uint8_t> in)
-        : in_(in.first(std::min(in.size(), kMaxHeaderBytes))) {}
+        : m_in(in.first(std::min(in.size(), kMaxHeaderBytes))) {}
 
     std::uint32_t Take(std::size_t count) {
-        if (in_.size() - used_ < count) {
-            short_ = true;
+        if (m_in.size() - m_used < count) {
+            m_short = true;
             return 0;
         }
         std::uint32_t value = 0;
-        for (; count > 0; --count) value = value << 8 | in_[used_++];
+        for (; count > 0; --count) value = value << 8 | m_in[m_used++];
         return value;
     }
 
-    bool IsShort() const { return short_; }
-    std::uint8_t Used() const { return static_cast<std::uint8_t>(used_); }
+    bool IsShort() const { return m_short; }
+    std::uint8_t Used() const { return static_cast<std::uint8_t>(m_used); }
 
   private:
-    std::span<const std::uint8_t> in_;
-    std::size_t used_ = 0;
-    bool short_ = false;
+    std::span<const std::uint8_t> m_in;
+    std::size_t m_used = 0;
+    bool m_short = false;
 };
 
 // The number of a whole match, which is its distance less 1:
