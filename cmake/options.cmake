@@ -7,6 +7,9 @@ target_compile_options(corvane_options INTERFACE
 if(CORVANE_WERROR)
   target_compile_options(corvane_options INTERFACE -Werror)
 endif()
+if(CORVANE_PORTABLE)
+  target_compile_definitions(corvane_options INTERFACE CORVANE_PORTABLE)
+endif()
 
 # No path of the building machine in what ships.
 add_compile_options(-ffile-prefix-map=${PROJECT_SOURCE_DIR}/=)

@@ -2,10 +2,9 @@
 // only where hardly any command goes the other way. Runs of up to 16 literals, matches of up to 32 bytes and
 // offsets from 16 on are the usual case.
 #include <algorithm>
-#include <xmmintrin.h>
 
-#include "oodle/oodle2/core/copy_units.h"
 #include "oodle/oodle2/core/newlz_parse.h"
+#include "oodle/oodle2/core/processor.h"
 
 namespace oo2 {
 namespace {
@@ -47,22 +46,6 @@ constexpr std::uint32_t kLongMatchShape = kLongMatchCode + kShortMatchBase;
 constexpr std::uint32_t kFirstOfIndex1 = 0x40;
 constexpr std::uint32_t kFirstOfIndex2 = 0x80;
 constexpr std::uint32_t kFirstOfNew = 0xC0;
-
-// Conditional moves. Compilers make branches of the same in plain code: with every third command taking a new
-// offset, that is 1,290 MB/s instead of 3,440 (GCC 12; lz_decode --repeat 150 with the records of 1 MiB that
-// lz_data writes).
-template <std::uint32_t kLimit>
-void MoveIfAtLeast(std::uint32_t value, std::uint32_t& to, std::uint32_t from) {
-    asm("cmp %3, %2\n\tcmovae %1, %0" : "+r"(to) : "r"(from), "r"(value), "i"(kLimit) : "cc");
-}
-template <std::uint32_t kLimit>
-void SwapIfAtLeast(std::uint32_t value, std::uint32_t& a, std::uint32_t& b) {
-    const std::uint32_t former = a;
-    asm("cmp %4, %3\n\tcmovae %1, %0\n\tcmovae %2, %1"
-        : "+&r"(a), "+&r"(b)
-        : "r"(former), "r"(value), "i"(kLimit)
-        : "cc");
-}
 
 // A unit of literals; only with an offset of a unit or more are its bytes not each other's base.
 template <LiteralMode kMode>
@@ -114,7 +97,7 @@ static_assert(kOffsetsAhead < kExcessPadding, "as many entries can be read behin
 
 inline void Prefetch(const std::uint8_t* out, std::size_t lookAhead, std::size_t offset) {
     const std::uintptr_t address = reinterpret_cast<std::uintptr_t>(out) + lookAhead - offset;
-    _mm_prefetch(reinterpret_cast<const char*>(address), _MM_HINT_T0);
+    __builtin_prefetch(reinterpret_cast<const void*>(address));
 }
 
 // How many commands can start before one must ask again whether there is room, if all are usual ones.

@@ -1,4 +1,4 @@
-// Copies in whole units, of which the caller may want only the front. SSE2 is there on every target.
+// The x86 forms: see processor.h. SSE2 is there on every x86 target.
 #pragma once
 
 #include <cstddef>
@@ -23,6 +23,22 @@ inline void Add16(std::uint8_t* to, const std::uint8_t* from, const std::uint8_t
     const __m128i sum = _mm_add_epi8(_mm_loadu_si128(reinterpret_cast<const __m128i*>(from)),
                                      _mm_loadu_si128(reinterpret_cast<const __m128i*>(base)));
     _mm_storeu_si128(reinterpret_cast<__m128i*>(to), sum);
+}
+
+// Conditional moves. Compilers make branches of the same in plain code: with every third command taking a new
+// offset, that is 1,290 MB/s instead of 3,440 (GCC 12; lz_decode --repeat 150 with the records of 1 MiB that
+// lz_data writes).
+template <std::uint32_t kLimit>
+void MoveIfAtLeast(std::uint32_t value, std::uint32_t& to, std::uint32_t from) {
+    asm("cmp %3, %2\n\tcmovae %1, %0" : "+r"(to) : "r"(from), "r"(value), "i"(kLimit) : "cc");
+}
+template <std::uint32_t kLimit>
+void SwapIfAtLeast(std::uint32_t value, std::uint32_t& a, std::uint32_t& b) {
+    const std::uint32_t former = a;
+    asm("cmp %4, %3\n\tcmovae %1, %0\n\tcmovae %2, %1"
+        : "+&r"(a), "+&r"(b)
+        : "r"(former), "r"(value), "i"(kLimit)
+        : "cc");
 }
 
 }  // namespace oo2
