@@ -18,14 +18,13 @@ fuzz::LzOutcome Run(std::uint32_t flags, std::size_t rawLen, std::span<const std
     const std::size_t scratchSize = oo2::KrakenChunkScratch(std::min(rawLen, kChunkLen));
     fuzz::ExactBlock scratch((flags & 2) != 0 ? scratchSize / 2 : scratchSize);
     fuzz::LzOutcome outcome;
-    outcome.result = oo2::Kraken_DecodeOneQuantum({.raw = window.data() + history,
-                                                   .rawLen = rawLen,
-                                                   .payload = comp.Span(),
-                                                   .bytesSinceReset = history,
-                                                   .rawPos = static_cast<std::int64_t>(history),
-                                                   .scratch = scratch.Span(),
-                                                   .phases = {},
-                                                   .path = path});
+    oo2::DecodeContext context;
+    context.windowBase = window.data();
+    context.rawPos = static_cast<std::int64_t>(history);
+    context.scratch = scratch.Span();
+    context.chunkScratch = scratch.size();
+    context.path = path;
+    outcome.result = oo2::Kraken_DecodeOneQuantum({context, rawLen, comp.Span()});
     if (outcome.result >= 0) outcome.raw.assign(window.Span().begin(), window.Span().end());
     return outcome;
 }

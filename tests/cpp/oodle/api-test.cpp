@@ -11,6 +11,7 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include "oodle/oodle2/core/all_chunks_compressor.h"
 #include "oodle/oodle2/core/decoder_state.h"
 #include "oodle/oodle2/core/decompress.h"
 #include "support/captured-log.h"
@@ -56,8 +57,9 @@ class Blocks : public testing::Test {
             args.rawLen = std::min(kBlock, args_.rawLen - rawPos);
             args.decBufBase = raw_.data();
             decode(args);
-            compPos += oo2::GetCompressedStepForRawStep(args.compBuf, args.compBufSize, rawPos, args.rawLen)
-                           .compUsed;
+            const std::span<const std::uint8_t> rest =
+                std::span(stream_).subspan(static_cast<std::size_t>(compPos));
+            compPos += oo2::GetCompressedStepForRawStep(rest, rawPos, args.rawLen).compUsed;
         }
     }
 

@@ -7,6 +7,8 @@
 
 #include "oodle/oodle2/core/newlz_arrays.h"
 #include "oodle/oodle2/core/newlz_arrays_huff.h"
+#include "oodle/oodle2/core/newlz_arrays_tans.h"
+#include "oodle/oodle2/core/newlz_multiarrays.h"
 #include "support/captured-log.h"
 
 namespace {

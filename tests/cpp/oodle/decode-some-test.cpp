@@ -7,8 +7,7 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
-#include "oodle/oodle2/core/decoder_state.h"
-#include "oodle/oodle2/core/decompress.h"
+#include "oodle/oodle2/core/decode_some.h"
 #include "support/captured-log.h"
 
 namespace {
@@ -18,28 +17,24 @@ using testing::ElementsAre;
 constexpr std::int64_t kRawLength = 100;
 constexpr std::uint8_t kReset = 0x8C;
 
-// A state with scratch for Kraken, and the arguments of a first step over a window of kRawLength bytes.
+// A state with scratch for Kraken, at the start of a window of kRawLength bytes.
 struct Fixture {
     Fixture() {
         const std::ptrdiff_t size =
             oo2::ScratchSizeNeeded(OodleLZ_Compressor_Kraken, kRawLength) + oo2::kDecoderMemorySlack;
         memory.resize(static_cast<std::size_t>(size));
-        state = oo2::PlaceDecoderState(memory.data(), size);
-        args.windowBase = window.data();
-        args.windowEnd = kRawLength;
-        args.rawAvail = kRawLength;
+        oo2::DecodeContext start;
+        start.windowBase = window.data();
+        start.windowEnd = start.rawEnd = kRawLength;
+        state = oo2::PlaceDecoderState(memory.data(), size, start);
     }
 
-    bool Step(const std::vector<std::uint8_t>& stream) {
-        args.comp = stream.data();
-        args.compAvail = static_cast<std::ptrdiff_t>(stream.size());
-        return oo2::DecodeSome(*state, result, args);
-    }
+    bool Step(const std::vector<std::uint8_t>& stream) { return oo2::DecodeSome(*state, stream, result); }
+    oo2::DecodeContext& Context() { return state->context; }
 
     std::vector<std::uint8_t> memory;
     std::vector<std::uint8_t> window = std::vector<std::uint8_t>(OODLELZ_BLOCK_LEN * 2);
     oo2::OodleLZDecoderState* state = nullptr;
-    oo2::DecodeSomeArgs args;
     oo2::DecodeSomeResult result;
     CapturedLog log;
 };
@@ -52,28 +47,27 @@ TEST(DecodeSome, tells_why_it_fails) {
         std::function<void(Fixture&)> prepare = [](Fixture&) {};
     } failures[] = {
         {"OODLE ERROR : you didn't give me enough window!\n", memset,
-         [](Fixture& f) { f.args.rawPos = kRawLength; }},
-        {"OODLE ERROR : sliding window must be pow2!\n", memset, [](Fixture& f) { f.args.rawAvail = 101; }},
+         [](Fixture& f) { f.Context().rawPos = kRawLength; }},
+        {"OODLE ERROR : sliding window must be pow2!\n", memset,
+         [](Fixture& f) { f.Context().rawEnd = 101; }},
         {"OODLE ERROR : only legacy compressors do sliding window!\n", memset,
-         [](Fixture& f) { f.args.windowEnd = 64; }},
+         [](Fixture& f) { f.Context().windowEnd = 64; }},
         {"OODLE ERROR : Requested Fuzz Safety, saw a compressor that can't decode Safe\n",
          {kReset, 0, 0},
-         [](Fixture& f) { f.args.fuzzSafe = true; }},
+         [](Fixture& f) { f.Context().fuzzSafe = true; }},
         {"OODLE ERROR : Legacy LZ VTable not installed", {kReset, 0, 0}},
         {"OODLE ERROR : Heterogenous compressor file with insufficient decoder memory size!\n", memset,
          [](Fixture& f) { --f.state->scratchSize; }},
         // In the middle of a block whose header it never read, or read as nonsense.
         {"OODLE ERROR : LZ corruption : DecodeOneQ invalid decodeType!\n",
          {0, 0, 9},
-         [](Fixture& f) { f.args.rawPos = 1, f.args.rawAvail = 99; }},
+         [](Fixture& f) { f.Context().rawPos = 1; }},
         {"OODLE ERROR : invalid decodeType!\n",
          {0, 0, 9},
-         [](Fixture& f) { f.args.rawPos = 1, f.args.rawAvail = 99, f.state->block.decodeType = 99; }},
+         [](Fixture& f) { f.Context().rawPos = 1, f.state->block.decodeType = 99; }},
         {"OODLE ERROR : corruption : matchOff > 1\n",
          {0x03, 0xFF, 0xFF, 0x80, 0x00},
-         [](Fixture& f) {
-             f.args.rawPos = 10, f.args.rawAvail = 90, f.state->block.decodeType = oo2::kDecodeKraken;
-         }},
+         [](Fixture& f) { f.Context().rawPos = 10, f.state->block.decodeType = oo2::kDecodeKraken; }},
     };
     for (const auto& failure : failures) {
         Fixture f;

@@ -1,8 +1,8 @@
-// Finds a stream's compressor by walking its block and quantum headers.
+#include "oodle/oodle2/core/all_chunks_compressor.h"
+
 #include <algorithm>
 
 #include "oodle/oodle2/core/compressor_sets.h"
-#include "oodle/oodle2/core/decompress.h"
 #include "oodle/oodle2/core/rrlzh_lzhlw_shared.h"
 
 namespace oo2 {
@@ -26,15 +26,14 @@ OodleLZ_Compressor Mix(OodleLZ_Compressor left, OodleLZ_Compressor right) {
 
 }  // namespace
 
-CompressedStep GetCompressedStepForRawStep(const std::uint8_t* comp, std::ptrdiff_t compAvail,
-                                           std::int64_t startRawPos, std::ptrdiff_t rawStep) {
+CompressedStep GetCompressedStepForRawStep(std::span<const std::uint8_t> comp, std::int64_t startRawPos,
+                                           std::ptrdiff_t rawStep) {
     if (!Check(startRawPos % OODLELZ_BLOCK_LEN == 0,
                "OODLE ERROR : GetCompressedStepForRawStep : start pos not a quantum!\n")) {
         return {};
     }
-    const std::span<const std::uint8_t> in(comp, static_cast<std::size_t>(compAvail));
-    if (in.size() < BlockHeader::kSize) return {};
-    const std::optional<BlockHeader> block = ReadBlockHeader(in);
+    if (comp.size() < BlockHeader::kSize) return {};
+    const std::optional<BlockHeader> block = ReadBlockHeader(comp);
     if (!block) return {};
 
     const auto step = static_cast<std::size_t>(std::min(rawStep, OODLELZ_BLOCK_LEN));
@@ -44,40 +43,33 @@ CompressedStep GetCompressedStepForRawStep(const std::uint8_t* comp, std::ptrdif
     const std::size_t quantumLen =
         HasLongQuanta(block->decodeType) ? kLongQuantumRawLen : kShortQuantumRawLen;
     std::size_t covered = 0;
-    while (covered < step && used < in.size()) {
+    while (covered < step && used < comp.size()) {
         const std::size_t rawLen = std::min(step - covered, quantumLen);
         QuantumHeader header;
-        if (ReadQuantumHeader(in.subspan(used), *block, rawLen, header) != HeaderStatus::Ok) return {};
+        if (ReadQuantumHeader(comp.subspan(used), *block, rawLen, header) != HeaderStatus::Ok) return {};
         used += header.size + header.compLen;
         covered += rawLen;
     }
     return {static_cast<std::ptrdiff_t>(used), static_cast<std::ptrdiff_t>(covered)};
 }
 
-}  // namespace oo2
-
-OodleLZ_Compressor OodleLZ_GetAllChunksCompressor(const void* compBuf, std::ptrdiff_t compBufSize,
-                                                  std::ptrdiff_t rawLen) {
-    const auto* const comp = static_cast<const std::uint8_t*>(compBuf);
-    const auto size = comp && compBufSize > 0 ? static_cast<std::size_t>(compBufSize) : 0;
-    std::span<const std::uint8_t> rest(comp, size);
-    OodleLZ_Compressor answer = oo2::CompressorAt(rest);
+OodleLZ_Compressor GetAllChunksCompressor(std::span<const std::uint8_t> comp, std::ptrdiff_t rawLen) {
+    OodleLZ_Compressor answer = CompressorAt(comp);
     std::ptrdiff_t rawPos = 0;
     while (answer != OodleLZ_Compressor_Invalid && answer != OodleLZ_Compressor_Count &&
            rawLen - rawPos > OODLELZ_BLOCK_LEN) {
-        const auto left = static_cast<std::ptrdiff_t>(rest.size());
-        const oo2::CompressedStep step =
-            oo2::GetCompressedStepForRawStep(rest.data(), left, rawPos, OODLELZ_BLOCK_LEN);
-        if (step.compUsed <= 0 || step.compUsed > left) {
-            oo2::Fail(
-                "OODLE ERROR : LZ corruption : insufficient comp data in OodleLZ_GetAllChunksCompressor\n");
+        const CompressedStep step = GetCompressedStepForRawStep(comp, rawPos, OODLELZ_BLOCK_LEN);
+        if (step.compUsed <= 0 || step.compUsed > std::ssize(comp)) {
+            Fail("OODLE ERROR : LZ corruption : insufficient comp data in OodleLZ_GetAllChunksCompressor\n");
             break;
         }
-        if (step.compUsed == left || step.rawCovered < OODLELZ_BLOCK_LEN) break;
-        rest = rest.subspan(static_cast<std::size_t>(step.compUsed));
+        if (step.compUsed == std::ssize(comp) || step.rawCovered < OODLELZ_BLOCK_LEN) break;
+        comp = comp.subspan(static_cast<std::size_t>(step.compUsed));
         rawPos += step.rawCovered;
-        const OodleLZ_Compressor next = oo2::CompressorAt(rest);
-        answer = next == OodleLZ_Compressor_Invalid ? next : oo2::Mix(answer, next);
+        const OodleLZ_Compressor next = CompressorAt(comp);
+        answer = next == OodleLZ_Compressor_Invalid ? next : Mix(answer, next);
     }
     return answer;
 }
+
+}  // namespace oo2

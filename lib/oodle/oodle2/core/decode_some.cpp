@@ -1,18 +1,30 @@
-// One step of the frame: a block header where one is due, then one quantum.
+#include "oodle/oodle2/core/decode_some.h"
+
 #include <algorithm>
 #include <bit>
 #include <cstring>
 
 #include "oodle/oodle2/core/compressor_sets.h"
-#include "oodle/oodle2/core/decoder_state.h"
 #include "oodle/oodle2/core/newlz.h"
+#include "oodle/oodle2/core/quantum.h"
 
 namespace oo2 {
 namespace {
 
 constexpr std::int64_t kBlockLen = OODLELZ_BLOCK_LEN;
 constexpr int kMaxCallsWithoutProgress = 1000;
-constexpr int kVerbose = 3;
+
+// The decoder of each decode type's quanta. A type that is known but has no decoder has a null one: its
+// quanta are refused like corrupt ones.
+constexpr struct {
+    DecodeType type;
+    QuantumDecoder decode;
+} kQuantumDecoders[] = {
+    {kDecodeKraken, &Kraken_DecodeOneQuantum},
+    {kDecodeMermaid, nullptr},
+    {kDecodeLeviathan, nullptr},
+    {kDecodeLzb16, nullptr},
+};
 
 enum class StepStatus { Done, NeedMore, Failed };
 
@@ -32,57 +44,48 @@ void CopyPattern(std::uint8_t* out, std::size_t distance, std::size_t length) {
     }
 }
 
-Phases PhasesOf(int threadPhase) {
-    return {.unpack = threadPhase != OodleLZ_Decode_ThreadPhase2,
-            .write = threadPhase != OodleLZ_Decode_ThreadPhase1};
-}
-
 class Step {
   public:
-    Step(OodleLZDecoderState& state, const DecodeSomeArgs& args)
-        : m_state(state),
-          m_args(args),
-          m_phases(PhasesOf(args.threadPhase)),
-          m_comp(args.comp, static_cast<std::size_t>(std::max<std::ptrdiff_t>(args.compAvail, 0))) {}
+    Step(OodleLZDecoderState& state, std::span<const std::uint8_t> comp)
+        : m_state(state), m_context(state.context), m_comp(comp) {}
 
     StepStatus Run(DecodeSomeResult& result);
 
   private:
     StepStatus ReadHeader();
-    bool BlockIsDecodable(OodleLZ_Compressor compressor) const;
+    bool BlockIsDecodable(OodleLZ_Compressor compressor);
     bool WindowIsWhole() const;
     StepStatus CopyBlock();
     StepStatus DecodeQuantum();
-    bool DecodePayload(const QuantumHeader& header);
-    bool WriteSimple(const QuantumHeader& header);
-    bool DecodeCoded(const QuantumHeader& header);
+    bool DecodePayload(const QuantumHeader& header) const;
+    bool WriteSimple(const QuantumHeader& header) const;
+    bool DecodeCoded(const QuantumHeader& header) const;
 
-    std::uint8_t* Out() const { return m_args.windowBase + m_args.rawPos; }
+    std::int64_t WindowLeft() const { return m_context.windowEnd - m_context.rawPos; }
     std::span<const std::uint8_t> Rest() const { return m_comp.subspan(m_used); }
 
     OodleLZDecoderState& m_state;
-    const DecodeSomeArgs& m_args;
-    const Phases m_phases;
+    DecodeContext& m_context;
     const std::span<const std::uint8_t> m_comp;
     std::size_t m_used = 0;    // of m_comp
     std::size_t m_rawLen = 0;  // of this step
 };
 
 StepStatus Step::Run(DecodeSomeResult& result) {
-    const std::int64_t inBlock = m_args.rawPos % kBlockLen;
+    const std::int64_t inBlock = m_context.rawPos % kBlockLen;
     const std::int64_t wanted =
-        std::min({m_args.rawAvail, kBlockLen - inBlock, m_args.windowEnd - m_args.rawPos});
+        std::min({m_context.rawEnd - m_context.rawPos, kBlockLen - inBlock, WindowLeft()});
     if (wanted <= 0) return Failed("OODLE ERROR : you didn't give me enough window!\n");
     m_rawLen = static_cast<std::size_t>(wanted);
 
     const std::int64_t formerHeaderPos = m_state.blockHeaderPos;
     StepStatus status = StepStatus::Done;
-    if (inBlock == 0 && m_args.rawPos != m_state.blockHeaderPos) status = ReadHeader();
+    if (inBlock == 0 && m_context.rawPos != m_state.blockHeaderPos) status = ReadHeader();
     if (status == StepStatus::Done && !WindowIsWhole()) return StepStatus::Failed;
     if (status == StepStatus::Done) status = m_state.block.memcpy ? CopyBlock() : DecodeQuantum();
     if (status == StepStatus::Done) {
         result = {static_cast<std::ptrdiff_t>(m_rawLen), static_cast<std::ptrdiff_t>(m_used)};
-        m_state.rawPos = m_args.rawPos + static_cast<std::int64_t>(m_rawLen);
+        m_context.rawPos += static_cast<std::int64_t>(m_rawLen);
         m_state.callsWithoutProgress = 0;
     } else {
         m_state.blockHeaderPos = formerHeaderPos;  // it was not used, so the next call reads it again
@@ -98,37 +101,40 @@ StepStatus Step::ReadHeader() {
     if (!BlockIsDecodable(compressor)) return StepStatus::Failed;
 
     m_state.block = *header;
-    m_state.blockHeaderPos = m_args.rawPos;
+    m_state.blockHeaderPos = m_context.rawPos;
     m_used = BlockHeader::kSize;
     if (header->reset) {
-        m_state.resetPos = m_args.rawPos;
-        Log(kLogDetail, "RESET : %d\n", static_cast<int>(m_args.rawPos));
+        m_context.resetPos = m_context.rawPos;
+        Log(kLogDetail, "RESET : %d\n", static_cast<int>(m_context.rawPos));
     }
-    if (m_args.verbosity >= kVerbose) {
+    if (m_context.LogsSteps()) {
         Log(kLogInfo, "CHUNK header @ %lld  , compressor %d=%s %s %s\n",
-            static_cast<long long>(m_args.rawPos), static_cast<int>(compressor), CompressorName(compressor),
-            header->reset ? "reset" : "", header->memcpy ? "memcpy" : "");
+            static_cast<long long>(m_context.rawPos), static_cast<int>(compressor),
+            CompressorName(compressor), header->reset ? "reset" : "", header->memcpy ? "memcpy" : "");
     }
     return StepStatus::Done;
 }
 
-bool Step::BlockIsDecodable(OodleLZ_Compressor compressor) const {
-    if (m_args.fuzzSafe && !IsIn(kFuzzSafeCompressors, compressor)) {
+// Also sets how much scratch a chunk of the block may use.
+bool Step::BlockIsDecodable(OodleLZ_Compressor compressor) {
+    if (m_context.fuzzSafe && !IsIn(kFuzzSafeCompressors, compressor)) {
         return Fail("OODLE ERROR : Requested Fuzz Safety, saw a compressor that can't decode Safe\n");
     }
-    const std::int64_t rawEnd = std::min(m_args.windowEnd, m_args.rawPos + m_args.rawAvail);
-    if (ScratchSizeNeeded(compressor, rawEnd) > m_state.scratchSize) {
+    const std::int64_t rawEnd = std::min(m_context.windowEnd, m_context.rawEnd);
+    const std::ptrdiff_t scratchSize = ScratchSizeNeeded(compressor, rawEnd);
+    if (scratchSize > m_state.scratchSize) {
         return Fail("OODLE ERROR : Heterogenous compressor file with insufficient decoder memory size!\n");
     }
+    m_context.chunkScratch = static_cast<std::size_t>(scratchSize - kStateSize);
     return Check(!IsIn(kLegacyCompressors, compressor), "OODLE ERROR : Legacy LZ VTable not installed");
 }
 
 bool Step::WindowIsWhole() const {
     const OodleLZ_Compressor compressor = CompressorOf(m_state.block);
     if (!Check(compressor != OodleLZ_Compressor_Invalid, "OODLE ERROR : invalid decodeType!\n")) return false;
-    if (m_args.rawPos + m_args.rawAvail <= m_args.windowEnd) return true;
+    if (m_context.rawEnd <= m_context.windowEnd) return true;
     // The output would have to slide through a smaller window.
-    return Check(std::has_single_bit(static_cast<std::uint64_t>(m_args.windowEnd)),
+    return Check(std::has_single_bit(static_cast<std::uint64_t>(m_context.windowEnd)),
                  "OODLE ERROR : sliding window must be pow2!\n") &&
            Check(IsIn(kLegacyCompressors, compressor),
                  "OODLE ERROR : only legacy compressors do sliding window!\n");
@@ -136,8 +142,8 @@ bool Step::WindowIsWhole() const {
 
 StepStatus Step::CopyBlock() {
     if (Rest().size() < m_rawLen) return StepStatus::NeedMore;
-    if (m_args.verbosity >= kVerbose) Log(kLogInfo, " decoder memcpy %d\n", static_cast<int>(m_rawLen));
-    if (m_phases.write) std::memcpy(Out(), Rest().data(), m_rawLen);
+    if (m_context.LogsSteps()) Log(kLogInfo, " decoder memcpy %d\n", static_cast<int>(m_rawLen));
+    if (m_context.phases.write) std::memcpy(m_context.Out(), Rest().data(), m_rawLen);
     m_used += m_rawLen;
     return StepStatus::Done;
 }
@@ -155,14 +161,14 @@ StepStatus Step::DecodeQuantum() {
         case HeaderStatus::NumberTooLarge:
             return Failed("OODLE ERROR : LZ corruption : wholematch offset too large!\n");
     }
-    if (m_args.verbosity >= kVerbose) {
+    if (m_context.LogsSteps()) {
         Log(kLogInfo, "QH : %d , %d , %08X\n", static_cast<int>(m_rawLen), static_cast<int>(header.compLen),
             header.checkValue);
     }
     if (header.compLen > m_rawLen) return Failed("OODLE ERROR : LZ corruption : qh.compLen > qh_rawLen!\n");
     m_used += header.size;
     if (header.compLen > Rest().size()) return StepStatus::NeedMore;
-    if (m_args.checkCRC && header.hasCheck) {
+    if (m_context.checkCRC && header.hasCheck) {
         return Failed("OODLE ERROR : check value not verified : its hash is not known to this decoder\n");
     }
     if (!DecodePayload(header)) return StepStatus::Failed;
@@ -170,63 +176,49 @@ StepStatus Step::DecodeQuantum() {
     return StepStatus::Done;
 }
 
-bool Step::DecodePayload(const QuantumHeader& header) {
+bool Step::DecodePayload(const QuantumHeader& header) const {
     return header.kind == QuantumKind::Coded ? DecodeCoded(header) : WriteSimple(header);
 }
 
-bool Step::WriteSimple(const QuantumHeader& header) {
-    if (!Check(static_cast<std::int64_t>(m_rawLen) <= m_args.windowEnd - m_args.rawPos,
+bool Step::WriteSimple(const QuantumHeader& header) const {
+    if (!Check(static_cast<std::int64_t>(m_rawLen) <= WindowLeft(),
                "OODLE ERROR : LZ corruption : overrun!\n")) {
         return false;
     }
     if (header.kind == QuantumKind::WholeMatch) {
-        const auto reach = static_cast<std::uint64_t>(m_args.rawPos - m_state.resetPos);
+        const auto reach = static_cast<std::uint64_t>(m_context.rawPos - m_context.resetPos);
         if (!Check(header.distance <= reach,
                    "OODLE ERROR : LZ corruption : wholematch offset too large!\n") ||
             !Check(header.distance > 1, "OODLE ERROR : corruption : matchOff > 1\n")) {
             return false;
         }
     }
-    if (!m_phases.write) return true;
+    if (!m_context.phases.write) return true;
     switch (header.kind) {
         case QuantumKind::WholeMatch:
-            CopyPattern(Out(), static_cast<std::size_t>(header.distance), m_rawLen);
+            CopyPattern(m_context.Out(), static_cast<std::size_t>(header.distance), m_rawLen);
             break;
         case QuantumKind::Memset:
-            std::memset(Out(), header.fill, m_rawLen);
+            std::memset(m_context.Out(), header.fill, m_rawLen);
             break;
         default:
-            std::memcpy(Out(), Rest().data(), m_rawLen);
+            std::memcpy(m_context.Out(), Rest().data(), m_rawLen);
             break;
     }
     return true;
 }
 
-bool Step::DecodeCoded(const QuantumHeader& header) {
-    const std::span<std::uint8_t> scratch(reinterpret_cast<std::uint8_t*>(&m_state) + kStateSize,
-                                          static_cast<std::size_t>(m_state.scratchSize - kStateSize));
-    std::ptrdiff_t used = -1;
-    switch (m_state.block.decodeType) {
-        case kDecodeKraken:
-            used = Kraken_DecodeOneQuantum(
-                {.raw = Out(),
-                 .rawLen = m_rawLen,
-                 .payload = Rest().first(header.compLen),
-                 .bytesSinceReset = static_cast<std::size_t>(m_args.rawPos - m_state.resetPos),
-                 .rawPos = m_args.rawPos,
-                 .scratch = scratch,
-                 .phases = m_phases,
-                 .path = m_args.path});
-            break;
-        case kDecodeMermaid:
-        case kDecodeLeviathan:
-        case kDecodeLzb16:
-            break;  // these have no decoder
-        default:
-            return Fail("OODLE ERROR : LZ corruption : DecodeOneQ invalid decodeType!\n");
+bool Step::DecodeCoded(const QuantumHeader& header) const {
+    const auto row = std::ranges::find_if(
+        kQuantumDecoders, [&](const auto& decoder) { return decoder.type == m_state.block.decodeType; });
+    if (!Check(row != std::end(kQuantumDecoders),
+               "OODLE ERROR : LZ corruption : DecodeOneQ invalid decodeType!\n")) {
+        return false;
     }
-    if (!Check(used >= 0, "OODLE ERROR : LZ corruption : DecodeOneQuantum fail!\n")) return false;
-    return Check(static_cast<std::int64_t>(m_rawLen) <= m_args.windowEnd - m_args.rawPos,
+    const Quantum quantum{.context = m_context, .rawLen = m_rawLen, .payload = Rest().first(header.compLen)};
+    const std::ptrdiff_t used = row->decode ? row->decode(quantum) : -1;
+    return Check(used >= 0, "OODLE ERROR : LZ corruption : DecodeOneQuantum fail!\n") &&
+           Check(static_cast<std::int64_t>(m_rawLen) <= WindowLeft(),
                  "OODLE ERROR : LZ corruption : overrun!\n") &&
            Check(static_cast<std::size_t>(used) == header.compLen,
                  "OODLE ERROR : LZ corruption : not complen!\n");
@@ -234,12 +226,12 @@ bool Step::DecodeCoded(const QuantumHeader& header) {
 
 }  // namespace
 
-bool DecodeSome(OodleLZDecoderState& state, DecodeSomeResult& result, const DecodeSomeArgs& args) {
+bool DecodeSome(OodleLZDecoderState& state, std::span<const std::uint8_t> comp, DecodeSomeResult& result) {
     result = {};
     if (++state.callsWithoutProgress >= kMaxCallsWithoutProgress) {
         return Fail("OODLE ERROR : 1000 calls without progress!\n");
     }
-    return Step(state, args).Run(result) != StepStatus::Failed;
+    return Step(state, comp).Run(result) != StepStatus::Failed;
 }
 
 }  // namespace oo2

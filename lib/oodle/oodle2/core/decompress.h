@@ -1,8 +1,11 @@
-// OodleLZ_Decompress with its arguments as a record and the choice of path, for tests that compare the paths.
+// OodleLZ_Decompress with its arguments as a record and the choice of path.
 #pragma once
 
+#include <cstddef>
+#include <cstdint>
+
+#include "oodle/oodle2/core/decode_context.h"
 #include "oodle/oodle2/core/oodlelzcompressors.h"
-#include "oodle/oodle2/core/quantum.h"
 
 namespace oo2 {
 
@@ -25,15 +28,5 @@ struct DecompressArgs {
 };
 
 std::ptrdiff_t Decompress(const DecompressArgs& args, DecodePath path);
-
-struct CompressedStep {
-    std::ptrdiff_t compUsed = -1;  // -1: a header of the step could not be read
-    std::ptrdiff_t rawCovered = 0;
-};
-
-// The compressed bytes, block header included, that the step of at most OODLELZ_BLOCK_LEN raw bytes from
-// startRawPos on takes, from its quanta's headers alone; the last may reach past the stream's end.
-CompressedStep GetCompressedStepForRawStep(const std::uint8_t* comp, std::ptrdiff_t compAvail,
-                                           std::int64_t startRawPos, std::ptrdiff_t rawStep);
 
 }  // namespace oo2

@@ -3,6 +3,9 @@
 #include <cstring>
 
 #include "oodle/oodle2/core/newlz_arrays_huff.h"
+#include "oodle/oodle2/core/newlz_arrays_rle.h"
+#include "oodle/oodle2/core/newlz_arrays_tans.h"
+#include "oodle/oodle2/core/newlz_multiarrays.h"
 #include "oodle/oodle2/core/oodlebase.h"
 
 namespace oo2 {

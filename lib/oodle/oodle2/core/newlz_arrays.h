@@ -7,7 +7,7 @@
 #include <optional>
 #include <span>
 
-#include "oodle/oodle2/core/quantum.h"
+#include "oodle/oodle2/core/decode_context.h"
 
 namespace oo2 {
 
@@ -49,6 +49,13 @@ struct ArrayScratch {
     std::size_t Left() const { return static_cast<std::size_t>(end - next); }
 };
 
+// The scratch of a context, all of it free.
+inline ArrayScratch ScratchOf(const DecodeContext& context) {
+    return {.next = context.scratch.data(),
+            .end = context.scratch.data() + context.scratch.size(),
+            .path = context.path};
+}
+
 struct DecodedArray {
     std::span<const std::uint8_t> bytes;  // in the input when stored; else at `dest` or in scratch
     std::size_t compUsed = 0;             // header included
@@ -66,12 +73,5 @@ std::optional<ArrayHeader> newLZ_get_array_header(std::span<const std::uint8_t> 
 // newLZ_get_array, except that a stored array is copied to `dest` too.
 std::optional<DecodedArray> newLZ_get_array_copy(std::span<const std::uint8_t> in, std::uint8_t* dest,
                                                  std::size_t capacity, ArrayScratch& scratch);
-
-// The decoders of the codings but Huffman's (newlz_arrays_huff.h). Each takes all of `comp`, fills all of
-// `out`, or returns false.
-bool newLZ_decode_tans(std::span<const std::uint8_t> comp, std::span<std::uint8_t> out, DecodePath path);
-bool newLZ_decode_rle(std::span<const std::uint8_t> comp, std::span<std::uint8_t> out, ArrayScratch& scratch);
-bool newLZ_decode_multi(std::span<const std::uint8_t> comp, std::span<std::uint8_t> out,
-                        ArrayScratch& scratch);
 
 }  // namespace oo2

@@ -164,6 +164,7 @@ bool HuffBatch::Add(std::span<const std::uint8_t> comp, std::span<std::uint8_t> 
         std::memset(out.data(), code.LastSymbol(), out.size());
         return comp.empty();
     }
+    if (m_tableCount == kMaxArrays) return false;
     HuffTable& table = m_tables[m_tableCount++];
     if (!table.Build(code)) return false;
     return split ? AddSplit(comp, out, table) : m_blocks[m_blockCount++].Open(comp, out, table);

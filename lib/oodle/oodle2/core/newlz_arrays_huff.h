@@ -7,8 +7,8 @@
 #include <span>
 
 #include "oodle/oodle2/core/bit_readers.h"
+#include "oodle/oodle2/core/decode_context.h"
 #include "oodle/oodle2/core/newlz_huff_code.h"
-#include "oodle/oodle2/core/quantum.h"
 
 namespace oo2 {
 
@@ -49,10 +49,10 @@ class HuffBlock {
 // takes 0.75 (GCC 12, 4.0 GHz; 60,000 bytes of text, split and plain framing).
 class HuffBatch {
   public:
-    static constexpr std::size_t kMaxArrays = 5;
+    static constexpr std::size_t kMaxArrays = 5;  // what an LZ chunk has
 
     // Reads the code of an array and prepares its blocks; `comp` and `out` must stay until Run. False if it
-    // is corrupt.
+    // is corrupt, or one more than kMaxArrays.
     bool Add(std::span<const std::uint8_t> comp, std::span<std::uint8_t> out, bool split);
 
     // Decodes all arrays. False if one is corrupt.

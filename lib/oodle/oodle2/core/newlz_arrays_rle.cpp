@@ -1,8 +1,7 @@
-// Run-length arrays: one buffer with literal bytes at its front and commands at its end, meeting in between.
+#include "oodle/oodle2/core/newlz_arrays_rle.h"
+
 #include <algorithm>
 #include <cstring>
-
-#include "oodle/oodle2/core/newlz_arrays.h"
 
 namespace oo2 {
 namespace {

@@ -1,8 +1,9 @@
-// tANS arrays: five states that take turns, fed from both ends of the data.
+#include "oodle/oodle2/core/newlz_arrays_tans.h"
+
 #include <algorithm>
+#include <array>
 
 #include "oodle/oodle2/core/fast_bits.h"
-#include "oodle/oodle2/core/newlz_arrays.h"
 #include "oodle/oodle2/core/newlz_tans.h"
 #include "oodle/oodle2/core/oodlebase.h"
 

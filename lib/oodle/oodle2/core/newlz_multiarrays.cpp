@@ -1,9 +1,9 @@
-// Multiarrays: several arrays, joined, or cut into intervals that are taken from them in turn.
+#include "oodle/oodle2/core/newlz_multiarrays.h"
+
 #include <algorithm>
 #include <array>
 
 #include "oodle/oodle2/core/bit_readers.h"
-#include "oodle/oodle2/core/newlz_arrays.h"
 #include "oodle/oodle2/core/oodlebase.h"
 
 namespace oo2 {

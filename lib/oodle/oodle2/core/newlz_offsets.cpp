@@ -1,11 +1,11 @@
-// The raw bits behind a chunk's arrays: they complete the offset codes and the excess codes.
+#include "oodle/oodle2/core/newlz_offsets.h"
+
 #include <algorithm>
 #include <array>
 #include <bit>
 
 #include "oodle/oodle2/core/bit_readers.h"
 #include "oodle/oodle2/core/byte_scan.h"
-#include "oodle/oodle2/core/newlz_chunk.h"
 #include "oodle/oodle2/core/oodlebase.h"
 
 namespace oo2 {

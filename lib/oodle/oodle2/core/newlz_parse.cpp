@@ -1,11 +1,13 @@
-// Phase 2 of an LZ chunk: commands, literals and offsets to raw bytes. This is the careful half, which runs
-// what the fast one leaves.
+// The careful half of phase 2 runs what the fast one leaves.
 #include "oodle/oodle2/core/newlz_parse.h"
 
 #include <algorithm>
 #include <cstring>
 
 #include "oodle/oodle2/core/byte_scan.h"
+#include "oodle/oodle2/core/newlz_offsets.h"
+#include "oodle/oodle2/core/newlz_parse_fast.h"
+#include "oodle/oodle2/core/newlz_parse_state.h"
 #include "oodle/oodle2/core/oodlebase.h"
 
 namespace oo2 {
@@ -46,9 +48,9 @@ class Parser {
 
 Parser::Parser(const Chunk& chunk, const ChunkStreams& streams, std::size_t newOffsets)
     : m_traits{.mode = streams.mode, .mostlyNewOffsets = newOffsets >= streams.commands.size() / 16 * 15} {
-    m_state.out = chunk.raw;
-    m_state.outEnd = chunk.raw + chunk.rawLen;
-    m_state.windowStart = chunk.raw - std::min(chunk.bytesSinceReset, kLongestReach);
+    m_state.out = chunk.context.Out();
+    m_state.outEnd = m_state.out + chunk.rawLen;
+    m_state.windowStart = m_state.out - std::min(chunk.context.BytesSinceReset(), kLongestReach);
     m_state.commands = Cursor(streams.commands);
     m_state.literals = Cursor(streams.literals);
     m_state.offsets = Cursor(streams.offsets);
@@ -136,7 +138,7 @@ bool newLZ_decode_chunk_phase2(const Chunk& chunk, const ChunkStreams& streams) 
     }
     const auto takesNew = [](std::uint8_t c) { return Command{c}.OffsetIndex() == kNewOffset; };
     const std::size_t newOffsets = CountBytes(streams.commands, takesNew);
-    return CoverCommands(streams, newOffsets) && Parser(chunk, streams, newOffsets).Run(chunk.path);
+    return CoverCommands(streams, newOffsets) && Parser(chunk, streams, newOffsets).Run(chunk.context.path);
 }
 
 }  // namespace oo2

@@ -1,9 +1,7 @@
-// The fast half of phase 2: copies in whole units, which may overshoot what they are to copy, and branches
-// only where hardly any command goes the other way. Runs of up to 16 literals, matches of up to 32 bytes and
-// offsets from 16 on are the usual case.
+#include "oodle/oodle2/core/newlz_parse_fast.h"
+
 #include <algorithm>
 
-#include "oodle/oodle2/core/newlz_parse.h"
 #include "oodle/oodle2/core/processor.h"
 
 namespace oo2 {
@@ -92,8 +90,8 @@ void CopyPattern(std::uint8_t* out, std::size_t offset, std::size_t length) {
 // a twelfth. New offsets are known long in advance, though not where the output then stands: that is taken to
 // be as far on as so many of them have been apart so far.
 constexpr std::size_t kFarWindow = 0x80000;
-constexpr std::size_t kOffsetsAhead = 15;
-static_assert(kOffsetsAhead < kExcessPadding, "as many entries can be read behind the last offset");
+constexpr std::size_t kOffsetsAhead = 14;
+static_assert(kOffsetsAhead < kOffsetPadding, "this entry behind the last offset can be read");
 
 inline void Prefetch(const std::uint8_t* out, std::size_t lookAhead, std::size_t offset) {
     const std::uintptr_t address = reinterpret_cast<std::uintptr_t>(out) + lookAhead - offset;

@@ -1,10 +1,11 @@
-// Phase 1 of an LZ chunk: its arrays into scratch.
+#include "oodle/oodle2/core/newlz_unpack.h"
+
 #include <algorithm>
 #include <iterator>
 
 #include "oodle/oodle2/core/newlz_arrays.h"
 #include "oodle/oodle2/core/newlz_arrays_huff.h"
-#include "oodle/oodle2/core/newlz_chunk.h"
+#include "oodle/oodle2/core/newlz_offsets.h"
 #include "oodle/oodle2/core/oodlebase.h"
 
 namespace oo2 {
@@ -14,6 +15,8 @@ using Bytes = std::span<const std::uint8_t>;
 
 constexpr std::size_t kLeastLzChunk = 128;
 constexpr std::size_t kStreamAlignment = 16;
+constexpr std::size_t kPaddingBytes = 64;
+constexpr std::size_t kValueSize = sizeof(std::uint32_t);
 constexpr unsigned kExcessCountFlag = 0x80;
 constexpr unsigned kExcessReservedFlag = 0x40;
 
@@ -35,16 +38,14 @@ const char* LiteralModeName(unsigned mode) {
 //   the rest          the raw bits of offsets and excesses
 class Unpacker {
   public:
-    Unpacker(const Chunk& chunk, Bytes payload, ChunkStreams& streams)
-        : m_chunk(chunk), m_rest(payload), m_streams(streams) {
-        m_scratch.next = chunk.scratch.data();
-        m_scratch.end = chunk.scratch.data() + chunk.scratch.size();
-        m_scratch.path = chunk.path;
+    Unpacker(const Chunk& chunk, ChunkStreams& streams)
+        : m_chunk(chunk), m_rest(chunk.payload), m_streams(streams), m_scratch(ScratchOf(chunk.context)) {
         m_scratch.batch = &m_batch;
     }
 
     bool Run() {
-        return TakeHead() && TakeExcessCount() && TakeArrays() && m_batch.Run(m_chunk.path) && TakeBits();
+        return TakeHead() && TakeExcessCount() && TakeArrays() && m_batch.Run(m_chunk.context.path) &&
+               TakeBits();
     }
 
   private:
@@ -54,7 +55,7 @@ class Unpacker {
     bool TakeOffsetCodes();
     bool TakeBits();
     bool TakeArray(std::size_t capacity, Bytes& bytes);
-    std::span<std::uint32_t> Allocate(std::size_t count);
+    std::uint32_t* RoomForValues(std::size_t offsets, std::size_t excesses) const;
 
     const Chunk& m_chunk;
     Bytes m_rest;
@@ -115,48 +116,52 @@ bool Unpacker::TakeArrays() {
            TakeOffsetCodes() && TakeArray(m_chunk.rawLen / 4, m_excessCodes);
 }
 
-// 32-bit values in scratch, from its next multiple of 16 on; less of them if it is full.
-std::span<std::uint32_t> Unpacker::Allocate(std::size_t count) {
-    const std::size_t padding = (0 - reinterpret_cast<std::uintptr_t>(m_scratch.next)) % kStreamAlignment;
-    if (padding > m_scratch.Left() || count > (m_scratch.Left() - padding) / sizeof(std::uint32_t)) return {};
-    auto* const begin = reinterpret_cast<std::uint32_t*>(m_scratch.next + padding);
-    m_scratch.next += padding + count * sizeof(std::uint32_t);
-    return {begin, count};
+// Room for the values in what is left of scratch; null if the format's rule does not let them fit: offsets
+// and excesses each from a multiple of 16 on, and kPaddingBytes behind them. Here the offsets have most of
+// the padding behind them and the excesses follow, which takes no more.
+std::uint32_t* Unpacker::RoomForValues(std::size_t offsets, std::size_t excesses) const {
+    static_assert((kOffsetPadding + kExcessPadding) * kValueSize == kPaddingBytes);
+    const auto next = reinterpret_cast<std::uintptr_t>(m_scratch.next);
+    const std::size_t before = (0 - next) % kStreamAlignment;
+    const std::size_t between = (0 - offsets * kValueSize) % kStreamAlignment;
+    const std::size_t needed = before + (offsets + excesses) * kValueSize + between + kPaddingBytes;
+    if (needed > m_scratch.Left()) return nullptr;
+    return reinterpret_cast<std::uint32_t*>(m_scratch.next + before);
 }
 
 bool Unpacker::TakeBits() {
-    const std::span<std::uint32_t> offsets = Allocate(m_offsetCodes.codes.size());
-    const std::span<std::uint32_t> excesses = Allocate(m_excessCodes.size() + kExcessPadding);
-    if (!Check(offsets.size() == m_offsetCodes.codes.size() && !excesses.empty(),
-               "OODLE ERROR : newlz scratch overflow\n")) {
-        return false;
-    }
-    if (!newLZ_get_offsets_excesses(m_rest, m_excessBytes, m_offsetCodes, m_excessCodes, offsets,
-                                    excesses.first(m_excessCodes.size()))) {
+    const std::size_t offsetCount = m_offsetCodes.codes.size();
+    const std::size_t excessCount = m_excessCodes.size();
+    std::uint32_t* const room = RoomForValues(offsetCount, excessCount);
+    if (!Check(room != nullptr, "OODLE ERROR : newlz scratch overflow\n")) return false;
+    const std::span<std::uint32_t> offsets(room, offsetCount);
+    const std::span<std::uint32_t> excesses(room + offsetCount + kOffsetPadding, excessCount);
+    if (!newLZ_get_offsets_excesses(m_rest, m_excessBytes, m_offsetCodes, m_excessCodes, offsets, excesses)) {
         Log(kLogDetail, "newlz newLZ_get_offsets_excesses error\n");
         return false;
     }
-    const std::span<std::uint32_t> padding = excesses.last(kExcessPadding);
-    std::fill(padding.begin(), padding.end(), 0);
+    std::fill_n(offsets.end(), kOffsetPadding, 0);
+    std::fill_n(excesses.end(), kExcessPadding, 0);
     m_streams.offsets = offsets;
-    m_streams.excesses = excesses.first(m_excessCodes.size());
+    m_streams.excesses = excesses;
     return true;
 }
 
 }  // namespace
 
-bool newLZ_unpack_chunk(const Chunk& chunk, unsigned mode, Bytes payload, ChunkStreams& streams) {
+bool newLZ_unpack_chunk(const Chunk& chunk, ChunkStreams& streams) {
+    const unsigned mode = chunk.literalMode;
     Log(kLogDetail, "newlz chunk type %d = %s [%d->%d]\n", static_cast<int>(mode), LiteralModeName(mode),
-        static_cast<int>(payload.size()), static_cast<int>(chunk.rawLen));
+        static_cast<int>(chunk.payload.size()), static_cast<int>(chunk.rawLen));
     if (!Check(chunk.rawLen >= kLeastLzChunk, "OODLE ERROR : corruption : chunk_len >= 128\n")) return false;
-    if (!Check(chunk.scratch.size() >= KrakenChunkScratch(chunk.rawLen),
+    if (!Check(chunk.context.scratch.size() >= KrakenChunkScratch(chunk.rawLen),
                "OODLE ERROR : decoder scratch too small\n")) {
         return false;
     }
     if (mode > static_cast<unsigned>(LiteralMode::Raw)) return false;
     streams = {};
     streams.mode = static_cast<LiteralMode>(mode);
-    return Unpacker(chunk, payload, streams).Run();
+    return Unpacker(chunk, streams).Run();
 }
 
 }  // namespace oo2

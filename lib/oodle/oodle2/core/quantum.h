@@ -5,35 +5,25 @@
 #include <cstdint>
 #include <span>
 
+#include "oodle/oodle2/core/decode_context.h"
+
 namespace oo2 {
 
-// Fast copies and reads in wide units wherever a margin allows it; Careful goes byte by byte. Both give the
-// same bytes and the same failures: tests compare them.
-enum class DecodePath : std::uint8_t { Fast, Careful };
-
-// The phases of OodleLZ_Decode_ThreadPhase as a set.
-struct Phases {
-    bool unpack = true;  // phase 1: arrays from the payload into scratch
-    bool write = true;   // phase 2: from scratch into the output
-    bool Threaded() const { return !(unpack && write); }
+struct Quantum {
+    DecodeContext context;   // its rawPos is where the quantum's output goes
+    std::size_t rawLen = 0;  // at most 262,144
+    std::span<const std::uint8_t> payload;
 };
 
-// A quantum is cut into chunks of so many raw bytes, the last of them shorter.
+// Decodes one quantum. Returns the bytes of its payload that it took, or -1 if it is corrupt or does not fit
+// the scratch. Of a threaded quantum, each phase returns that.
+using QuantumDecoder = std::ptrdiff_t (*)(const Quantum& quantum);
+
+// A quantum is cut into chunks of this many raw bytes; the last may be shorter.
 inline constexpr std::size_t kMaxChunkLen = 0x20000;
 
 // Scratch that an LZ chunk of n raw bytes must be given. Mermaid's takes n less.
 inline constexpr std::size_t kChunkScratchBase = 32 + 53'248;
 constexpr std::size_t KrakenChunkScratch(std::size_t n) { return 3 * n + kChunkScratchBase; }
-
-struct Quantum {
-    std::uint8_t* raw = nullptr;  // where the output goes
-    std::size_t rawLen = 0;       // at most 262,144
-    std::span<const std::uint8_t> payload;
-    std::size_t bytesSinceReset = 0;  // how far before `raw` matches may reach
-    std::int64_t rawPos = 0;          // of `raw` in the window
-    std::span<std::uint8_t> scratch;
-    Phases phases;
-    DecodePath path = DecodePath::Fast;
-};
 
 }  // namespace oo2

@@ -87,15 +87,15 @@ HeaderStatus TakeSpecial(std::uint32_t code, HeaderBytes& bytes, std::size_t raw
 // decode types, but not LZB16 or Kraken; what else there was to them does not matter, since all of these are
 // refused.
 std::optional<BlockHeader> ReadOlderHeader(std::uint8_t byte) {
+    const unsigned kind = byte & 3;
     BlockHeader header;
-    header.kind = byte & 3;
     header.decodeType = kDecodeLzh;
-    if (header.kind == 2) {
+    if (kind == 2) {
         header.decodeType = byte >> 4;
         if (!Check(header.decodeType <= kDecodeLzh, "OODLE ERROR : invalid V3 decodetype\n"))
             return std::nullopt;
     }
-    if (header.kind == 3 || header.decodeType == kDecodeLzb16 || header.decodeType == kDecodeKraken)
+    if (kind == 3 || header.decodeType == kDecodeLzb16 || header.decodeType == kDecodeKraken)
         return std::nullopt;
     return header;
 }
@@ -106,16 +106,12 @@ std::optional<BlockHeader> ReadBlockHeader(std::span<const std::uint8_t> in) {
     if ((in[0] & 0x0F) != 0x0C) return ReadOlderHeader(in[0]);
     if ((in[0] & 0x30) != 0) return std::nullopt;
     BlockHeader header;
-    header.kind = BlockHeader::kNewKind;
     header.memcpy = (in[0] & 0x40) != 0;
     header.reset = (in[0] & 0x80) != 0;
     header.decodeType = in[1] & 0x7F;
     header.checks = (in[1] & 0x80) != 0;
     if (header.decodeType > kDecodeLeviathan) return std::nullopt;
-    if (header.decodeType > kDecodeLzh && header.decodeType < kDecodeMermaid) {
-        header.subType = static_cast<std::uint8_t>(header.decodeType - kDecodeLzh);
-        header.decodeType = kDecodeLzh;
-    }
+    if (header.decodeType > kDecodeLzh && header.decodeType < kDecodeMermaid) header.decodeType = kDecodeLzh;
     return header;
 }
 

@@ -23,15 +23,12 @@ inline constexpr std::size_t kShortQuantumRawLen = 0x4000;
 //   byte 1   bits 0-6  decode type
 //            bit  7    the block's quanta carry check values
 struct BlockHeader {
-    std::uint8_t kind = 0;  // the older headers' low two bits; kNewKind for the 2-byte form
-    std::uint8_t decodeType = 0;
-    std::uint8_t subType = 0;  // decode types 7, 8 and 9 are one type with sub-types 0, 1 and 2
+    std::uint8_t decodeType = 0;  // a DecodeType, if there is one with this number
     bool memcpy = false;
     bool reset = false;
     bool checks = false;
 
     static constexpr std::size_t kSize = 2;
-    static constexpr std::uint8_t kNewKind = 4;
 };
 
 enum DecodeType : std::uint8_t {
@@ -42,7 +39,7 @@ enum DecodeType : std::uint8_t {
     kDecodeLza = 4,
     kDecodeLzna = 5,
     kDecodeKraken = 6,
-    kDecodeLzh = 7,
+    kDecodeLzh = 7,  // also sent as 8 or 9
     kDecodeMermaid = 10,
     kDecodeBitKnit = 11,
     kDecodeLeviathan = 12,

@@ -1,0 +1,15 @@
+// Multiarrays: several arrays, joined, or cut into intervals that are taken from them in turn.
+#pragma once
+
+#include <cstdint>
+#include <span>
+
+#include "oodle/oodle2/core/newlz_arrays.h"
+
+namespace oo2 {
+
+// Decodes an array: takes all of `comp` and fills all of `out`, or returns false.
+bool newLZ_decode_multi(std::span<const std::uint8_t> comp, std::span<std::uint8_t> out,
+                        ArrayScratch& scratch);
+
+}  // namespace oo2
