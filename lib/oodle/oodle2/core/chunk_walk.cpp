@@ -72,8 +72,8 @@ ChunkWalk::Outcome ChunkWalk::DecodeArrayChunk() {
     Log(kLogDetail, "HCHUNK : %d : %d\n", static_cast<int>(m_chunk.rawLen), static_cast<int>(compUsed));
     if (m_chunk.context.phases.write) {
         ArrayScratch scratch = ScratchOf(m_chunk.context);
-        if (!newLZ_get_array_copy(m_rest, m_chunk.context.Out(), m_chunk.rawLen, scratch))
-            return Outcome::Failed;
+        // It is not stored, so that it is decoded into the output: stored, it would take more than rawLen.
+        if (!newLZ_get_array(m_rest, m_chunk.context.Out(), m_chunk.rawLen, scratch)) return Outcome::Failed;
     }
     m_rest = m_rest.subspan(compUsed);
     return Outcome::Decoded;

@@ -33,7 +33,7 @@ StepStatus Failed(LogText text) {
     return StepStatus::Failed;
 }
 
-// Repeats the `distance` bytes before `out` over it.
+// Fills `out` with the `distance` bytes before it, again and again.
 void CopyPattern(std::uint8_t* out, std::size_t distance, std::size_t length) {
     const std::uint8_t* const from = out - distance;
     while (length > 0) {

@@ -20,7 +20,7 @@ struct OodleLZDecoderState {
     void* ownedMemory = nullptr;     // what to give back to the allocator hook at the end, if anything
 };
 
-// What the state takes of the scratch size, whichever the compressor.
+// Bytes of the scratch size that are the state's, for every compressor.
 inline constexpr std::ptrdiff_t kStateSize = 168;
 static_assert(sizeof(OodleLZDecoderState) <= kStateSize);
 

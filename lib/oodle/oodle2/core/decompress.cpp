@@ -83,7 +83,9 @@ bool Call::PhaseIsPossible() {
            Check(m_args.decoderMemory != nullptr &&
                      m_args.decoderMemorySize >= OodleLZ_ThreadPhased_BlockDecoderMemorySizeNeeded,
                  "OODLE ERROR : OodleLZ_Decompress: asked for threaded decode but decoderMemory < "
-                 "OodleLZ_ThreadPhased_BlockDecoderMemorySizeNeeded\n");
+                 "OodleLZ_ThreadPhased_BlockDecoderMemorySizeNeeded\n") &&
+           Check(m_args.rawLen <= OODLELZ_BLOCK_LEN,
+                 "OODLE ERROR : OodleLZ_Decompress: asked for threaded decode of more than one block\n");
 }
 
 bool Call::Prepare() {

@@ -5,13 +5,13 @@
 
 namespace oo2 {
 
-// `bits` holds the stream's next bits from bit 0 up, and above them zeros that end with a single 1, the
-// marker. Taking n bits is a shift by n; as the marker moves down with the bits, its position tells how many
-// are gone since Refill, and nothing else needs to be counted.
+// `bits` holds the stream's next bits from bit 0 up. Above them are zeros and a single 1, the marker. Taking
+// n bits is a shift by n. The marker moves down with the bits, so its position tells how many were taken
+// since Refill; nothing else needs to be counted.
 //
-// Refill loads the whole bytes from `ptr` on, drops the bits of the first that were taken before, and puts
-// the marker on the top bit. At least kBits can then be taken: of the word's bits, the marker's and at most 7
-// dropped ones are lost. The word must lie within memory that may be read: see SafeRounds.
+// Refill moves `ptr` past the whole bytes taken, loads a word there, drops the bits of its first byte that
+// were taken before, and puts the marker on the top bit. Then kBits can be taken: the marker and at most 7
+// dropped bits cost the word the rest. The word must lie within memory that may be read: see SafeRounds.
 template <Direction kDirection>
 struct FastBits {
     using Word = std::size_t;
@@ -25,9 +25,8 @@ struct FastBits {
           ptr(Advance(origin, reader.BitsUsed() / 8)),
           bits(kMarker >> reader.BitsUsed() % 8) {}
 
-    // How many rounds of one Refill and up to kBits bits are safe: their words lie within `memory`, of which
-    // `ptr` is a part or the end. Each Refill first moves by the whole bytes taken since the last one, less
-    // than a word.
+    // How many rounds of one Refill and up to kBits bits are safe, which means that their words lie within
+    // `memory`. `ptr` must be inside it or at its end. Each Refill first moves `ptr` by less than a word.
     std::size_t SafeRounds(std::span<const std::uint8_t> memory) const {
         const std::ptrdiff_t room =
             kDirection == Direction::Forward ? memory.data() + memory.size() - ptr : ptr - memory.data();

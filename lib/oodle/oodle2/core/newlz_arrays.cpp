@@ -1,7 +1,5 @@
 #include "oodle/oodle2/core/newlz_arrays.h"
 
-#include <cstring>
-
 #include "oodle/oodle2/core/newlz_arrays_huff.h"
 #include "oodle/oodle2/core/newlz_arrays_rle.h"
 #include "oodle/oodle2/core/newlz_arrays_tans.h"
@@ -126,16 +124,6 @@ std::optional<DecodedArray> newLZ_get_array(std::span<const std::uint8_t> in, st
     scratch.innerBytesLeft = inner.innerBytesLeft;
     if (!good) return std::nullopt;
     return DecodedArray{out, used};
-}
-
-std::optional<DecodedArray> newLZ_get_array_copy(std::span<const std::uint8_t> in, std::uint8_t* dest,
-                                                 std::size_t capacity, ArrayScratch& scratch) {
-    std::optional<DecodedArray> array = newLZ_get_array(in, dest, capacity, scratch);
-    if (array && array->bytes.data() != dest && !array->bytes.empty()) {
-        std::memcpy(dest, array->bytes.data(), array->bytes.size());
-        array->bytes = {dest, array->bytes.size()};
-    }
-    return array;
 }
 
 }  // namespace oo2

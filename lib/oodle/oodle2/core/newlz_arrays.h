@@ -1,5 +1,5 @@
-// Byte arrays, of which every coded quantum is made: a header that tells the coding and both lengths, then
-// the coded bytes.
+// Byte arrays. Every coded quantum is made of them. An array is a header, which tells the coding and both
+// lengths, and the coded bytes.
 #pragma once
 
 #include <cstddef>
@@ -30,7 +30,8 @@ struct ArrayHeader {
 
 class HuffBatch;
 
-// Where arrays are decoded that have no other place, and what bounds the decoding of arrays inside arrays.
+// Output memory and nesting limits. An array inside another is decoded into what scratch has left, and gives
+// it back when the outer array is done.
 struct ArrayScratch {
     std::uint8_t* next = nullptr;
     std::uint8_t* end = nullptr;
@@ -38,9 +39,9 @@ struct ArrayScratch {
     unsigned depth = 0;  // arrays around the one to read
     // If given, Huffman arrays are only prepared: their bytes are there once the batch has run.
     HuffBatch* batch = nullptr;
-    // Raw bytes that the arrays inside this one may still have in all: a few bytes of input can ask for
-    // hundreds of thousands, many times over. The budget lets the deepest nesting hold the largest array at
-    // every level.
+    // Raw bytes that the arrays inside others may still have, over the whole chunk. Without a budget a few
+    // bytes of input could ask for hundreds of thousands, many times over. This one lets the deepest nesting
+    // hold the largest array at every level.
     std::size_t innerBytesLeft = kMaxNesting * kMaxArrayLen;
 
     static constexpr unsigned kMaxNesting = 16;
@@ -61,17 +62,13 @@ struct DecodedArray {
     std::size_t compUsed = 0;             // header included
 };
 
-// Reads the array at the start of `in`, of at most `capacity` raw bytes, into `dest`, or, when that is null,
-// into scratch, whose `next` then moves past it; a stored array is not copied anywhere. Nothing if it is
-// corrupt or too long; beyond the lines that say what is corrupt, that is for the caller to report.
+// Decodes the array at the start of `in`, of at most `capacity` raw bytes, into `dest`. When that is null, it
+// goes into scratch, whose `next` then moves past it. A stored array stays where it is, in `in`. Returns
+// nothing if the array is corrupt or too long. Some reasons are logged here; the caller reports the rest.
 std::optional<DecodedArray> newLZ_get_array(std::span<const std::uint8_t> in, std::uint8_t* dest,
                                             std::size_t capacity, ArrayScratch& scratch);
 
 // Reads the header alone, under the same conditions.
 std::optional<ArrayHeader> newLZ_get_array_header(std::span<const std::uint8_t> in, std::size_t capacity);
-
-// newLZ_get_array, except that a stored array is copied to `dest` too.
-std::optional<DecodedArray> newLZ_get_array_copy(std::span<const std::uint8_t> in, std::uint8_t* dest,
-                                                 std::size_t capacity, ArrayScratch& scratch);
 
 }  // namespace oo2

@@ -1,4 +1,3 @@
-// The Huffman decoder's loops.
 #include "oodle/oodle2/core/newlz_arrays_huff.h"
 
 #include <algorithm>
@@ -56,8 +55,8 @@ bool HuffBlock::Finish() {
     return m_a.BytesUsed() == m_lengthA && m_b.BytesUsed() + m_c.BytesUsed() == m_streams.size() - m_lengthA;
 }
 
-// The streams' windows. A may be read past its end and C and B past each other, as all of it is within the
-// block: what is then consumed there fails the test at the end.
+// The streams' windows. A may be read past its end, and C and B past each other: all of that is within the
+// block, and consuming it fails the test at the end.
 struct HuffBlock::Lanes {
     static constexpr std::size_t kTurns = FastBits<Direction::Forward>::kBits / kMaxCodeLength;
     static constexpr std::size_t kSymbolsPerRound = kStreams * kTurns;
@@ -153,8 +152,8 @@ void HuffBlock::RunFast(HuffBlock& block0, HuffBlock& block1) {
     lanes1.Store(block1);
 }
 
-// The compressed bytes: the code's description, to the end of its last byte; then, unless the code has a
-// single symbol, of which the whole array is made, one block, or two in the split framing.
+// The compressed bytes: the code's description, padded to a whole byte; then one block, or two in the split
+// framing. A code with a single symbol has no block: the array is that symbol repeated.
 bool HuffBatch::Add(std::span<const std::uint8_t> comp, std::span<std::uint8_t> out, bool split) {
     MsbReader<Direction::Forward> in(comp);
     HuffCode code;

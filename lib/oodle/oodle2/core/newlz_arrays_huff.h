@@ -12,7 +12,7 @@
 
 namespace oo2 {
 
-// A block of n output bytes, whose symbols are dealt to three streams in turn:
+// A block of output bytes. Three streams take turns in giving them:
 //   2 bytes   length of A, little-endian
 //   A         output bytes 0, 3, 6, ...: LSB forward
 //   C         output bytes 2, 5, 8, ...: LSB forward, from the byte after A
@@ -22,7 +22,7 @@ class HuffBlock {
     // False if the block has no room for what it must hold. The table must outlive the block.
     bool Open(std::span<const std::uint8_t> comp, std::span<std::uint8_t> out, const HuffTable& table);
 
-    // Whether RunFast would do anything.
+    // Whether RunFast has room for a round.
     bool CanRunFast() const;
 
     // Decodes the block, or two side by side, until one has less left than a round of the loop takes.
@@ -44,12 +44,12 @@ class HuffBlock {
     LsbReader<Direction::Forward> m_c{{}};
 };
 
-// Arrays whose decoding waits until there is more than one. A stream by itself spends its time waiting for
-// the look-up that tells where the next code begins; with six of them a byte takes 0.41 ns, with three it
-// takes 0.75 (GCC 12, 4.0 GHz; 60,000 bytes of text, split and plain framing).
+// The Huffman arrays of a chunk, decoded together. A stream by itself mostly waits for the look-up that tells
+// where the next code begins. With six streams side by side a byte takes 0.41 ns, with three 0.75 (GCC
+// 12, 4.0 GHz; 60,000 bytes of text, split and plain framing).
 class HuffBatch {
   public:
-    static constexpr std::size_t kMaxArrays = 5;  // what an LZ chunk has
+    static constexpr std::size_t kMaxArrays = 5;  // an LZ chunk has no more
 
     // Reads the code of an array and prepares its blocks; `comp` and `out` must stay until Run. False if it
     // is corrupt, or one more than kMaxArrays.

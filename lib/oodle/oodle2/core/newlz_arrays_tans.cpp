@@ -18,7 +18,7 @@ constexpr std::uint32_t kLargestLastState = 255;
 //   five states      the table's bits each: 0, 2 and 4 from F, 1 and 3 from R
 //   for each output  byte i is the symbol of state i % 5, whose next bits come from F for five bytes, from R
 //   byte but five    for the next five, and so on
-// The last five output bytes are what the states themselves have come to.
+// The last five output bytes are the states themselves.
 class TansDecoder {
   public:
     TansDecoder(std::span<const std::uint8_t> data, const TansTable& table, std::span<std::uint8_t> out)
@@ -127,7 +127,7 @@ bool TansDecoder::EndsMeet() const {
 
 }  // namespace
 
-// The compressed bytes: the table's description, to the end of its last byte; then the data.
+// The compressed bytes: the table's description, padded to a whole byte; then the data.
 bool newLZ_decode_tans(std::span<const std::uint8_t> comp, std::span<std::uint8_t> out, DecodePath path) {
     if (!Check(comp.size() >= kLeastComp, "OODLE ERROR : corruption : comp_len >= 8\n") ||
         !Check(out.size() >= kStates, "OODLE ERROR : corruption : to_len >= 5\n")) {

@@ -24,9 +24,9 @@ unsigned ReadGammaRun(DescriptionReader& in) {
     return in.Read(zeros + 2) - 1;
 }
 
-// First form, dense: 2 bits f; 1 bit, set if symbol 0 is used; then in turn a gamma run of unused symbols and
-// one of used symbols, each of these with its length: a unary number and f low bits, as a difference from a
-// running average.
+// First form, dense: 2 bits f; 1 bit, set if symbol 0 is used; then a gamma run of unused symbols and one of
+// used symbols, again and again. Each used symbol has its code length: a unary number and f low bits, a
+// difference from a running average.
 bool ReadDense(DescriptionReader& in, HuffCode& code) {
     const unsigned lowBits = in.Read(2);
     bool skipUnused = in.Read(1) != 0;
@@ -71,8 +71,8 @@ bool ReadSparse(DescriptionReader& in, HuffCode& code) {
     return true;
 }
 
-// Second form: 2 bits f; 8 bits n - 1; the unary numbers of n symbols and of the runs; f low bits for each of
-// the symbols; the runs' bits. A length is a difference from a running average too.
+// Second form: 2 bits f; 8 bits n - 1; the unary numbers of n symbols and of the runs; f low bits for each
+// symbol; the runs' bits. A length is a difference from a running average here too.
 bool ReadSecondForm(DescriptionReader& in, HuffCode& code) {
     const unsigned lowBits = in.Read(2);
     UsedSymbols used;
@@ -94,7 +94,7 @@ bool ReadSecondForm(DescriptionReader& in, HuffCode& code) {
     return true;
 }
 
-// A code with its bits mirrored, plus 1: its run of ones at the top becomes zeros, the zero below them a one.
+// The next code, bits reversed: adds 1 at the top and carries downwards.
 std::uint32_t NextMirrored(std::uint32_t code, unsigned length) {
     const std::uint32_t zero = std::bit_floor(code ^ ((1u << length) - 1));
     return (code & (zero - 1)) | zero;
@@ -122,8 +122,9 @@ bool ReadHuffCode(DescriptionReader& in, HuffCode& code) {
     return ReadSecondForm(in, code);
 }
 
-// The table of length 1 is doubled to that of length 2, and so on, each time before the codes of that length
-// are entered: the two halves differ in a bit that shorter codes do not look at.
+// The table grows from 2 entries for codes of 1 bit to 4 for those of 2 bits, and so on. Each time the second
+// half is a copy of the first: the halves differ in a bit that shorter codes do not look at. Then the codes
+// of that length are entered.
 bool HuffTable::Build(const HuffCode& code) {
     std::size_t space = 0;
     for (unsigned length = 1; length <= kMaxCodeLength; ++length) {

@@ -16,7 +16,7 @@ inline constexpr std::size_t kHuffTableSize = 1u << kMaxCodeLength;
 // The symbols of a code in canonical order: by length, and within a length as they were added.
 class HuffCode {
   public:
-    // False if the length is not 1 to 11, or has more symbols already than any code can have of it.
+    // False if the length is not 1 to 11, or has as many symbols already as a code can have.
     bool Add(std::uint8_t symbol, int length);
 
     unsigned SymbolCount() const { return m_symbolCount; }
@@ -26,8 +26,8 @@ class HuffCode {
     }
 
   private:
-    // Where the symbols of length 1, 2, ... begin: there are at most 2 of length 1, 4 of 2, ... and 256 from
-    // 8 on.
+    // Where the symbols of length 1, 2, ... begin. A code has at most 2 of length 1, 4 of length 2, and so
+    // on; 256 of length 8 and more.
     static constexpr std::array<std::uint16_t, kMaxCodeLength + 2> kBegin = {
         0, 0, 2, 6, 14, 30, 62, 126, 254, 510, 766, 1022, 1278};
     std::array<std::uint16_t, kMaxCodeLength + 2> m_end = kBegin;
@@ -40,8 +40,8 @@ class HuffCode {
 // corrupt too.
 bool ReadHuffCode(MsbReader<Direction::Forward>& in, HuffCode& code);
 
-// A code's bits come first bit first from an LSB stream, so the next 11 bits, whatever follows the code in
-// them, are the index of its entry: the code's length in the low byte, its symbol in the high one.
+// The next 11 bits of the stream are the index of an entry: the length of the code that they begin with in
+// the low byte, its symbol in the high one.
 struct HuffTable {
     std::array<std::uint16_t, kHuffTableSize> entries;
 

@@ -42,17 +42,18 @@ class ArrayQueue {
 };
 
 bool Join(Bytes comp, std::size_t parts, std::span<std::uint8_t> out, ArrayScratch& scratch) {
+    ArrayQueue queue(comp, scratch);
     for (; parts > 0; --parts) {
-        const auto part = newLZ_get_array_copy(comp, out.data(), out.size(), scratch);
+        const auto part = queue.Next(out.size());
         if (!part) return false;
-        comp = comp.subspan(part->compUsed);
-        out = out.subspan(part->bytes.size());
+        std::copy(part->begin(), part->end(), out.begin());
+        out = out.subspan(part->size());
     }
-    return comp.empty() && out.empty();
+    return queue.Rest().empty() && out.empty();
 }
 
-// The intervals of a cut multiarray: which source each is taken from, and log2 of its length. The last index
-// is 0.
+// The intervals of a cut multiarray. Each has the source it is taken from and log2 of its length. The last
+// index is 0.
 struct Intervals {
     bool packed = false;  // an index byte holds the source in its low and the log2 in its high four bits
     Bytes indices;
@@ -64,7 +65,7 @@ struct Intervals {
     std::size_t LengthCount() const { return packed ? indices.size() : logs.size(); }
 };
 
-// What stands behind the sources:
+// Behind the sources:
 //   2 bytes   little-endian q: bit 15 packed, bits 0-13 the bytes of the lengths' bits
 //   array     the index bytes
 //   array     unless packed: the lengths' log2, one byte each
@@ -94,8 +95,8 @@ bool ReadIntervals(ArrayQueue& queue, Intervals& intervals) {
            queue.Rest().empty();
 }
 
-// The lengths in turn: the 1st, 3rd, ... MSB forward from the first byte of their bits, the others MSB
-// backward from the last. Each is 1 and log2 bits behind it.
+// The lengths. The 1st, 3rd, ... are read MSB forward from the first byte of their bits, the others MSB
+// backward from the last. A length is a 1 and log2 more bits.
 class LengthReader {
   public:
     explicit LengthReader(const Intervals& intervals)
@@ -144,7 +145,7 @@ bool Assemble(std::span<Bytes> sources, const Intervals& intervals, std::span<st
         from = from.subspan(length);
         out = out.subspan(length);
     }
-    // A packed index 0 has a length too, which ends nothing but must be there.
+    // A packed index 0 has a length too. It means nothing, but must be there.
     std::size_t unused = 0;
     if (intervals.packed && !lengths.Next(unused)) return false;
     return Check(!lengths.HavePassedEachOther(), "OODLE ERROR : corruption : b >= f\n") &&

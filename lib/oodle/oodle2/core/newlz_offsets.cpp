@@ -19,8 +19,8 @@ constexpr unsigned kMaxExcessZeros = 12;
 constexpr unsigned kMaxExcessCountZeros = 18;
 constexpr std::uint32_t kMaxLongExcesses = 512;
 
-// The two readers of a section, MSB: F forward from its first byte, B backward from its last. Values come
-// from F and B in turn, and at the end the two meet.
+// The two readers of a section, MSB: F forward from its first byte, B backward from its last. They take
+// turns, and meet at the end.
 struct SectionReader {
     explicit SectionReader(Bytes section) : size(section.size()), forward(section), backward(section) {}
 
@@ -39,7 +39,7 @@ std::uint32_t Limited(std::uint64_t offset) {
     return static_cast<std::uint32_t>(std::min<std::uint64_t>(offset, kOffsetTooFar));
 }
 
-// What an offset code stands for: `bits` raw bits r, and an offset of base plus r, or r times 16.
+// An offset code stands for the offset base plus r, or base plus 16 r, where r is `bits` raw bits.
 struct OffsetTable {
     std::array<std::uint32_t, 256> base;
     std::array<std::uint8_t, 256> bits;
@@ -72,8 +72,8 @@ constexpr OffsetTable kModulusTable = [] {
     return table;
 }();
 
-// How to read the offsets of a chunk. A window of a reader has the bits of kPerWindow of them, so it is
-// loaded once for so many, which takes a third off the instructions of an offset.
+// How to read the offsets of a chunk. One load has bits for kPerWindow offsets, which takes a third off the
+// instructions of an offset.
 struct NearOffsets {
     static constexpr std::size_t kPerWindow = 3;
     static_assert(kPerWindow * 18 <= BitWindow::kBits);
@@ -137,7 +137,7 @@ bool UnpackOffsets(SectionReader& in, const OffsetCodes& from, std::span<std::ui
     return true;
 }
 
-// z zeros, then z + 7 bits that begin with a 1; the value is 64 less.
+// z zeros, then z + 7 bits that begin with a 1: the value plus 64.
 template <typename Reader>
 bool ReadLongExcess(Reader& reader, std::uint32_t& value) {
     const auto zeros = static_cast<unsigned>(std::countl_zero(reader.Window()));
@@ -163,8 +163,8 @@ bool UnpackExcesses(SectionReader& in, Bytes codes, std::span<std::uint32_t> exc
     return true;
 }
 
-// The count of long excesses, where they have no section of their own: z zeros, then z + 1 bits that begin
-// with a 1; the count is 1 less. It must be the number of codes that take one.
+// The count of long excesses, sent when they have no section of their own: z zeros, then z + 1 bits that
+// begin with a 1, the count plus 1. It must be the number of codes that take one.
 bool ReadLongExcessCount(SectionReader& in, Bytes codes) {
     const auto zeros = static_cast<unsigned>(std::countl_zero(in.backward.Window()));
     if (!Check(zeros <= kMaxExcessCountZeros, "OODLE ERROR : corruption : invalid excess stream\n"))

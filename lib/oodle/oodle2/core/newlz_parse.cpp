@@ -13,11 +13,11 @@
 namespace oo2 {
 namespace {
 
-// Offsets have 32 bits: further back than this nothing is reached, and kOffsetTooFar reaches before every
+// Offsets have 32 bits. A match reaches back no further than this, so kOffsetTooFar is too far for every
 // window.
 constexpr std::size_t kLongestReach = kOffsetTooFar - 1 - kMaxChunkLen;
 
-// Counts what all the commands take, so that nothing needs to ask before it takes an offset or an excess.
+// Whether there are as many offsets and excesses as all commands take. With this known, nothing asks again.
 bool CoverCommands(const ChunkStreams& streams, std::size_t newOffsets) {
     const auto hasLongRun = [](std::uint8_t c) { return Command{c}.RunCode() == kLongRunCode; };
     const auto hasLongMatch = [](std::uint8_t c) { return Command{c}.LengthCode() == kLongMatchCode; };
@@ -41,7 +41,7 @@ class Parser {
 
     ParseState m_state;
     ParseTraits m_traits;
-    // The last literals, with room behind them for a unit to be read.
+    // The last literals, with kLiteralMargin readable bytes behind them.
     std::array<std::uint8_t, 2 * kLiteralMargin> m_tail;
     bool m_literalsAreInTail = false;
 };

@@ -7,18 +7,43 @@
 namespace oo2 {
 namespace {
 
+// The loop copies whole units of 16 bytes, more than a command asks for, and tests nothing per byte. It has
+// the room for that:
+//
+// - A usual command has a run of at most kUsualRun literals, a match of at most kUsualMatch bytes and an
+// offset
+//   of a unit or more. It reads one unit of literals, and writes one unit at the output and, behind the run,
+//   two units of match. So it reads kUnit literals and writes kUsualOut bytes at the most, and never moves
+//   further than that.
+// - A round is as many commands as are safe if all of them are usual: UsualCommands. It leaves
+//   kLongMatchEndRoom bytes, which a long match must leave, so a match of the round needs no test for that.
+// - A command that is not usual looks at its own room, and ends the round:
+//   - A longer run needs a unit of literals more than it has, and kBehindLongRun bytes of output behind it.
+//   Its
+//     last unit overshoots by less than a unit; the match that follows writes kUsualMatch bytes and leaves
+//     kLongMatchEndRoom. Without that room the loop stops before the command.
+//   - A longer match, or one with a smaller offset, is copied by CopyAnyMatch. It overshoots by less than a
+//   unit,
+//     and goes byte by byte where even that does not fit.
+//
+// Where the loop stops, the careful half runs one command.
 constexpr std::size_t kUnit = 16;
 constexpr std::size_t kUsualRun = kUnit;
 constexpr std::size_t kUsualMatch = 2 * kUnit;
-
-// A usual command moves `out` by this at the most, and writes no further: a unit of literals and, behind the
-// run, two of match. A round of them must leave kLongMatchEndRoom behind, which its last match may need.
 constexpr std::size_t kUsualOut = kUsualRun + kUsualMatch;
-// What a long run must leave: its last unit may overshoot, and the command's match follows.
 constexpr std::size_t kBehindLongRun = kUsualMatch + kLongMatchEndRoom;
-static_assert(kBehindLongRun >= kUnit && kLiteralMargin >= kUnit);
 
-// What the commands take and do, by command byte; a long run's or match's length is to be replaced.
+constexpr std::size_t kLongestShortRun = kLongRunCode - 1;
+constexpr std::size_t kLongestShortMatch = kLongMatchCode - 1 + kShortMatchBase;
+static_assert(kLongestShortRun <= kUsualRun && kLongestShortMatch <= kUsualMatch,
+              "without excesses, only its offset can make a command unusual");
+static_assert(kUsualRun <= kUnit && kUsualMatch % kUnit == 0, "the units cover what they copy");
+static_assert(kUsualOut >= kUnit + kUsualMatch, "what is written lies within what the round has counted");
+static_assert(kBehindLongRun >= kUnit - 1, "the overshoot of a long run stays in the chunk");
+static_assert(kLiteralMargin >= kUnit,
+              "a loop that stops for want of a unit of literals has less than the margin left");
+
+// For each command byte: literals, match bytes, excesses used. Long lengths are placeholders.
 using ByteTable = std::array<std::uint8_t, 256>;
 struct CommandShapes {
     ByteTable run;
@@ -45,7 +70,7 @@ constexpr std::uint32_t kFirstOfIndex1 = 0x40;
 constexpr std::uint32_t kFirstOfIndex2 = 0x80;
 constexpr std::uint32_t kFirstOfNew = 0xC0;
 
-// A unit of literals; only with an offset of a unit or more are its bytes not each other's base.
+// A unit of literals. With an offset below 16, later bytes depend on earlier ones.
 template <LiteralMode kMode>
 void CopyLiteralUnit(std::uint8_t* out, const std::uint8_t* literal, std::size_t offset) {
     if constexpr (kMode == LiteralMode::Raw) {
@@ -62,15 +87,15 @@ void CopyBytes(std::uint8_t* to, const std::uint8_t* from, std::size_t length) {
     for (std::size_t i = 0; i < length; ++i) to[i] = from[i];
 }
 
-// A match with an offset of 1 to 7: behind its first bytes, its pattern also repeats over a multiple of the
-// offset that is at least a half unit.
+// A match with an offset of 1 to 7. Its pattern also repeats over any multiple of the offset: behind the
+// first bytes, one of at least 8 allows copies of 8 bytes.
 void CopyPattern(std::uint8_t* out, std::size_t offset, std::size_t length) {
     constexpr std::size_t kMultiple[8] = {0, 8, 8, 9, 8, 10, 12, 14};
     CopyBytes(out, out - offset, std::min(length, kUnit));
     for (std::size_t i = kUnit; i < length; i += 8) Copy8(out + i, out + i - kMultiple[offset]);
 }
 
-// A match of any length and offset, within `room` bytes.
+// A match of any length and offset, within `room` bytes. length <= room.
 [[gnu::noinline]] void CopyAnyMatch(std::uint8_t* out, std::size_t offset, std::size_t length,
                                     std::size_t room) {
     const std::uint8_t* const from = out - offset;
@@ -86,9 +111,9 @@ void CopyPattern(std::uint8_t* out, std::size_t offset, std::size_t length) {
 }
 
 // Once matches reach farther than a processor's second cache, their sources are fetched ahead of their
-// commands, which takes a sixth off the time of the loop (8 MB of text, 1 MB of cache); before, it would add
-// a twelfth. New offsets are known long in advance, though not where the output then stands: that is taken to
-// be as far on as so many of them have been apart so far.
+// commands. That takes a sixth off the time of the loop (8 MB of text, 1 MB of cache); with a smaller window
+// it would add a twelfth. New offsets are known long in advance, but not where the output will stand then:
+// the loop guesses the position from the mean output per offset.
 constexpr std::size_t kFarWindow = 0x80000;
 constexpr std::size_t kOffsetsAhead = 14;
 static_assert(kOffsetsAhead < kOffsetPadding, "this entry behind the last offset can be read");
@@ -98,7 +123,7 @@ inline void Prefetch(const std::uint8_t* out, std::size_t lookAhead, std::size_t
     __builtin_prefetch(reinterpret_cast<const void*>(address));
 }
 
-// How many commands can start before one must ask again whether there is room, if all are usual ones.
+// How many commands can run before the next look at the room, if all of them are usual.
 std::size_t UsualCommands(std::ptrdiff_t commands, std::ptrdiff_t out, std::ptrdiff_t literals) {
     constexpr std::ptrdiff_t kEndRoom = kLongMatchEndRoom;
     constexpr std::ptrdiff_t kOut = kUsualOut;
@@ -110,8 +135,7 @@ std::size_t UsualCommands(std::ptrdiff_t commands, std::ptrdiff_t out, std::ptrd
 template <LiteralMode kMode, bool kMostlyNew, bool kIsFar>
 bool Run(ParseState& state, std::size_t literalSlack) {
     if (state.Written() < kUnit) return true;
-    // Offsets below a unit and those that reach too far fail one comparison, with the bytes written from
-    // here.
+    // One unsigned comparison rejects offsets below 16 and beyond the window.
     const std::uint8_t* const unitBehindStart = state.windowStart + kUnit;
     [[maybe_unused]] const std::size_t lookAhead =
         kOffsetsAhead * state.OutLeft() / (state.offsets.Left() + 1);
@@ -134,11 +158,14 @@ bool Run(ParseState& state, std::size_t literalSlack) {
     };
 
     for (;;) {
+        // Room: how many commands the next round may run.
         std::size_t usual =
             UsualCommands(state.commands.end - command, state.outEnd - out,
                           state.literals.end - literal + static_cast<std::ptrdiff_t>(literalSlack));
         if (usual == 0) return stop();
         do {
+            // The run of literals: its length, then its bytes. Nothing is taken yet, so the loop can still
+            // stop.
             const std::uint32_t c = *command;
             std::uint32_t run = kShapes.run[c];
             MoveIfAtLeast<kLongRunCode>(run, run, *excess);
@@ -151,6 +178,8 @@ bool Run(ParseState& state, std::size_t literalSlack) {
                 }
                 usual = 1;
             }
+
+            // The match's length. Now the command, its literals and its excesses are taken.
             std::uint32_t length = kShapes.length[c];
             MoveIfAtLeast<kLongMatchShape>(length, length, excess[kShapes.runExcesses[c]] + kLongMatchBase);
             excess += kShapes.excesses[c];
@@ -158,6 +187,7 @@ bool Run(ParseState& state, std::size_t literalSlack) {
             out += run;
             ++command;
 
+            // The match's offset: a recent one or a new one, which moves to the front.
             if (kMostlyNew && c >= kFirstOfNew) [[likely]] {
                 recent2 = recent1;
                 recent1 = recent0;
@@ -171,6 +201,7 @@ bool Run(ParseState& state, std::size_t literalSlack) {
             const std::size_t offset = recent0;
             if constexpr (kIsFar) Prefetch(out, lookAhead, newOffset[kOffsetsAhead]);
 
+            // The match: two units, and the rest of it, if there is one.
             const bool isUsualOffset = offset - kUnit <= static_cast<std::size_t>(out - unitBehindStart);
             if (isUsualOffset) [[likely]] {
                 const std::uint8_t* const from = out - offset;

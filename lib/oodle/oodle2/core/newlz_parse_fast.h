@@ -14,9 +14,9 @@ struct ParseTraits {
     bool mostlyNewOffsets = false;  // hardly any command takes a recent offset
 };
 
-// Runs commands while every copy of theirs, rounded up to whole units, stays within the chunk and the
-// literals, of which `literalSlack` bytes may be read behind the last. It stops before the first command that
-// needs care. False if the streams are corrupt.
+// Runs commands as long as their copies, rounded up to whole units, stay within the chunk and the literals.
+// `literalSlack` bytes behind the last literal may be read. Stops before the first command that needs care.
+// False if the streams are corrupt.
 bool ParseFast(ParseState& state, const ParseTraits& traits, std::size_t literalSlack);
 
 // The literals that may be left when ParseFast stops for want of them.

@@ -42,7 +42,7 @@ struct Cursor {
 struct ParseState {
     std::uint8_t* out = nullptr;
     std::uint8_t* outEnd = nullptr;
-    const std::uint8_t* windowStart = nullptr;  // of the last reset, or as far back as offsets reach
+    const std::uint8_t* windowStart = nullptr;  // matches do not reach before it
     Cursor<std::uint8_t> commands;
     Cursor<std::uint8_t> literals;
     Cursor<std::uint32_t> offsets;

@@ -9,7 +9,7 @@ namespace {
 constexpr unsigned kMaxGapNumber = 7;
 constexpr unsigned kMaxRunNumber = 8;
 
-// A number below `limit`, in as few bits as that leaves: y bits, or y - 1 for the smallest.
+// A number below `limit` in truncated binary: y = bit_width(limit - 1) bits; the smallest values take y - 1.
 unsigned ReadBelow(MsbReader<Direction::Forward>& in, unsigned limit) {
     const auto bits = static_cast<unsigned>(std::bit_width(limit - 1));
     const unsigned unusedCodes = (1u << bits) - limit;

@@ -14,7 +14,7 @@ inline constexpr unsigned kSymbols = 256;
 struct UsedSymbols {
     unsigned count = 0;
     std::array<std::uint8_t, kSymbols> symbols;
-    std::array<std::uint8_t, kSymbols> numbers;  // a unary number each; what for is the caller's business
+    std::array<std::uint8_t, kSymbols> numbers;  // a unary number each, with a meaning of the caller's
 
     // Unary numbers that describe the runs, `runNumberCount` of them.
     unsigned runNumberCount = 0;

@@ -13,8 +13,8 @@ constexpr unsigned kMaxExtraBits = 15;
 constexpr std::size_t kQuarters = 4;
 
 // Dense: 3 bits Q; 8 bits n - 1; the unary numbers of n symbols and of the runs; the runs' bits; then for
-// each symbol the bits of its count, Q plus its number of them. The count is first a number v, from 0; small
-// ones, up to twice the running average, are differences from it.
+// each symbol the bits of its count: Q and its unary number tell how many. They give a value from 0 on, which
+// is the count less 1, or, up to twice the running average, a difference from the average.
 bool ReadDense(DescriptionReader& in, TansCounts& counts) {
     const unsigned fewestBits = in.Read(3);
     UsedSymbols used;
@@ -40,7 +40,7 @@ bool ReadDense(DescriptionReader& in, TansCounts& counts) {
 }
 
 // Sparse: 3 bits m - 1; 4 bits d; m times 8 bits symbol and d bits by which its count exceeds the one before;
-// then 8 bits, the symbol that has what is left, which is the most.
+// then 8 bits, the symbol that has the rest of the states. No symbol has more than it.
 bool ReadSparse(DescriptionReader& in, TansCounts& counts) {
     const unsigned listed = in.Read(3) + 1;
     const unsigned deltaBits = in.Read(4);
@@ -83,10 +83,10 @@ bool ReadTansCounts(DescriptionReader& in, TansCounts& counts) {
     return in.Read(1) != 0 ? ReadDense(in, counts) : ReadSparse(in, counts);
 }
 
-// The states of symbols that stand once come last, in order. The others are dealt in turn to four quarters:
-// the k-th state of all goes to quarter k % 4, and a symbol of count c numbers its states c, c + 1, ..., 2c -
-// 1 through the quarters, first those in quarter 0. A number t has as many bits as bring it into the table's
-// size, L to 2L - 1.
+// The states of symbols that stand once come last, in order. The others go to four quarters by turns: the
+// k-th state of all goes to quarter k % 4. A symbol of count c numbers its states c, c + 1, ..., 2c - 1,
+// first those in quarter 0, then those in quarter 1, and so on. The state with number t reads as many bits as
+// make t a number from L to 2L - 1, L being the table's size.
 void TansTable::Build(const TansCounts& counts) {
     const std::uint32_t size = counts.TableSize();
     const auto begin = counts.counts.begin();

@@ -116,7 +116,7 @@ bool Unpacker::TakeArrays() {
            TakeOffsetCodes() && TakeArray(m_chunk.rawLen / 4, m_excessCodes);
 }
 
-// Room for the values in what is left of scratch; null if the format's rule does not let them fit: offsets
+// Room for the values in what is left of scratch. Null if by the format's rule they do not fit: offsets
 // and excesses each from a multiple of 16 on, and kPaddingBytes behind them. Here the offsets have most of
 // the padding behind them and the excesses follow, which takes no more.
 std::uint32_t* Unpacker::RoomForValues(std::size_t offsets, std::size_t excesses) const {

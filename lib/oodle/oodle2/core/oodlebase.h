@@ -1,12 +1,13 @@
-// What every unit of the decoder shares: the log hook, the allocator hooks and the guard on 64-bit lengths.
+// The log hook, the allocator hooks and the guard on 64-bit lengths, for all of the decoder.
 #pragma once
 
 #include <cstddef>
 #include <cstdint>
 #include <limits>
 
-// Receives every line of the decoder: level 0 for an error, 1 for information, 2 for detail; the source file
-// and line it arose at; and a printf format with its arguments. The text brings its own line feed.
+// Receives every line of the decoder: the level (0 error, 1 information, 2 detail), the source file and line
+// that it comes from, and a printf format with its arguments. The text has its own line feed. A failing call
+// may log several lines.
 using OodleLogHook = void (*)(int level, const char* file, int line, const char* format, ...);
 
 // Gives memory that suits any scalar, or null; and takes it back.
@@ -14,8 +15,8 @@ using OodleMallocHook = void* (*)(std::ptrdiff_t bytes);
 using OodleFreeHook = void (*)(void* memory);
 
 // The hooks are process-wide: set them once, before the first call of the decoder. Null brings back the
-// default: a log that passes levels 0 and 1 to the debugger, each text cut to 4,095 bytes, and malloc and
-// free.
+// default. The default log passes levels 0 and 1 to the debugger, each text cut to 4,095 bytes; the default
+// allocator is malloc and free.
 void Oodle_SetLogHook(OodleLogHook hook);
 void Oodle_SetAllocatorHooks(OodleMallocHook mallocHook, OodleFreeHook freeHook);
 

@@ -53,16 +53,17 @@ using OodleLZ_DecodeCallback = int (*)(void* userData, const std::uint8_t* rawBu
 //   checkCRC           nonzero asks that check values be verified. This decoder skips them but cannot compute
 //                      them, so a quantum that carries one then fails rather than pass unverified.
 //   verbosity          above 2 logs each block and quantum
-//   decBufBase         null, or where the window begins that rawBuf continues: what stands between the two
-//                      is a dictionary, a multiple of OODLELZ_BLOCK_LEN long
+//   decBufBase         null, or the begin of the window. What stands between it and rawBuf is a dictionary, a
+//                      multiple of OODLELZ_BLOCK_LEN long
 //   decBufSize         bytes from the window's begin to its end; 0 or less: up to the end of rawBuf
 //   fpCallback         null, or the progress callback, given callbackUserData
 //   decoderMemory      null, or decoderMemorySize bytes of scratch that the caller owns; with null the
-//                      memory is allocated and freed in the call
-//   threadPhase        OodleLZ_Decode_Unthreaded does everything. Of one block of up to OODLELZ_BLOCK_LEN raw
-//                      bytes, phase 1 unpacks what needs no earlier output into decoderMemory, never touching
-//                      rawBuf; phase 2, called with the same arguments and that memory afterwards, writes
-//                      rawBuf. So phase 1 of a block may run while phase 2 of the block before it does.
+//                      memory is allocated and freed in the call. The result is the same either way.
+//   threadPhase        OodleLZ_Decode_Unthreaded does everything. The phases decode one block of up to
+//                      OODLELZ_BLOCK_LEN raw bytes. Phase 1 unpacks into decoderMemory what needs no earlier
+//                      output, and never touches rawBuf. Phase 2, called afterwards with the same arguments
+//                      and that memory, writes rawBuf. So phase 1 of a block may run while phase 2 of the
+//                      block before it does.
 std::ptrdiff_t OodleLZ_Decompress(const void* compBuf, std::ptrdiff_t compBufSize, void* rawBuf,
                                   std::ptrdiff_t rawLen, int fuzzSafe, int checkCRC, int verbosity,
                                   void* decBufBase, std::ptrdiff_t decBufSize,

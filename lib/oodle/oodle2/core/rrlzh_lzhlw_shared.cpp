@@ -13,7 +13,7 @@ constexpr unsigned kMaxDistanceGroups = 5;
 // What the three special codes of a quantum header mean, by number.
 enum SpecialQuantum : std::uint32_t { kSpecialWholeMatch = 0, kSpecialMemset = 1, kSpecialStored = 2 };
 
-// Takes big-endian numbers from the front of a header; the header is short once one did not fit.
+// Takes big-endian numbers from the front of a header. IsShort tells whether one did not fit.
 class HeaderBytes {
   public:
     explicit HeaderBytes(std::span<const std::uint8_t> in)
@@ -83,9 +83,9 @@ HeaderStatus TakeSpecial(std::uint32_t code, HeaderBytes& bytes, std::size_t raw
     }
 }
 
-// The decode type of an older header. Its kinds 0 and 1 stand for LZH, kind 2 carries one of the first eight
-// decode types, but not LZB16 or Kraken; what else there was to them does not matter, since all of these are
-// refused.
+// An older header, as far as it is needed: all compressors that it can name are refused. Its low two bits are
+// the kind. Kinds 0 and 1 stand for LZH; kind 2 carries one of the first eight decode types, but not LZB16 or
+// Kraken.
 std::optional<BlockHeader> ReadOlderHeader(std::uint8_t byte) {
     const unsigned kind = byte & 3;
     BlockHeader header;
@@ -148,8 +148,7 @@ OodleLZ_Compressor CompressorOf(const BlockHeader& header) {
 // bytes with a length of 18 bits, the short one 2 bytes with 14 bits.
 //   largest length    the code tells a special quantum: 0 whole match, its distance follows; 1 memset, its
 //                     byte follows; 2 stored; others do not exist
-//   any other length  the payload's bytes less 1; the two lowest bits above are flags for the quantum's
-//                     decoder, which none has a use for
+//   any other length  the payload's bytes less 1; the bits above are flags that mean nothing here
 //   then              3 bytes, the check value, for coded and stored quanta of a block with check values
 HeaderStatus ReadQuantumHeader(std::span<const std::uint8_t> in, const BlockHeader& block, std::size_t rawLen,
                                QuantumHeader& header) {

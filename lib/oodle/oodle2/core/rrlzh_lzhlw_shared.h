@@ -1,5 +1,4 @@
-// The readers of block and quantum headers. They look at no byte past the stream's end and at no more
-// than 16.
+// The readers of block and quantum headers. They look at 16 bytes at most, and at none past the stream's end.
 #pragma once
 
 #include <cstddef>
