@@ -116,6 +116,26 @@ TEST(ArrayContents, broken_in_one_place_are_refused) {
     }
 }
 
+// Two parts of 10 bytes, each one byte repeated.
+TEST(JoinedArrays, take_scratch_for_their_parts) {
+    const Bytes joined = {2, 0xB0, 0x20, 0x01, 5, 0xB0, 0x20, 0x01, 6};
+    for (const std::size_t room : {20u, 19u}) {
+        Bytes memory(room), out(20);
+        oo2::ArrayScratch scratch{.next = memory.data(), .end = memory.data() + room};
+        EXPECT_EQ(oo2::newLZ_decode_multi(joined, out, scratch), room == 20);
+    }
+}
+
+TEST(HuffBatch, refuses_more_arrays_than_a_chunk_has) {
+    const Bytes array = {0x00, 0x83, 0x0B, 0x10, 1, 0, 0, 0, 0};  // 'a' and 'b' of 1 bit each
+    Bytes out(12);
+    oo2::HuffBatch batch;
+    for (int i = 0; i < 5; ++i) EXPECT_TRUE(batch.Add(array, out, false));
+    EXPECT_FALSE(batch.Add(array, out, false));
+    EXPECT_TRUE(batch.Run(oo2::DecodePath::Fast));
+    EXPECT_EQ(out, Bytes(12, 'a'));
+}
+
 // 32,000 bytes in as many run-length arrays inside one another: the innermost is one byte repeated, each of
 // the others copies the literals that the one inside it gives.
 Bytes NestedArrays(std::size_t depth) {

@@ -37,14 +37,14 @@ class Chunks : public testing::Test {
   protected:
     // With so many blocks before the output, in memory that stays from call to call.
     std::ptrdiff_t Decode(const Bytes& stream, std::size_t rawLen, int phase = OodleLZ_Decode_Unthreaded,
-                          std::ptrdiff_t blocksBefore = 0) {
+                          std::ptrdiff_t blocksBefore = 0, std::ptrdiff_t memorySize = 894'200) {
         return oo2::Decompress({.compBuf = stream.data(),
                                 .compBufSize = std::ssize(stream),
                                 .rawBuf = raw_.data() + blocksBefore * OODLELZ_BLOCK_LEN,
                                 .rawLen = static_cast<std::ptrdiff_t>(rawLen),
                                 .decBufBase = raw_.data(),
-                                .decoderMemory = memory_.data(),
-                                .decoderMemorySize = std::ssize(memory_),
+                                .decoderMemory = memorySize > 0 ? memory_.data() : nullptr,
+                                .decoderMemorySize = memorySize,
                                 .threadPhase = phase},
                                oo2::DecodePath::Fast);
     }
@@ -115,6 +115,26 @@ TEST_F(Chunks, phase_2_takes_what_phase_1_left_of_the_same_block_only) {
     EXPECT_EQ(Decode(stream, 128, OodleLZ_Decode_ThreadPhase2, 1), 0);
     EXPECT_EQ(Decode(copy, 128, OodleLZ_Decode_ThreadPhase2), 0);
     EXPECT_EQ(Decode(stream, 128, OodleLZ_Decode_ThreadPhase2), 128);
+}
+
+// 15 literals from a run-length array. The array in front of its buffer is so many bytes of 1, commands that
+// give nothing. It goes into scratch, of which a chunk of 128 bytes has 53,664.
+TEST_F(Chunks, have_the_same_scratch_whoever_provides_it) {
+    const CapturedLog log;
+    constexpr std::ptrdiff_t kLeast = 168 + 53'664 + 16;
+    for (const unsigned front : {50'000u, 60'000u}) {
+        const unsigned long long header = 3ull << 36 | static_cast<unsigned long long>(front - 1) << 18 | 1;
+        Bytes literals = {0xB0, 0x1C, 0x07};
+        for (int shift = 32; shift >= 0; shift -= 8)
+            literals.push_back(static_cast<std::uint8_t>(header >> shift));
+        literals.insert(literals.end(), {1, 0xFF});
+        const Bytes stream = LzChunk{.literals = literals, .excesses = {0x80, 1, 97 - 14 - 3}}.Stream();
+        const std::ptrdiff_t expected = front == 50'000 ? 128 : 0;
+        for (const std::ptrdiff_t memory : {std::ptrdiff_t{0}, kLeast, std::ssize(memory_)})
+            EXPECT_EQ(Decode(stream, 128, OodleLZ_Decode_Unthreaded, 0, memory), expected) << memory;
+        EXPECT_EQ(Decode(stream, 128, OodleLZ_Decode_ThreadPhase1), expected);
+        EXPECT_EQ(Decode(stream, 128, OodleLZ_Decode_ThreadPhase2), expected);
+    }
 }
 
 TEST_F(Chunks, stored_ones_have_mode_0) {

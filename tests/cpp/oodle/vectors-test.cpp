@@ -9,6 +9,7 @@
 #include <gtest/gtest.h>
 #include <nlohmann/json.hpp>
 
+#include "oodle/oodle2/core/decoder_state.h"
 #include "oodle/oodle2/core/decompress.h"
 #include "support/captured-log.h"
 
@@ -80,6 +81,17 @@ class Vectors : public testing::TestWithParam<Vector> {
 TEST_P(Vectors, on_the_fast_path) { ExpectItsBytesOrRefusal(Decode(oo2::DecodePath::Fast)); }
 
 TEST_P(Vectors, on_the_careful_path) { ExpectItsBytesOrRefusal(Decode(oo2::DecodePath::Careful)); }
+
+TEST_P(Vectors, in_memory_of_the_least_size_and_in_more) {
+    const auto compressor =
+        OodleLZ_GetAllChunksCompressor(stream_.data(), std::ssize(stream_), GetParam().rawLength);
+    const std::ptrdiff_t least =
+        oo2::ScratchSizeNeeded(compressor, GetParam().rawLength) + oo2::kDecoderMemorySlack;
+    for (const std::ptrdiff_t size : {least, OodleLZ_ThreadPhased_BlockDecoderMemorySizeNeeded}) {
+        memory_.assign(static_cast<std::size_t>(size), 0xEE);
+        ExpectItsBytesOrRefusal(Decode(oo2::DecodePath::Fast));
+    }
+}
 
 TEST_P(Vectors, in_two_phases) {
     if (GetParam().rawLength > OODLELZ_BLOCK_LEN || GetParam().name.starts_with("frame_lzb16")) return;
