@@ -2,7 +2,8 @@
 // Loads a file of this package from the folder in which it is installed. A bundler packs this file into an application,
 // but neither the native add-on nor the program of the child processes: a bundle finds both in the installed package.
 
-const { createRequire } = require('node:module');
+// Not its createRequire alone: webpack would follow that.
+const nodeModule = require('node:module');
 const path = require('node:path');
 
 // From their folders upwards the package is looked for. In a bundle the first is the bundle, or no file at all.
@@ -11,7 +12,7 @@ const places = () => [__filename, process.argv[1], path.join(process.cwd(), 'bun
 function manifest() {
   for (const place of places()) {
     try {
-      return createRequire(place).resolve('corvane_napi/package.json');
+      return nodeModule.createRequire(place).resolve('corvane_napi/package.json');
     } catch {
       // The next one may be nearer.
     }
@@ -31,4 +32,4 @@ function notInstalled() {
 }
 
 // file: its name in the package. Throws an Error with code ERR_CORVANE_ADDON without the package.
-module.exports = (file) => createRequire(manifest())(file);
+module.exports = (file) => nodeModule.createRequire(manifest())(file);

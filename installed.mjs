@@ -1,12 +1,23 @@
 // The same as installed.js for ES modules. It is no wrapper of that file: bundles of ES modules cannot hold a require().
 
-import { createRequire } from 'node:module';
+// Not its createRequire alone: webpack would follow that.
+import module from 'node:module';
 import path from 'node:path';
 
-// Bundlers leave import.meta.url empty, or with the place at build time; where they make CommonJS, there is __filename.
+// What bundlers make CommonJS of; they may answer "typeof" themselves, and wrongly.
+function commonJsFile() {
+  try {
+    return __filename;
+  } catch {
+    return undefined;
+  }
+}
+
+// From their folders upwards the package is looked for. esbuild leaves import.meta.url empty in CommonJS; webpack puts this
+// file's place at build time in.
 const places = () => [
-  import.meta.url,
-  typeof __filename === 'string' ? __filename : undefined,
+  import.meta.webpack === undefined ? import.meta.url : undefined,
+  commonJsFile(),
   process.argv[1],
   path.join(process.cwd(), 'bundle.js'),
 ];
@@ -14,7 +25,7 @@ const places = () => [
 function manifest() {
   for (const place of places()) {
     try {
-      return createRequire(place).resolve('corvane_napi/package.json');
+      return module.createRequire(place).resolve('corvane_napi/package.json');
     } catch {
       // The next one may be nearer.
     }
@@ -34,4 +45,4 @@ function notInstalled() {
 }
 
 // file: its name in the package. Throws an Error with code ERR_CORVANE_ADDON without the package.
-export default (file) => createRequire(manifest())(file);
+export default (file) => module.createRequire(manifest())(file);

@@ -130,6 +130,16 @@ test('on a terminal the JSON of a name cannot steer it, and says the same', asyn
   }
 });
 
+test('sample writes a replay to try, and keeps a file that is there', () => {
+  assert.equal(cli(['sample']).status, 0);
+  const bytes = fs.readFileSync(inFolder('match.replay'));
+  assert.match(cli(['events', 'match.replay']).stdout, /knocked down/);
+  fs.writeFileSync(inFolder('match.replay'), 'mine');
+  assert.equal(cli(['sample', 'match.replay']).status, 12);
+  assert.equal(fs.readFileSync(inFolder('match.replay'), 'utf8'), 'mine');
+  assert.ok(bytes.equals(fs.readFileSync(path.join(__dirname, '..', '..', 'samples', 'match.replay'))));
+});
+
 test('the table of events is aligned, and a name cannot steer the terminal', () => {
   const fields = {
     killed: { type: 17, id: Buffer.alloc(16, 0xab) },

@@ -1,5 +1,5 @@
 'use strict';
-// Packs the package once, installs the tarball offline into an empty folder, and runs programs there in any host.
+// Packs the package once, installs the tarball into an empty folder, and runs programs there in any host.
 
 const { execFileSync } = require('node:child_process');
 const fs = require('node:fs');
@@ -32,7 +32,7 @@ function installPackage() {
     fs.readdirSync(folder).find((name) => name.endsWith('.tgz')),
   );
   fs.writeFileSync(path.join(folder, 'package.json'), '{ "private": true }');
-  npm(['install', '--offline', '--cache', path.join(folder, 'no-cache'), tarball], folder);
+  npm(['install', '--prefer-offline', tarball], folder);
   return { folder, module: path.join(folder, 'node_modules', 'corvane_napi'), tarball };
 }
 

@@ -17,18 +17,49 @@ fs.copyFileSync(path.join(__dirname, 'probe.mjs'), path.join(installed.folder, '
 const readme = fs.readFileSync(path.join(installed.module, 'README.md'), 'utf8');
 const prebuilt = (host) => path.join(installed.module, 'prebuilds', host, 'corvane_napi.node');
 
-test('the tarball holds what an installation needs, and runs nothing when it is installed', () => {
+const tool = (name) => path.join(root, 'node_modules', '.bin', name);
+
+function passes(program, args, cwd = installed.folder) {
+  const { status, stdout, stderr } = spawnSync(program, args, { cwd, encoding: 'utf8' });
+  assert.equal(status, 0, `${stdout}${stderr}`);
+}
+
+test('the tarball holds what its users need and nothing else, and runs nothing when it is installed', () => {
   const packed = execFileSync('tar', ['-tzf', installed.tarball], { encoding: 'utf8' }).trim().split('\n');
-  const top = new Set(packed.map((name) => name.split('/')[1]));
-  const documents = ['CHANGELOG.md', 'README.md', 'docs'];
-  const code = ['bin', 'client', 'index.d.mts', 'index.d.ts', 'index.js', 'index.mjs', 'load-addon.js'];
+  const names = packed.map((name) => name.replace('package/', ''));
+  const inFolder = (folder) => names.filter((name) => name.startsWith(`${folder}/`));
+  const top = names.filter((name) => !name.includes('/'));
+  const entries = ['index', 'installed'].flatMap((name) => [`${name}.js`, `${name}.mjs`]);
+  const types = ['index.d.mts', 'index.d.ts'];
+  const documents = ['CHANGELOG.md', 'README.md', 'package.json'];
+  assert.deepEqual(top.sort(), [...entries, ...types, ...documents, 'load-addon.js', 'native.js'].sort());
+  const hosts = ['linux-x64', 'win32-ia32', 'win32-x64'];
   assert.deepEqual(
-    [...top].sort(),
-    [...documents, ...code, 'node_modules', 'package.json', 'prebuilds'].sort(),
+    inFolder('prebuilds').sort(),
+    hosts.map((host) => `prebuilds/${host}/corvane_napi.node`),
   );
-  const prebuilds = packed.filter((name) => name.includes('/prebuilds/')).map((name) => name.split('/')[2]);
-  assert.deepEqual(prebuilds.sort(), ['linux-x64', 'win32-ia32', 'win32-x64']);
+  assert.deepEqual(inFolder('samples'), ['samples/match.replay']);
+  for (const forDevelopers of ['architecture', 'lz', 'performance']) {
+    assert.ok(!names.includes(`docs/${forDevelopers}.md`), forDevelopers);
+  }
+  assert.deepEqual([inFolder('tests'), inFolder('node_modules')], [[], []]);
   assert.doesNotMatch(Object.keys(manifest.scripts ?? {}).join(), /install|prepare/);
+});
+
+test('what the documents of the package link to is in the package', () => {
+  const documents = [
+    'README.md',
+    ...fs.readdirSync(path.join(installed.module, 'docs')).map((name) => `docs/${name}`),
+  ];
+  for (const document of documents.filter((name) => name.endsWith('.md'))) {
+    const text = fs.readFileSync(path.join(installed.module, document), 'utf8');
+    for (const [, target] of text.matchAll(/\]\((?!\w+:)([^)#]+)/g)) {
+      assert.ok(
+        fs.existsSync(path.join(installed.module, path.dirname(document), target)),
+        `${document}: ${target}`,
+      );
+    }
+  }
 });
 
 const objdump = (flag, host) =>
@@ -74,17 +105,27 @@ function sampleDocument() {
   return execFileSync(program, ['read', 'match.replay'], { cwd: installed.folder, encoding: 'utf8' });
 }
 
-test('the types hold for ES modules and for CommonJS, and know every field of a document', () => {
+test('the types hold in each way of resolving them, and know every field of a document', () => {
   const types = path.join(root, 'tests', 'types');
   fs.cpSync(types, installed.folder, { recursive: true });
   const literal = `export const sample: import('corvane_napi').ReplayDocument = ${sampleDocument()}`;
   fs.writeFileSync(path.join(installed.folder, 'sample.mts'), literal);
-  const options = ['--noEmit', '--strict', '--module', 'node16', '--target', 'es2022', '--resolveJsonModule'];
-  options.push('--types', 'node', '--typeRoots', path.join(root, 'node_modules', '@types'));
-  const tsc = path.join(root, 'node_modules', '.bin', 'tsc');
-  const sources = [...fs.readdirSync(types), 'sample.mts'];
-  const { status, stdout } = spawnSync(tsc, [...options, ...sources], { cwd: installed.folder });
-  assert.equal(status, 0, `${stdout}`);
+  const common = ['--noEmit', '--strict', '--target', 'es2022', '--resolveJsonModule', '--types', 'node'];
+  common.push('--typeRoots', path.join(root, 'node_modules', '@types'));
+  const all = [...fs.readdirSync(types), 'sample.mts'];
+  const modules = all.filter((name) => name.endsWith('.mts'));
+  for (const [resolution, module, sources] of [
+    ['nodenext', 'nodenext', all],
+    ['bundler', 'esnext', modules],
+    ['node10', 'commonjs', ['commonjs.cts', 'document.mts', 'sample.mts']],
+  ]) {
+    passes(tool('tsc'), [...common, '--moduleResolution', resolution, '--module', module, ...sources]);
+  }
+});
+
+test('publint and "are the types wrong" find nothing', () => {
+  passes(tool('publint'), ['run', installed.tarball, '--strict']);
+  passes(tool('attw'), [installed.tarball, '--exclude-entrypoints', './package.json']);
 });
 
 test('docs/document.md tells of every field of a document', () => {
