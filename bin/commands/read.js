@@ -8,7 +8,7 @@ const { limitsOf, withJobs, withKey, withLimits } = require('../command-options.
 const { endsRun, exitStatus, failureText, usageFailure } = require('../failures.js');
 const { outputFailure, writeWhole } = require('../output.js');
 const { progress } = require('../progress.js');
-const { replayPaths } = require('../replay-paths.js');
+const { PATHS, replayPaths } = require('../replay-paths.js');
 
 // In a document's text only the layout holds line ends: within a string they are escaped.
 const oneLine = (text) => text.replace(/\n */g, '');
@@ -38,14 +38,16 @@ async function documentWriter(replays, { out, ndjson }, onePrinted, output) {
 async function run({ args: [files], options, key, output, terminal, signal }) {
   let status = 0;
   const fail = (error) => (status ||= exitStatus(error));
-  const replays = await replayPaths(files, (error) => {
+  const onFailure = (error) => {
     fail(error);
     terminal.write(failureText(error));
-  });
+  };
+  const replays = await replayPaths(files, onFailure, signal);
   const onePrinted = replays.length === 1 && replays[0] === files[0];
   const write = await documentWriter(replays, options, onePrinted, output);
   const limits = { key, concurrency: options.jobs, signal, ...limitsOf(options) };
-  const bar = progress(replays.length, terminal, options.out === undefined && output.stream.isTTY);
+  const shared = options.out === undefined && output.stream.isTTY;
+  const bar = progress(replays.length, terminal, { shared, wanted: options.progress });
   let i = 0;
   try {
     for await (const { text, error } of readReplayTexts(replays, limits)) {
@@ -67,8 +69,9 @@ module.exports = {
   define: (command) =>
     withLimits(withKey(withJobs(command)))
       .description('print the document of each replay: JSON for one file, one line of JSON each for several')
-      .argument('<file...>', 'replays, or folders of them')
+      .argument('<file...>', PATHS)
       .option('--out <folder>', 'write each document into a file of this folder instead')
-      .option('--ndjson', 'one line for a single file, too'),
+      .option('--ndjson', 'one line for a single file, too')
+      .option('--no-progress', 'no progress line'),
   run,
 };

@@ -1,0 +1,125 @@
+'use strict';
+// corvane-replay export: tables that engines read, written part by part.
+
+const { createHash } = require('node:crypto');
+const fs = require('node:fs');
+const path = require('node:path');
+const { InvalidArgumentError, Option } = require('commander');
+const { eachMatch, listReplays, withReading } = require('../matches.js');
+const { PATHS } = require('../replay-paths.js');
+
+// A part is written when it has as many replays, or as many eliminations: that bounds the memory.
+const PART_REPLAYS = 500;
+const PART_EVENTS = 60_000;
+
+// Another attempt may fare better, also if the file is the same.
+const PASSING = ['ERR_TIMEOUT', 'ERR_CHILD_LOST', 'ERR_OUT_OF_MEMORY', 'ERR_KEY_REQUIRED', 'ERR_UNREADABLE'];
+
+function shardOf(text) {
+  const [, index, count] = /^(\d+)\/(\d+)$/.exec(text)?.map(Number) ?? [];
+  if (index >= 1 && index <= count) return { index, count };
+  throw new InvalidArgumentError('It must be i/n, with i from 1 to n.');
+}
+
+// The same on every machine.
+function isInShard(file, { index, count }) {
+  const hash = createHash('sha256').update(file.replaceAll('\\', '/')).digest().readUInt32BE();
+  return hash % count === index - 1;
+}
+
+// Size and time of change, before the file is read: null where they cannot be had.
+function stampOf(file) {
+  const stats = fs.statSync(file, { throwIfNoEntry: false });
+  return { size: stats?.size ?? null, mtimeMs: stats?.mtimeMs ?? null };
+}
+
+function isUnchanged(known, { size, mtimeMs }) {
+  if (known === undefined || PASSING.includes(known.code)) return false;
+  return known.size === size && known.mtimeMs === mtimeMs;
+}
+
+// What has been read and is not yet written.
+class Batch {
+  #dataSet;
+  replays = [];
+  events = 0;
+
+  constructor(dataSet) {
+    this.#dataSet = dataSet;
+  }
+
+  async add(replay) {
+    this.replays.push(replay);
+    this.events += replay.rows.eliminations.length;
+    if (this.replays.length >= PART_REPLAYS || this.events >= PART_EVENTS) await this.write();
+  }
+
+  async write() {
+    const { replays } = this;
+    this.replays = [];
+    this.events = 0;
+    if (replays.length > 0) await this.#dataSet.commit(replays);
+  }
+}
+
+// Reads what is to be read into the data set; resolves with the numbers of replays and failures.
+async function exportReplays(todo, dataSet, context, tally) {
+  const { failureRow, rowsOf } = require('../export/tables.js');
+  const batch = new Batch(dataSet);
+  const counts = { read: 0, failed: 0 };
+  const onMatch = (match, i) => {
+    counts.read += 1;
+    return batch.add({ ...todo[i], code: null, rows: rowsOf({ ...match, path: todo[i].path }) });
+  };
+  const onFailure = (file, error, i) => {
+    counts.failed += 1;
+    const failures = [failureRow(todo[i].path, error, todo[i].size)];
+    const rows = { matches: [], players: [], eliminations: [], failures };
+    return batch.add({ ...todo[i], code: error.code, rows });
+  };
+  const files = todo.map((replay) => replay.path);
+  try {
+    await eachMatch(files, context, { tally, onMatch, onFailure });
+  } catch (error) {
+    if (error.code === 'ERR_ABORTED') await batch.write();
+    throw error;
+  }
+  await batch.write();
+  return counts;
+}
+
+async function run(context) {
+  const { DataSet } = require('../export/data-set.js');
+  const { args, options, terminal } = context;
+  const [names] = args;
+  const shard = options.shard ?? { index: 1, count: 1 };
+  const tally = { status: 0 };
+  const dataSet = new DataSet(options.out, options.format, `${shard.index}of${shard.count}`);
+  await dataSet.open();
+  const listed = (await listReplays(names, context, tally)).map((file) => path.resolve(file));
+  const replays = listed
+    .filter((file) => isInShard(file, shard))
+    .map((file) => ({ path: file, ...stampOf(file) }));
+  const todo = options.update
+    ? replays.filter((replay) => !isUnchanged(dataSet.known(replay.path), replay))
+    : replays;
+  const { read, failed } = await exportReplays(todo, dataSet, context, tally);
+  const unchanged = replays.length - todo.length;
+  terminal.write(`corvane-replay: ${read} read, ${failed} failed, ${unchanged} unchanged, in ${options.out}\n`);
+  return tally.status;
+}
+
+module.exports = {
+  order: 80,
+  define: (command) =>
+    withReading(command)
+      .description('write tables for DuckDB, pandas, Polars, Spark and others: matches, players, eliminations, failures')
+      .argument('<path...>', PATHS)
+      .requiredOption('--out <folder>', 'where the tables go; a folder of an earlier export is brought up to date')
+      .addOption(
+        new Option('--format <format>', 'of the files').choices(['parquet', 'csv', 'ndjson']).default('parquet'),
+      )
+      .option('--update', 'read only what is new or has changed since the last run')
+      .option('--shard <i/n>', 'write the i-th of n shares, each in a process of its own', shardOf),
+  run,
+};

@@ -1,0 +1,202 @@
+'use strict';
+// The folder of an export.
+//
+//     TABLE/part-NAME.EXTENSION   rows of some replays, the same ones in every table
+//     _state/part-NAME.json       which replays these are, as they were when they were read, and how many rows each has
+//     _state/commit-SHARD.json    parts that come and parts that go with them: written when all that come are complete
+//                                 under temporary names, and removed when they have taken the place of those that go
+//
+// Whatever interrupts a run, the commit is there or not: the next run completes the one and forgets the other.
+
+const fs = require('node:fs');
+const path = require('node:path');
+const { failureOf, usageFailure } = require('../failures.js');
+const { FORMATS } = require('./formats.js');
+const { TABLES } = require('./tables.js');
+
+const TABLE_NAMES = Object.keys(TABLES);
+const PART = /^part-(\d+of\d+)-(\d+)\.json$/;
+
+const readJson = (file) => JSON.parse(fs.readFileSync(file, 'utf8'));
+
+// The failure as one that the command line knows.
+function writing(action) {
+  return Promise.resolve()
+    .then(action)
+    .catch((error) => {
+      throw error.syscall === undefined ? error : failureOf('ERR_OUTPUT', `cannot write: ${error.message}`);
+    });
+}
+
+class DataSet {
+  #folder;
+  #format;
+  #formatName;
+  #shard;
+  #parts = new Map(); // name -> what its state file holds
+  #owners = new Map(); // path of a replay -> { part, size, mtimeMs, code }
+  #lastNumber = 0;
+
+  // shard: "1of1", or another one; nobody else may write into that at the same time.
+  constructor(folder, formatName, shard) {
+    this.#folder = folder;
+    this.#formatName = formatName;
+    this.#format = FORMATS[formatName];
+    this.#shard = shard;
+  }
+
+  // Makes the folder, or takes up what is in it.
+  open() {
+    return writing(() => {
+      for (const name of [...TABLE_NAMES, '_state']) fs.mkdirSync(path.join(this.#folder, name), { recursive: true });
+      if (fs.existsSync(this.#commitFile)) this.#apply(readJson(this.#commitFile));
+      this.#removeTemporaries();
+      this.#load();
+    });
+  }
+
+  // How the replay at this absolute path was when it was read: { size, mtimeMs, code }; undefined if it was not.
+  known(file) {
+    return this.#owners.get(file);
+  }
+
+  // Adds replays, a list of { path, size, mtimeMs, code, rows }, rows by table, in the place of what is known of them.
+  commit(replays) {
+    return writing(async () => {
+      const paths = new Set(replays.map((replay) => replay.path));
+      const stale = this.#partsOf(paths);
+      const add = [await this.#writePart(replays)];
+      for (const name of stale) {
+        const kept = await this.#writeRest(name, paths);
+        if (kept !== undefined) add.push(kept);
+      }
+      const commit = { add, remove: [...stale] };
+      this.#replaceFile(this.#commitFile, commit);
+      this.#apply(commit);
+      for (const name of stale) this.#parts.delete(name);
+      for (const name of add) this.#know(name, readJson(this.#stateFile(name)));
+    });
+  }
+
+  get #commitFile() {
+    return path.join(this.#folder, '_state', `commit-${this.#shard}.json`);
+  }
+
+  #stateFile(part) {
+    return path.join(this.#folder, '_state', `${part}.json`);
+  }
+
+  #tableFile(part, table) {
+    return path.join(this.#folder, table, `${part}.${this.#format.extension}`);
+  }
+
+  #filesOf(part) {
+    return [...TABLE_NAMES.map((table) => this.#tableFile(part, table)), this.#stateFile(part)];
+  }
+
+  // Engines and this program pass over such names.
+  #temporary(file) {
+    return path.join(path.dirname(file), `.${this.#shard}~${path.basename(file)}`);
+  }
+
+  #replaceFile(file, content) {
+    const temporary = this.#temporary(file);
+    fs.writeFileSync(temporary, JSON.stringify(content));
+    fs.renameSync(temporary, file);
+  }
+
+  // May be done again after it was interrupted. What comes is there before what it replaces goes.
+  #apply({ add, remove }) {
+    for (const file of add.flatMap((part) => this.#filesOf(part))) {
+      const temporary = this.#temporary(file);
+      if (fs.existsSync(temporary)) fs.renameSync(temporary, file);
+    }
+    for (const file of remove.flatMap((part) => this.#filesOf(part))) fs.rmSync(file, { force: true });
+    fs.rmSync(this.#commitFile, { force: true });
+  }
+
+  #removeTemporaries() {
+    for (const name of [...TABLE_NAMES, '_state']) {
+      const folder = path.join(this.#folder, name);
+      for (const file of fs.readdirSync(folder)) {
+        if (file.startsWith(`.${this.#shard}~`)) fs.rmSync(path.join(folder, file), { force: true });
+      }
+    }
+  }
+
+  // The other shards of as many have other replays, and may be at work.
+  #concerns(shard) {
+    const [, count] = this.#shard.split('of');
+    return shard === this.#shard || count === '1' || shard.split('of')[1] !== count;
+  }
+
+  #load() {
+    for (const file of fs.readdirSync(path.join(this.#folder, '_state'))) {
+      const [, shard, number] = PART.exec(file) ?? [];
+      if (shard === undefined || !this.#concerns(shard)) continue;
+      if (shard === this.#shard) this.#lastNumber = Math.max(this.#lastNumber, Number(number));
+      const part = path.basename(file, '.json');
+      this.#know(part, readJson(this.#stateFile(part)));
+    }
+  }
+
+  #know(part, state) {
+    if (state.format !== this.#formatName) {
+      throw usageFailure(`${this.#folder} holds an export as ${state.format}, and takes no other format`);
+    }
+    this.#parts.set(part, state);
+    for (const { path: file, ...was } of state.replays) this.#owners.set(file, { part, ...was });
+  }
+
+  // The parts that hold rows of these replays.
+  #partsOf(paths) {
+    const parts = new Set();
+    for (const file of paths) {
+      const part = this.#owners.get(file)?.part;
+      if (part !== undefined) parts.add(part);
+    }
+    for (const part of parts) {
+      const isOwn = part.startsWith(`part-${this.#shard}-`) || this.#shard === '1of1';
+      if (!isOwn) throw usageFailure(`${part} was written with another --shard: run once without --shard`);
+    }
+    return parts;
+  }
+
+  #newPart() {
+    this.#lastNumber += 1;
+    return `part-${this.#shard}-${String(this.#lastNumber).padStart(6, '0')}`;
+  }
+
+  #writeState(part, replays) {
+    const state = { format: this.#formatName, replays };
+    fs.writeFileSync(this.#temporary(this.#stateFile(part)), JSON.stringify(state));
+  }
+
+  async #writePart(replays) {
+    const part = this.#newPart();
+    for (const table of TABLE_NAMES) {
+      const rows = replays.flatMap((replay) => replay.rows[table]);
+      await this.#format.write(this.#temporary(this.#tableFile(part, table)), TABLES[table], rows);
+    }
+    const counts = (rows) => TABLE_NAMES.map((table) => rows[table].length);
+    this.#writeState(part, replays.map((replay) => ({ ...replay, rows: counts(replay.rows) })));
+    return part;
+  }
+
+  // A part with the rows of the others in this one; undefined if there are none.
+  async #writeRest(name, gone) {
+    const { replays } = this.#parts.get(name);
+    const kept = replays.filter((replay) => !gone.has(replay.path));
+    if (kept.length === 0) return undefined;
+    const part = this.#newPart();
+    for (const [i, table] of TABLE_NAMES.entries()) {
+      const flags = replays.flatMap(({ path: file, rows }) => Array(rows[i]).fill(!gone.has(file)));
+      const target = this.#temporary(this.#tableFile(part, table));
+      await this.#format.copy(this.#tableFile(name, table), target, TABLES[table], (row) => flags[row]);
+    }
+    this.#writeState(part, kept);
+    return part;
+  }
+}
+
+module.exports = { DataSet };

@@ -1,0 +1,123 @@
+'use strict';
+// The file formats of an export. Each has
+//
+//     extension
+//     write(file, columns, rows)            rows: lists of cells in the order of the columns
+//     copy(source, target, columns, keep)   the rows of a file for which keep(number) holds, in another one
+
+const fs = require('node:fs');
+
+const ROW_GROUP = 100_000;
+// What a spreadsheet takes for the beginning of a formula; the wide forms do as well.
+const FORMULA = /^[=+\-@\t\r\uff1d\uff0b\uff0d\uff20]/;
+
+const timestampText = (microseconds) => {
+  const text = new Date(Number(microseconds / 1000n)).toISOString().slice(0, -1);
+  return text + String(((microseconds % 1000n) + 1000n) % 1000n).padStart(3, '0');
+};
+
+// JSON has no 64-bit numbers: what a double cannot hold becomes text.
+function jsonCell(cell, { type }) {
+  if (cell === null) return null;
+  if (type === 'timestamp') return timestampText(cell);
+  return typeof cell === 'bigint' ? String(cell) : cell;
+}
+
+const ndjsonLine = (columns, row) =>
+  JSON.stringify(Object.fromEntries(columns.map((column, i) => [column.name, jsonCell(row[i], column)])));
+
+// A leading apostrophe makes a spreadsheet take a text as text. A row is one line, whatever is in its cells.
+function csvCell(cell, { type }) {
+  if (cell === null) return null;
+  if (type === 'timestamp') return timestampText(cell);
+  if (type !== 'text') return String(cell);
+  const text = cell.replace(/[\r\n]+/g, ' ');
+  return FORMULA.test(text) ? `'${text}` : text;
+}
+
+// Formats of lines: a row is a line, after `header`.
+function lineFormat({ extension, headerOf, linesOf }) {
+  const writeLines = (file, columns, lines) =>
+    fs.writeFileSync(file, [...headerOf(columns), ...lines].map((line) => line + '\n').join(''));
+  return {
+    extension,
+    write: async (file, columns, rows) => writeLines(file, columns, linesOf(columns, rows)),
+    async copy(source, target, columns, keep) {
+      const lines = fs.readFileSync(source, 'utf8').split('\n').slice(headerOf(columns).length, -1);
+      writeLines(target, columns, lines.filter((_, i) => keep(i)));
+    },
+  };
+}
+
+function csvLines(columns, rows) {
+  const { stringify } = require('csv-stringify/sync');
+  const cells = rows.map((row) => row.map((cell, i) => csvCell(cell, columns[i])));
+  return cells.length === 0 ? [] : stringify(cells).slice(0, -1).split('\n');
+}
+
+const PARQUET_TYPES = {
+  text: { type: 'BYTE_ARRAY', converted_type: 'UTF8', logical_type: { type: 'STRING' } },
+  integer: { type: 'INT64' },
+  double: { type: 'DOUBLE' },
+  boolean: { type: 'BOOLEAN' },
+  // The game writes its own clock's time, of no known zone.
+  timestamp: {
+    type: 'INT64',
+    logical_type: { type: 'TIMESTAMP', isAdjustedToUTC: false, unit: 'MICROS' },
+  },
+};
+
+const parquetSchema = (columns) => [
+  { name: 'root', num_children: columns.length },
+  ...columns.map(({ name, type, required }) => ({
+    name,
+    repetition_type: required ? 'REQUIRED' : 'OPTIONAL',
+    ...PARQUET_TYPES[type],
+  })),
+];
+
+const bigOrNull = (cell) => (cell === null ? null : BigInt(cell));
+
+function parquetColumns(columns, rows) {
+  return columns.map(({ name, type }, i) => {
+    const cellOf = type === 'integer' ? (row) => bigOrNull(row[i]) : (row) => row[i];
+    return { name, data: rows.map(cellOf) };
+  });
+}
+
+async function writeParquet(file, columns, rows) {
+  const { parquetWriteBuffer } = await import('hyparquet-writer');
+  const buffer = parquetWriteBuffer({
+    schema: parquetSchema(columns),
+    columnData: parquetColumns(columns, rows),
+    rowGroupSize: ROW_GROUP,
+    createdBy: 'corvane-replay',
+  });
+  fs.writeFileSync(file, new Uint8Array(buffer));
+}
+
+async function copyParquet(source, target, columns, keep) {
+  const { parquetReadObjects } = await import('hyparquet');
+  const { buffer, byteOffset, byteLength } = fs.readFileSync(source);
+  const file = buffer.slice(byteOffset, byteOffset + byteLength);
+  const parsers = { timestampFromMicroseconds: (value) => value };
+  const objects = await parquetReadObjects({ file, parsers });
+  const rows = objects.filter((_, i) => keep(i)).map((object) => columns.map(({ name }) => object[name] ?? null));
+  await writeParquet(target, columns, rows);
+}
+
+const FORMATS = {
+  parquet: { extension: 'parquet', write: writeParquet, copy: copyParquet },
+  csv: lineFormat({
+    extension: 'csv',
+    headerOf: (columns) => [columns.map(({ name }) => name).join(',')],
+    linesOf: csvLines,
+  }),
+  ndjson: lineFormat({
+    extension: 'ndjson',
+    headerOf: () => [],
+    linesOf: (columns, rows) => rows.map((row) => ndjsonLine(columns, row)),
+  }),
+};
+
+module.exports = { FORMATS, ndjsonLine };

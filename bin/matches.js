@@ -1,0 +1,76 @@
+'use strict';
+// What the commands about matches share: their options, and the reading of all that PATHS name.
+
+const { readMatches } = require('../client');
+const { limitsOf, withJobs, withKey, withLimits } = require('./command-options.js');
+const { endsRun, exitStatus, failureText } = require('./failures.js');
+const { namesOf } = require('./name-file.js');
+const { progress } = require('./progress.js');
+const { replayPaths } = require('./replay-paths.js');
+
+// What concerns the reading of matches.
+const withReading = (command) =>
+  withLimits(withKey(withJobs(command)))
+    .option('--salvage', 'take what is whole of a replay that is broken or cut short')
+    .option('--damage-names <file>', 'names of damage types: CSV lines "3,rifle", or a JSON object')
+    .option('--no-progress', 'no progress line');
+
+const withJson = (command) =>
+  command.option('--json', 'lines of JSON, as in a pipe, where a terminal gets a table');
+
+// People at a terminal get tables, programs data.
+const wantsData = ({ json }, { stream }) => json === true || !stream.isTTY;
+
+// The options of readMatches() that the arguments say.
+const readingOf = ({ options, key, signal }) => ({
+  ...limitsOf(options),
+  key,
+  signal,
+  concurrency: options.jobs,
+  salvage: options.salvage === true,
+  damageNames: namesOf(options.damageNames),
+});
+
+// The replays that PATHS name; what is wrong with PATHS is told, and sets the status.
+async function listReplays(names, { terminal, signal }, tally) {
+  return replayPaths(
+    names,
+    (error) => {
+      tally.status ||= exitStatus(error);
+      terminal.write(failureText(error));
+    },
+    signal,
+  );
+}
+
+// Reads the replays: onMatch(match, i) for each that can be read, onFailure(path, error, i) for the others, each awaited
+// before the next. A failure is a line on standard error, and sets the status.
+async function eachMatch(replays, context, { tally, onMatch, onFailure = () => {} }) {
+  const { options, terminal, output } = context;
+  const bar = progress(replays.length, terminal, { wanted: options.progress !== false, shared: output.shared });
+  let i = 0;
+  try {
+    for await (const { path, match, error } of readMatches(replays, readingOf(context))) {
+      if (error && endsRun(error)) throw error;
+      if (error) {
+        bar.message(failureText(error));
+        tally.status ||= exitStatus(error);
+        await onFailure(path, error, i);
+      } else await onMatch(match, i);
+      bar.step();
+      i += 1;
+    }
+  } finally {
+    bar.stop();
+  }
+}
+
+// All matches that PATHS name, one after the other; resolves with the exit status.
+async function readAll(names, context, onMatch) {
+  const tally = { status: 0 };
+  const replays = await listReplays(names, context, tally);
+  await eachMatch(replays, context, { tally, onMatch });
+  return tally.status;
+}
+
+module.exports = { eachMatch, readingOf, listReplays, readAll, wantsData, withJson, withReading };

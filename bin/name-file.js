@@ -1,0 +1,43 @@
+'use strict';
+// Files in which users name what replays only number: accounts, damage types.
+
+const fs = require('node:fs');
+const { failureOf, usageFailure } = require('./failures.js');
+
+// A cell of CSV, with or without quotes.
+const CELL = /\s*(?:"((?:[^"]|"")*)"|([^,]*))\s*(?:,|$)/y;
+
+function cells(line) {
+  const found = [];
+  CELL.lastIndex = 0;
+  while (CELL.lastIndex < line.length) {
+    const [, quoted, plain] = CELL.exec(line) ?? [];
+    if (quoted === undefined && plain === undefined) break;
+    found.push(quoted === undefined ? plain.trim() : quoted.replaceAll('""', '"'));
+  }
+  return found;
+}
+
+function parsed(text, file) {
+  try {
+    if (text.trimStart().startsWith('{')) return JSON.parse(text);
+  } catch (error) {
+    throw usageFailure(`${file} is no JSON: ${error.message}`);
+  }
+  const rows = text.split(/\r?\n/).map(cells);
+  return Object.fromEntries(rows.filter(([key, name]) => key && name).map(([key, name]) => [key, name]));
+}
+
+// The names in a file: lines of CSV with a number or account and its name, or a JSON object of them. {} without a file.
+function namesOf(file) {
+  if (file === undefined) return {};
+  try {
+    return parsed(fs.readFileSync(file, 'utf8').replace(/^\ufeff/, ''), file);
+  } catch (error) {
+    throw error.code?.startsWith('ERR_')
+      ? error
+      : failureOf('ERR_UNREADABLE', `the names cannot be read: ${error.message}`);
+  }
+}
+
+module.exports = { namesOf };
