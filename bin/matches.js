@@ -47,7 +47,10 @@ async function listReplays(names, { terminal, signal }, tally) {
 // before the next. A failure is a line on standard error, and sets the status.
 async function eachMatch(replays, context, { tally, onMatch, onFailure = () => {} }) {
   const { options, terminal, output } = context;
-  const bar = progress(replays.length, terminal, { wanted: options.progress !== false, shared: output.shared });
+  const bar = progress(replays.length, terminal, {
+    wanted: options.progress !== false,
+    shared: output.shared,
+  });
   let i = 0;
   try {
     for await (const { path, match, error } of readMatches(replays, readingOf(context))) {

@@ -105,7 +105,9 @@ async function run(context) {
     : replays;
   const { read, failed } = await exportReplays(todo, dataSet, context, tally);
   const unchanged = replays.length - todo.length;
-  terminal.write(`corvane-replay: ${read} read, ${failed} failed, ${unchanged} unchanged, in ${options.out}\n`);
+  terminal.write(
+    `corvane-replay: ${read} read, ${failed} failed, ${unchanged} unchanged, in ${options.out}\n`,
+  );
   return tally.status;
 }
 
@@ -113,11 +115,18 @@ module.exports = {
   order: 80,
   define: (command) =>
     withReading(command)
-      .description('write tables for DuckDB, pandas, Polars, Spark and others: matches, players, eliminations, failures')
+      .description(
+        'write tables for DuckDB, pandas, Polars, Spark and others: matches, players, eliminations, failures',
+      )
       .argument('<path...>', PATHS)
-      .requiredOption('--out <folder>', 'where the tables go; a folder of an earlier export is brought up to date')
+      .requiredOption(
+        '--out <folder>',
+        'where the tables go; a folder of an earlier export is brought up to date',
+      )
       .addOption(
-        new Option('--format <format>', 'of the files').choices(['parquet', 'csv', 'ndjson']).default('parquet'),
+        new Option('--format <format>', 'of the files')
+          .choices(['parquet', 'csv', 'ndjson'])
+          .default('parquet'),
       )
       .option('--update', 'read only what is new or has changed since the last run')
       .option('--shard <i/n>', 'write the i-th of n shares, each in a process of its own', shardOf),

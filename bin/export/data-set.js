@@ -48,7 +48,8 @@ class DataSet {
   // Makes the folder, or takes up what is in it.
   open() {
     return writing(() => {
-      for (const name of [...TABLE_NAMES, '_state']) fs.mkdirSync(path.join(this.#folder, name), { recursive: true });
+      for (const name of [...TABLE_NAMES, '_state'])
+        fs.mkdirSync(path.join(this.#folder, name), { recursive: true });
       if (fs.existsSync(this.#commitFile)) this.#apply(readJson(this.#commitFile));
       this.#removeTemporaries();
       this.#load();
@@ -179,7 +180,10 @@ class DataSet {
       await this.#format.write(this.#temporary(this.#tableFile(part, table)), TABLES[table], rows);
     }
     const counts = (rows) => TABLE_NAMES.map((table) => rows[table].length);
-    this.#writeState(part, replays.map((replay) => ({ ...replay, rows: counts(replay.rows) })));
+    this.#writeState(
+      part,
+      replays.map((replay) => ({ ...replay, rows: counts(replay.rows) })),
+    );
     return part;
   }
 

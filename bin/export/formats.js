@@ -44,7 +44,11 @@ function lineFormat({ extension, headerOf, linesOf }) {
     write: async (file, columns, rows) => writeLines(file, columns, linesOf(columns, rows)),
     async copy(source, target, columns, keep) {
       const lines = fs.readFileSync(source, 'utf8').split('\n').slice(headerOf(columns).length, -1);
-      writeLines(target, columns, lines.filter((_, i) => keep(i)));
+      writeLines(
+        target,
+        columns,
+        lines.filter((_, i) => keep(i)),
+      );
     },
   };
 }
@@ -102,7 +106,9 @@ async function copyParquet(source, target, columns, keep) {
   const file = buffer.slice(byteOffset, byteOffset + byteLength);
   const parsers = { timestampFromMicroseconds: (value) => value };
   const objects = await parquetReadObjects({ file, parsers });
-  const rows = objects.filter((_, i) => keep(i)).map((object) => columns.map(({ name }) => object[name] ?? null));
+  const rows = objects
+    .filter((_, i) => keep(i))
+    .map((object) => columns.map(({ name }) => object[name] ?? null));
   await writeParquet(target, columns, rows);
 }
 

@@ -84,7 +84,13 @@ function matchRow(match) {
     ...[engine?.version, engine?.branch, engine?.changelist, match.state, textOrNull(match.warnings)],
     ...[match.fileBytes, match.players.length, eliminations.length - knocks, knocks, team?.place, team?.of],
     ...[own?.accuracy, own?.eliminations, own?.assists, own?.revives, own?.weaponDamage, own?.otherDamage],
-    ...[own?.damageTaken, own?.damageToStructures, own?.materialsGathered, own?.materialsUsed, own?.traveledM],
+    ...[
+      own?.damageTaken,
+      own?.damageToStructures,
+      own?.materialsGathered,
+      own?.materialsUsed,
+      own?.traveledM,
+    ],
   ].map((cell) => cell ?? null);
 }
 
