@@ -1,6 +1,7 @@
 'use strict';
 // What the commands about matches share: their options, and the reading of all that PATHS name.
 
+const path = require('node:path');
 const { readMatches } = require('../client');
 const { limitsOf, withJobs, withKey, withLimits } = require('./command-options.js');
 const { endsRun, exitStatus, failureText } = require('./failures.js');
@@ -31,16 +32,14 @@ const readingOf = ({ options, key, signal }) => ({
   damageNames: namesOf(options.damageNames),
 });
 
-// The replays that PATHS name; what is wrong with PATHS is told, and sets the status.
+// The replays that PATHS name, each once; what is wrong with PATHS is told, and sets the status.
 async function listReplays(names, { terminal, signal }, tally) {
-  return replayPaths(
-    names,
-    (error) => {
-      tally.status ||= exitStatus(error);
-      terminal.write(failureText(error));
-    },
-    signal,
-  );
+  const onFailure = (error) => {
+    tally.status ||= exitStatus(error);
+    terminal.write(failureText(error));
+  };
+  const found = await replayPaths(names, onFailure, signal);
+  return [...new Map(found.map((file) => [path.resolve(file), file])).values()];
 }
 
 // Reads the replays: onMatch(match, i) for each that can be read, onFailure(path, error, i) for the others, each awaited

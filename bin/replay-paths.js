@@ -69,20 +69,16 @@ async function standardInput(signal) {
   return lines;
 }
 
-// Resolves with the paths of the replays in the order of the arguments, each once. What is wrong with an argument goes to
+// Resolves with the paths of the replays in the order of the arguments. What is wrong with an argument goes to
 // onFailure(error), and the others are looked at.
 async function replayPaths(names, onFailure, signal) {
-  const found = new Map();
+  const found = [];
   for (const name of names) {
-    const listed = name === '-' ? await standardInput(signal) : [name];
-    for (const each of listed) {
-      for (const file of await namedReplays(each, onFailure)) {
-        const key = path.resolve(file);
-        if (!found.has(key)) found.set(key, file);
-      }
+    for (const each of name === '-' ? await standardInput(signal) : [name]) {
+      found.push(...(await namedReplays(each, onFailure)));
     }
   }
-  return [...found.values()];
+  return found;
 }
 
 module.exports = { PATHS, replayPaths };

@@ -1,0 +1,123 @@
+'use strict';
+// corvane-replay stats: figures over many matches, grouped.
+
+const { InvalidArgumentError, Option } = require('commander');
+const { printable, usageFailure } = require('../failures.js');
+const { readAll, wantsData, withJson, withReading } = require('../matches.js');
+const { PATHS } = require('../replay-paths.js');
+
+const SHOWN_ON_TERMINAL = 25;
+
+// Over time these are drawn, too.
+const TRENDS = ['median_place', 'own_eliminations_per_match', 'mean_accuracy'];
+
+function wholeNumber(text) {
+  if (/^\d+$/.test(text)) return Number(text);
+  throw new InvalidArgumentError('It must be a whole number.');
+}
+
+// Reads everything: { figures, rows, sort, isTime, title }, rows as figuresOf() gives them.
+async function grouped(context, tally) {
+  const { GROUPINGS, Groups, figuresOf } = require('../figures.js');
+  const { args, options } = context;
+  if (options.by === 'opponent') return opponents(context, tally);
+  const { add, figures, ...more } = GROUPINGS[options.by];
+  const groups = new Groups();
+  tally.status = await readAll(args[0], context, (match) => add(groups, match));
+  return { figures, rows: figuresOf(groups, figures), ...more };
+}
+
+async function opponents(context, tally) {
+  const { FIGURES, Opponents } = require('../opponents.js');
+  const { args, options, terminal } = context;
+  const found = new Opponents();
+  tally.status = await readAll(args[0], context, (match) => found.add(match));
+  const account = options.player?.toLowerCase() ?? found.mostFrequent;
+  if (options.player === undefined && account !== undefined) {
+    terminal.write(`corvane-replay: of ${account}, who is in most matches; choose another with --player\n`);
+  }
+  return { figures: FIGURES, rows: found.of(account), sort: FIGURES[0].name };
+}
+
+function chosen({ rows, figures, sort, isTime }, options, isData) {
+  const { sortFigures } = require('../figures.js');
+  const name = options.sort ?? sort;
+  if (name !== undefined && !figures.some((figure) => figure.name === name)) {
+    throw usageFailure(
+      `there is no figure ${name}; there are ${figures.map((each) => each.name).join(', ')}`,
+    );
+  }
+  const enough = rows.filter(({ values }) => (values.matches ?? Infinity) >= (options.minMatches ?? 0));
+  const top = options.top ?? (isData || isTime ? Infinity : SHOWN_ON_TERMINAL);
+  return sortFigures(enough, name).slice(0, top);
+}
+
+function trends(rows, figures) {
+  const { sparkline } = require('../units.js');
+  return figures
+    .filter(({ name }) => TRENDS.includes(name))
+    .map(({ name, label, text }) => {
+      const values = rows.map((row) => row.values[name]);
+      const ends = [values[0], values.at(-1)].map(text);
+      return `${label.padEnd(10)} ${sparkline(values)}  ${ends.join(' → ')}\n`;
+    })
+    .join('');
+}
+
+function tableOf(rows, figures, options, names, width) {
+  const { plain } = require('../figures.js');
+  const { textTable } = require('../text-table.js');
+  const shown = figures.filter(({ label }) => label !== undefined);
+  const columns = [
+    { name: options.by.toUpperCase(), shrinks: true },
+    ...shown.map(({ label }) => ({ name: label, right: true })),
+  ];
+  const lines = rows.map(({ key, values }) => [
+    printable(names[key] ?? plain(key)),
+    ...shown.map(({ name, text }) => text(values[name])),
+  ]);
+  return textTable(columns, lines, width);
+}
+
+async function run(context) {
+  const { namesOf } = require('../name-file.js');
+  const { options, output } = context;
+  const names = namesOf(options.names);
+  const tally = { status: 0 };
+  const result = await grouped(context, tally);
+  const isData = wantsData(options, output);
+  const rows = chosen(result, options, isData);
+  if (isData) {
+    for (const { key, values } of rows) {
+      const name = names[key] === undefined ? {} : { name: names[key] };
+      await output.writeJson(JSON.stringify({ [options.by]: key, ...name, ...values }) + '\n');
+    }
+    return tally.status;
+  }
+  await output.write(tableOf(rows, result.figures, options, names, output.stream.columns));
+  if (result.isTime && rows.length > 1) await output.write('\n' + trends(rows, result.figures));
+  return tally.status;
+}
+
+module.exports = {
+  order: 60,
+  define: (command) =>
+    withJson(withReading(command))
+      .description('counts, rates and medians over many matches')
+      .argument('<path...>', PATHS)
+      .addOption(
+        new Option('--by <what>', 'a line for each of these')
+          .choices(['player', 'opponent', 'damage', 'map', 'mode', 'day', 'week'])
+          .default('player'),
+      )
+      .option('--sort <figure>', 'by this figure, downwards; the names are those of --json')
+      .option(
+        '--top <number>',
+        `only as many lines (default: ${SHOWN_ON_TERMINAL} on a terminal)`,
+        wholeNumber,
+      )
+      .option('--min-matches <number>', 'only groups of at least as many matches', wholeNumber)
+      .option('--player <account>', 'whose opponents (default: who is in most matches)')
+      .option('--names <file>', 'names of accounts: CSV lines "ACCOUNT,name", or a JSON object'),
+  run,
+};

@@ -1,0 +1,118 @@
+'use strict';
+// corvane-replay summary: one match at a glance.
+
+const { readMatch } = require('../../client');
+const { printable } = require('../failures.js');
+const { readingOf, wantsData, withJson, withReading } = require('../matches.js');
+
+const TIMELINE_WIDTH = 60;
+const LABEL_WIDTH = 14;
+const MOST_PLAYERS = 5;
+
+const present = (...parts) => parts.filter((part) => part !== null && part !== undefined).join(' · ');
+
+function nameOf(player, names) {
+  if (player.kind === 'account') return printable(names[player.id] ?? player.id);
+  return player.kind === 'bot' ? printable(player.name ?? 'unnamed bot') : 'unknown';
+}
+
+function ownLine({ own, team }, units) {
+  const place = team === null ? null : `place ${units.count(team.place)} of ${units.count(team.of)}`;
+  if (own === null) return present(place, 'no figures of the recording player');
+  return present(
+    place,
+    `${own.eliminations} eliminations, ${own.assists} assists, ${own.revives} revives`,
+    `accuracy ${units.share(own.accuracy)}`,
+    `damage ${own.weaponDamage + own.otherDamage} dealt, ${own.damageTaken} taken`,
+    `travelled ${units.kilometres(own.traveledM)}`,
+  );
+}
+
+// How many of the events fall into each of `width` equal parts of the match.
+function histogram(events, endMs, width) {
+  const counts = Array(width).fill(0);
+  for (const { timeMs } of events) counts[Math.min(width - 1, Math.floor((timeMs / endMs) * width))] += 1;
+  return counts;
+}
+
+function timeline({ eliminations, durationMs }, lineWidth, units) {
+  if (eliminations.length === 0) return [];
+  const endMs = Math.max(durationMs ?? 0, eliminations.at(-1).timeMs) + 1;
+  const width = Math.max(10, Math.min(TIMELINE_WIDTH, lineWidth - LABEL_WIDTH - 1));
+  const lane = (label, kind) => {
+    const counts = histogram(
+      eliminations.filter((event) => event.kind === kind),
+      endMs,
+      width,
+    );
+    const bars = units.sparkline(counts.map((count) => count || null));
+    return label.padEnd(LABEL_WIDTH) + (counts.some(Boolean) ? bars : '').trimEnd();
+  };
+  const end = units.clock(endMs);
+  const axis = ' '.repeat(LABEL_WIDTH) + '0:00' + end.padStart(width - 4);
+  return ['', lane('eliminations', 'elimination'), lane('knock-downs', 'knock'), axis];
+}
+
+function bestPlayers({ players }, names, lineWidth) {
+  const { textTable } = require('../text-table.js');
+  const best = players
+    .filter(({ eliminations }) => eliminations > 0)
+    .sort((a, b) => b.eliminations - a.eliminations || b.knocks - a.knocks)
+    .slice(0, MOST_PLAYERS);
+  const columns = [
+    { name: 'MOST ELIMINATIONS', shrinks: true },
+    ...['ELIMS', 'KNOCKS'].map((name) => ({ name, right: true })),
+  ];
+  const rows = best.map((each) => [
+    nameOf(each.player, names),
+    String(each.eliminations),
+    String(each.knocks),
+  ]);
+  return rows.length === 0 ? [] : ['', textTable(columns, rows, lineWidth).trimEnd()];
+}
+
+function notable({ eliminations }, names, units) {
+  const ends = eliminations.filter(({ kind }) => kind === 'elimination');
+  if (ends.length === 0) return [];
+  const text = ({ attacker, victim, timeMs, distanceM }) =>
+    `${nameOf(attacker, names)} eliminated ${nameOf(victim, names)} over ${units.metres(distanceM)} at ${units.clock(timeMs)}`;
+  const farthest = ends.reduce((a, b) => ((b.distanceM ?? -1) > (a.distanceM ?? -1) ? b : a));
+  return ['', `longest  ${text(farthest)}`, `last     ${text(ends.at(-1))}`];
+}
+
+function report(match, names, lineWidth) {
+  const units = require('../units.js');
+  const { modeOf } = require('../export/tables.js');
+  const mode = modeOf(match);
+  const title = [match.map, mode].map((text) => text && printable(text));
+  const date = match.recordedAt && units.dateTime(match.recordedAt);
+  return [
+    present(...title, date, units.clock(match.durationMs), match.state),
+    ownLine(match, units),
+    ...timeline(match, lineWidth, units),
+    ...bestPlayers(match, names, lineWidth),
+    ...notable(match, names, units),
+    ...match.warnings.map((text) => `\nwarning: ${printable(text)}`),
+  ];
+}
+
+async function run(context) {
+  const { namesOf } = require('../name-file.js');
+  const { args, options, output } = context;
+  const { concurrency, ...reading } = readingOf(context);
+  const names = namesOf(options.names);
+  const match = await readMatch(args[0], reading);
+  if (wantsData(options, output)) await output.writeJson(JSON.stringify(match) + '\n');
+  else await output.write(report(match, names, output.stream.columns ?? 80).join('\n') + '\n');
+  return 0;
+}
+
+module.exports = {
+  order: 50,
+  define: (command) =>
+    withJson(withReading(command))
+      .description('one match at a glance')
+      .argument('<file>', 'replay')
+      .option('--names <file>', 'names of accounts: CSV lines "ACCOUNT,name", or a JSON object'),
+  run,
+};

@@ -1,0 +1,106 @@
+'use strict';
+// What can be asked of a match on the command line, by name: to be shown, sorted by, and compared with.
+
+const { modeOf } = require('./export/tables.js');
+const { printable, usageFailure } = require('./failures.js');
+const { clock, count, dateTime, plain, share, UNKNOWN } = require('./units.js');
+
+const MS_PER_MINUTE = 60_000;
+
+// value: a number, a text, or null; text: for people.
+const COLUMNS = {
+  date: {
+    value: ({ recordedAt }) => (recordedAt === null ? null : dateTime(recordedAt)),
+    text: plain,
+  },
+  map: { value: ({ map }) => map, text: plain, shrinks: true },
+  mode: { value: modeOf, text: plain, shrinks: true },
+  length: {
+    value: ({ durationMs }) => (durationMs === null ? null : durationMs / MS_PER_MINUTE),
+    text: (minutes) => clock(minutes === null ? null : minutes * MS_PER_MINUTE),
+    right: true,
+  },
+  place: {
+    value: ({ team }) => team?.place ?? null,
+    text: (place, { team }) => (team === null ? UNKNOWN : `${count(place)}/${count(team.of)}`),
+    right: true,
+  },
+  eliminations: { value: ({ own }) => own?.eliminations ?? null, text: count, right: true },
+  accuracy: { value: ({ own }) => own?.accuracy ?? null, text: share, right: true },
+  players: { value: ({ players }) => players.length, text: count, right: true },
+  state: { value: ({ state }) => state, text: plain },
+  name: { value: ({ name }) => name, text: plain, shrinks: true },
+  path: { value: ({ path }) => path, text: plain, shrinks: true },
+};
+
+const NAMES = Object.keys(COLUMNS).join(', ');
+
+function columnOf(name) {
+  if (Object.hasOwn(COLUMNS, name)) return COLUMNS[name];
+  throw usageFailure(`there is no column ${name}; there are ${NAMES}`);
+}
+
+const cellText = (name, match) => {
+  const { value, text } = COLUMNS[name];
+  return printable(text(value(match), match));
+};
+
+// Nulls come last, whichever way.
+function compare(a, b) {
+  if (a === null || b === null) return Number(a === null) - Number(b === null);
+  return a < b ? -1 : Number(a > b);
+}
+
+// "place" sorts upwards, "-place" downwards. Returns a function for Array.prototype.sort.
+function sorter(text) {
+  const isDown = text.startsWith('-');
+  const { value } = columnOf(isDown ? text.slice(1) : text);
+  return (a, b) => {
+    const [first, second] = [value(a), value(b)];
+    const order = compare(first, second);
+    return isDown && first !== null && second !== null ? -order : order;
+  };
+}
+
+// "12:30" is 12.5; NaN for what is no number.
+function numberOf(text) {
+  const [, minutes, seconds] = /^(\d+):(\d\d)$/.exec(text) ?? [];
+  if (minutes !== undefined) return Number(minutes) + Number(seconds) / 60;
+  const value = Number(text.replace(/%$/, ''));
+  return text.endsWith('%') ? value / 100 : value;
+}
+
+const OPERATORS = {
+  '=': (order) => order === 0,
+  '!=': (order) => order !== 0,
+  '<': (order) => order < 0,
+  '<=': (order) => order <= 0,
+  '>': (order) => order > 0,
+  '>=': (order) => order >= 0,
+};
+
+// "date=2021-02" is true of each day of that month.
+const orderOfTexts = (value, wanted, name) => {
+  const [a, b] = [value.toLowerCase(), wanted.toLowerCase()];
+  return compare(name === 'date' ? a.slice(0, b.length) : a, b);
+};
+
+// A condition like "place<=3", "map=Saltmarsh" or "path~final" ("~": holds this text). Returns (match) => whether it
+// holds; what is not known meets none but "!=".
+function condition(text) {
+  const [, name, operator, wanted] = /^\s*(\w+)\s*(<=|>=|!=|=|<|>|~)\s*(.*?)\s*$/.exec(text) ?? [];
+  if (name === undefined) throw usageFailure(`"${text}" is no condition like "place<=3"`);
+  const { value, right: isNumber } = columnOf(name);
+  if (isNumber && operator !== '~' && Number.isNaN(numberOf(wanted))) {
+    throw usageFailure(`"${wanted}" in "${text}" is no number`);
+  }
+  return (match) => {
+    const found = value(match);
+    if (found === null) return operator === '!=';
+    if (operator === '~') return String(found).toLowerCase().includes(wanted.toLowerCase());
+    const order = isNumber ? compare(found, numberOf(wanted)) : orderOfTexts(found, wanted, name);
+    return OPERATORS[operator](order);
+  };
+}
+
+module.exports = { COLUMNS, NAMES, cellText, compare, condition, sorter };
