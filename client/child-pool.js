@@ -5,8 +5,6 @@
 const { ChildProcess } = require('./child-process.js');
 const { ReplayError } = require('./replay-error.js');
 
-const IDLE_MS = 10_000;
-
 const closed = (path) => new ReplayError('ERR_ABORTED', 'the client is closed', path);
 
 const lateFailure = ({ timeout, path }) => new ReplayError('ERR_TIMEOUT', `more than ${timeout} ms`, path);
@@ -14,6 +12,7 @@ const lateFailure = ({ timeout, path }) => new ReplayError('ERR_TIMEOUT', `more 
 class ChildPool {
   #size;
   #execPath;
+  #idleMs;
   #waiting = new Set(); // jobs in the order of their coming
   #jobs = new Map(); // child -> the job it works on, or null
   #dying = new Set(); // children that were told to end
@@ -21,10 +20,11 @@ class ChildPool {
   #idleTimer;
   #isClosed = false;
 
-  // size: how many children there are at most.
-  constructor(size, execPath) {
+  // size: how many children there are at most. idleMs: for how long they wait for more to read.
+  constructor(size, execPath, idleMs = 10_000) {
     this.#size = size;
     this.#execPath = execPath;
+    this.#idleMs = idleMs;
   }
 
   // Resolves with what finish(answer) makes of a child's answer to the request. path: the file's name in errors. timeout:
@@ -58,7 +58,7 @@ class ChildPool {
       this.#waiting.delete(job);
       this.#start(job, child);
     }
-    this.#idleTimer = setTimeout(() => this.#endIdle(), IDLE_MS).unref();
+    this.#idleTimer = setTimeout(() => this.#endIdle(), this.#idleMs).unref();
   }
 
   #heed(signal, job) {

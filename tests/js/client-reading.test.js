@@ -66,6 +66,9 @@ test('a key opens a replay that has none, in any kind of buffer; a replay that h
   for (const given of [key, Uint8Array.from(key), Uint8Array.from(key).buffer, inside]) {
     assert.equal((await readReplay(file, { key: given })).events[0].finalRanking, 3);
   }
+  const longKey = Buffer.alloc(24, 9);
+  const long = write('long.replay', encrypted(Buffer.alloc(16), w.encrypt(w.teamStats(4, 100), longKey)));
+  assert.equal((await readReplay(long, { key: longKey })).events[0].finalRanking, 4);
   const keyed = write('keyed.replay', encrypted(key, encryptedTeam));
   assert.equal((await readReplay(keyed, { key: Buffer.alloc(32, 7) })).events[0].finalRanking, 3);
 });
@@ -137,6 +140,10 @@ test('wrong arguments are rejected, each by name', async () => {
     [readReplay(file, { signal: { aborted: false } }), 'signal'],
     [readReplay(file, { timeout: 0 }), 'timeout'],
     [readReplay(file, { timeout: Infinity }), 'timeout'],
+    [readReplay(file, { timout: 500 }), 'no option timout; there are .*timeout'],
+    [readReplay(file, { concurrency: 2 }), 'no option concurrency'],
+    [readReplay(file, { maxDocumentBytes: 0 }), 'maxDocumentBytes'],
+    [readReplay(file, { maxDocumentBytes: 2 ** 31 }), 'maxDocumentBytes'],
     [readReplays(file).next(), 'paths'],
     [readReplays([file], null).next(), 'options'],
     [readReplays([file], { concurrency: 0 }).next(), 'concurrency'],
@@ -146,9 +153,19 @@ test('wrong arguments are rejected, each by name', async () => {
     assert.equal(error.code, 'ERR_INVALID_ARGUMENT', error.stack);
     assert.match(error.reason, new RegExp(what));
   }
-  for (const options of [null, { concurrency: 65 }, { execPath: '' }]) {
+  for (const options of [null, { concurrency: 65 }, { execPath: '' }, { key }]) {
     assert.throws(() => new ReplayClient(options), { code: 'ERR_INVALID_ARGUMENT' });
   }
+});
+
+test('an error says what to do, in plain words, and keeps its code on its way to JSON', async () => {
+  const error = await failure(readReplay(write('told.replay', keyless)));
+  const told = JSON.parse(JSON.stringify(error));
+  assert.deepEqual(Object.keys(told), ['name', 'code', 'message', 'reason', 'hint', 'path']);
+  assert.deepEqual([told.name, told.code, told.path], ['ReplayError', 'ERR_KEY_REQUIRED', error.path]);
+  assert.equal(told.message, `${error.path}: the replay is encrypted and carries no key`);
+  assert.match(told.hint, /options\.key.*--key-file/);
+  assert.match(told.reason, /encryption key was not set/);
 });
 
 test('the internal export is not enumerated, and refuses other arguments', () => {

@@ -27,10 +27,19 @@ const READS = {
     fs.renameSync(`${file}.writing`, `${file}.pid`);
     for (;;) sleep(1000);
   },
+  // Says more than a reason has room for.
   exit(file, status) {
-    fs.writeSync(2, 'the reason of the end\n');
+    fs.writeSync(2, `${'x'.repeat(50_000)}\nthe reason of the end\n`);
     process.exit(Number(status));
   },
+  // "meet.a.b" returns when "meet.b.a" has begun.
+  meet(file, own) {
+    const [, , other] = path.basename(file).split('.');
+    fs.writeFileSync(file, '');
+    while (!fs.existsSync(path.join(path.dirname(file), `meet.${other}.${own}`))) sleep(5);
+    return document();
+  },
+  host: () => document({ execArgv: process.execArgv, env: process.env }),
   // What the file holds: a document, or "CODE reason".
   content(file) {
     const content = fs.readFileSync(file, 'utf8');
