@@ -1,6 +1,7 @@
 'use strict';
 // node addon-bench.js ADDON EMPTY-ADDON FOLDER RESULT: measures the add-on in this Node.js, with replays in FOLDER that
-// stay there for the next run. Writes a JSON file { reading, eliminations, memory, loading, idle }.
+// stay there for the next run. Writes a JSON file { warm, beyondAscii, smallest, client, reading, eliminations, memory,
+// loading, idle }.
 
 const { spawn } = require('node:child_process');
 const { once } = require('node:events');
@@ -35,24 +36,64 @@ async function measure(name, task) {
 }
 
 function replay(row) {
-  const name = [row.bytes, row.chunks, row.events, row.encrypted ? 'encrypted' : 'plain'].join('-');
-  const file = path.join(folder, `${name}.replay`);
+  const { bytes, chunks, events, encrypted, name, of } = row;
+  const parts = [bytes, chunks, of ?? events, encrypted ? 'encrypted' : 'plain', name && 'beyond-ascii'];
+  const file = path.join(folder, `${parts.filter(Boolean).join('-')}.replay`);
   writeReplay(file, row);
   return file;
 }
 
-async function timeRow(row) {
+async function timeRow(name, row) {
   const task = { file: replay(row), readers: BOTH, seconds: 1 };
   // A gigabyte does not fit into every host's memory; the add-on does not mind.
   const [addonMs, readerMs] =
-    (await measure('timeReads', task)) ?? (await measure('timeReads', { ...task, readers: ['addon'] }));
+    (await measure(name, task)) ?? (await measure(name, { ...task, readers: ['addon'] }));
   return { ...row, addonMs, readerMs };
 }
 
-async function timeRows(rows) {
+async function timeRows(name, rows) {
   const timed = [];
-  for (const row of rows) timed.push(await timeRow(row));
+  for (const row of rows) timed.push(await timeRow(name, row));
   return timed;
+}
+
+const plainAndEncrypted = (rows) =>
+  rows.flatMap((row) => [false, true].map((encrypted) => ({ ...row, encrypted })));
+
+const MANY_EVENTS = [200, 10_000, 100_000].map((events) => ({ bytes: MB, chunks: 20, events }));
+const MANY_CHUNKS = [20, 200, 2000].map((chunks) => ({ bytes: 100 * MB, chunks, events: 200 }));
+
+const warm = () => timeRows('timeWarmReads', plainAndEncrypted([...MANY_EVENTS, ...MANY_CHUNKS]));
+
+const beyondAscii = () =>
+  timeRows(
+    'timeWarmReads',
+    [undefined, 'Finale Ö'].map((name) => ({ bytes: MB, chunks: 20, events: 10_000, name })),
+  );
+
+// What files of nothing but the smallest events add to the host's peak.
+async function smallest() {
+  const rows = [];
+  for (const of of ['elimination', 'statistics', 'unknown']) {
+    const file = replay({ bytes: 8 << 20, chunks: 1, of });
+    const [[kiB, textBytes]] = await medians(3, 'peakMemory', [{ file, reader: 'addon' }]);
+    rows.push({ of, kiB, textBytes });
+  }
+  return rows;
+}
+
+// The client over a season of replays, which lie sparse on the disk.
+async function client() {
+  const season = path.join(folder, 'season');
+  fs.mkdirSync(season, { recursive: true });
+  const count = 6000;
+  for (let i = 0; i < count; ++i) {
+    const row = { bytes: 0.3 * MB + (2.7 * MB * i) / count, chunks: 20, events: 200, isSparse: true };
+    writeReplay(path.join(season, `${i}.replay`), row);
+  }
+  const task = { folder: season, client: path.join(__dirname, '..', 'client') };
+  const [clientMs, readerMs] = (await measure('timeFolder', task)) ?? [];
+  return { count, clientMs, readerMs };
 }
 
 const SIZES = [
@@ -66,25 +107,25 @@ const SIZES = [
 
 const reading = () =>
   timeRows(
-    SIZES.flatMap(([bytes, chunks]) =>
-      [false, true].map((encrypted) => ({ bytes, chunks, events: 200, encrypted })),
-    ),
+    'timeCollectedReads',
+    plainAndEncrypted(SIZES.map(([bytes, chunks]) => ({ bytes, chunks, events: 200 }))),
   );
 
 const eliminations = () =>
   timeRows(
-    [1000, 10_000, 100_000].flatMap((events) =>
-      [false, true].map((encrypted) => ({ bytes: MB, chunks: 20, events, encrypted })),
-    ),
+    'timeCollectedReads',
+    plainAndEncrypted([1000, 10_000, 100_000].map((events) => ({ bytes: MB, chunks: 20, events }))),
   );
 
-// Runs of each task in turn; the median of what of() makes of a run's result.
-async function medians(runs, name, taskList, of = (result) => result) {
+// Runs of each task in turn; of the results, which are lists, the medians of each place.
+async function medians(runs, name, taskList) {
   const results = taskList.map(() => []);
   for (let i = 0; i < runs; ++i) {
-    for (const [j, task] of taskList.entries()) results[j].push(of((await measure(name, task)) ?? NaN));
+    for (const [j, task] of taskList.entries()) results[j].push((await measure(name, task)) ?? []);
   }
-  return results.map(median);
+  return results.map((list) =>
+    (list[0] ?? []).map((_, place) => median(list.map((result) => result[place]))),
+  );
 }
 
 async function memory() {
@@ -97,7 +138,7 @@ async function memory() {
   ]) {
     const row = { bytes, chunks, events: 200, encrypted: true };
     const file = replay(row);
-    const [addonKiB, readerKiB] = await medians(
+    const [[addonKiB], [readerKiB]] = await medians(
       3,
       'peakMemory',
       BOTH.map((reader) => ({ file, reader })),
@@ -113,16 +154,9 @@ async function loading() {
     { call: 'ReadCorvaneDemo', file },
     { addon: emptyAddon, call: 'nothing', file },
   ];
-  const results = [[], []];
-  for (let i = 0; i < 11; ++i) {
-    for (const [j, task] of list.entries()) results[j].push(await measure('timeLoad', task));
-  }
-  const part = (of) => results.map((runs) => median(runs.map(of)));
-  return {
-    require: part(([load]) => load),
-    firstCall: part(([, call]) => call),
-    both: part(([load, call]) => load + call),
-  };
+  const results = await medians(11, 'timeLoad', list);
+  const [require, firstCall, both] = [0, 1, 2].map((place) => results.map((result) => result[place]));
+  return { require, firstCall, both };
 }
 
 // The demo folder: on Windows the user's own, which must not be there yet.
@@ -148,7 +182,7 @@ async function idle() {
 async function main() {
   fs.mkdirSync(folder, { recursive: true });
   const results = { node: `Node.js ${process.version}, ${process.platform} ${process.arch}` };
-  for (const group of [loading, idle, eliminations, reading, memory]) {
+  for (const group of [loading, idle, warm, beyondAscii, smallest, memory, client, eliminations, reading]) {
     console.error(`  ${group.name}`);
     results[group.name] = await group();
     fs.writeFileSync(resultFile, JSON.stringify(results, null, 1));

@@ -13,10 +13,10 @@
 #include <benchmark/benchmark.h>
 
 #include "util/aes.h"
-#include "util/aes/aes-paths.h"
 
 namespace {
 
+using orvel::util::data::AesKey;
 using orvel::util::data::AesPath;
 
 constexpr std::array<std::int64_t, 7> kSizes{64, 256, 1024, 4096, 16384, 131072, 1048576};
@@ -55,9 +55,9 @@ class OpenSsl {
 };
 
 bool Decrypt(AesPath path, Text& text) {
-    return orvel::util::data::AesDecryptOn(path, text.cipher.data(), text.cipher.size(), text.key.data(),
-                                           text.key.size(), text.plain.data(), text.plain.size(),
-                                           nullptr) == 0;
+    const AesKey key(text.key.data(), text.key.size(), path);
+    return AesDecrypt(text.cipher.data(), text.cipher.size(), key, text.plain.data(), text.plain.size(),
+                      nullptr) == 0;
 }
 
 // Times decrypt(text) after a look at whether its result is OpenSSL's.

@@ -4,6 +4,7 @@
 
 const assert = require('node:assert/strict');
 const fs = require('node:fs');
+const path = require('node:path');
 const { setTimeout: sleep } = require('node:timers/promises');
 
 const median = (list) => [...list].sort((a, b) => a - b)[Math.floor(list.length / 2)];
@@ -25,25 +26,45 @@ function clock() {
   return (user + system) / 1000;
 }
 
-// Milliseconds for one read by each of the readers, which take turns.
-function timeReads({ addon, file, readers, seconds }) {
-  const functions = readers.map((name) => read[name](addon));
-  const texts = functions.map((readFile) => readFile(file));
+// Functions that read the file, whose documents are the same.
+function readersOf({ addon, file, readers }) {
+  const functions = readers.map((name) => () => read[name](addon)(file));
+  const texts = functions.map((readFile) => readFile());
   if (texts.length > 1) checkEqual(...texts);
-  const times = readers.map(() => []);
+  return functions;
+}
+
+// Milliseconds for one read by each of the readers, which take turns.
+function timeInTurns(functions, seconds, timed) {
+  const times = functions.map(() => []);
   const end = performance.now() + seconds * 1000;
-  while (performance.now() < end || times[0].length < 5) {
-    functions.forEach((readFile, i) => {
-      // Nobody pays for what the other leaves behind: the second collection waits until the first one's buffers, which
-      // are given back on another thread, are gone.
-      global.gc();
-      global.gc();
-      const start = clock();
-      readFile(file);
-      times[i].push(clock() - start);
-    });
-  }
+  while (performance.now() < end || times[0].length < 5)
+    functions.forEach((readFile, i) => times[i].push(timed(readFile)));
   return times.map(median);
+}
+
+// As an application that reads many replays has it: everything is compiled, and garbage is collected when V8 thinks fit.
+function timeWarmReads(task) {
+  const functions = readersOf(task);
+  const timed = (readFile) => {
+    const start = performance.now();
+    readFile();
+    return performance.now() - start;
+  };
+  timeInTurns(functions, task.seconds / 2, timed);
+  return timeInTurns(functions, task.seconds, timed);
+}
+
+// Nobody pays for what the other leaves behind: the second collection waits until the first one's buffers, which are given
+// back on another thread, are gone.
+function timeCollectedReads(task) {
+  return timeInTurns(readersOf(task), task.seconds, (readFile) => {
+    global.gc();
+    global.gc();
+    const start = clock();
+    readFile();
+    return clock() - start;
+  });
 }
 
 // Linux keeps a process's peak, and can be told to forget it; elsewhere the peak since the start has to do.
@@ -56,22 +77,41 @@ function forgetPeak() {
   if (process.platform === 'linux') fs.writeFileSync('/proc/self/clear_refs', '5');
 }
 
-// KiB that the first read adds to the peak of the host, which has loaded everything.
+// What the first read adds to the peak of the host, which has loaded everything, in KiB; the length of the text.
 function peakMemory({ addon, file, reader }) {
   const readFile = read[reader](addon);
   forgetPeak();
   const before = peakKiB();
-  readFile(file);
-  return peakKiB() - before;
+  const { length } = readFile(file);
+  return [peakKiB() - before, length];
 }
 
-// Milliseconds: for require, for the first call.
+// Milliseconds for many replays: by the client with all cores, by the JavaScript reader in this process.
+async function timeFolder({ addon, folder, client }) {
+  process.env.CORVANE_ADDON = addon;
+  const { ReplayClient } = require(client);
+  const files = fs.readdirSync(folder).map((name) => path.join(folder, name));
+  const reading = new ReplayClient();
+  const readAll = async (list) => {
+    for await (const result of reading.readReplayTexts(list)) if (result.error) throw result.error;
+  };
+  await readAll(files.slice(0, 100));
+  const start = performance.now();
+  await readAll(files);
+  const middle = performance.now();
+  files.forEach(read.reader());
+  await reading.close?.();
+  return [middle - start, performance.now() - middle];
+}
+
+// Milliseconds: for require, for the first call, for both.
 function timeLoad({ addon, call, file }) {
   const start = performance.now();
   const loaded = require(addon);
   const end = performance.now();
   loaded[call](file);
-  return [end - start, performance.now() - end];
+  const now = performance.now();
+  return [end - start, now - end, now - start];
 }
 
 // Per cent of a core that the process uses, with or without a watcher.
@@ -90,7 +130,7 @@ async function idleLoad({ addon, watch, seconds, samples }) {
 }
 
 async function main() {
-  const tasks = { timeReads, peakMemory, timeLoad, idleLoad };
+  const tasks = { timeWarmReads, timeCollectedReads, peakMemory, timeFolder, timeLoad, idleLoad };
   const taskFile = process.argv[2];
   const task = JSON.parse(fs.readFileSync(taskFile, 'utf8'));
   fs.writeFileSync(taskFile, JSON.stringify({ result: await tasks[task.name](task) }));

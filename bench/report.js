@@ -117,6 +117,59 @@ const HOSTS = ['addon-linux.json', 'addon-windows.json'].map(load);
 const eachHost = (make) => HOSTS.map((host) => `${host.node}:\n\n${make(host)}`).join('\n\n');
 const plainOrEncrypted = ({ encrypted }) => (encrypted ? 'encrypted' : 'plain');
 
+function warm() {
+  const head = ['', 'events', 'chunks', '', 'add-on, ms', 'JavaScript, ms', 'JavaScript / add-on'];
+  return eachHost(({ warm }) =>
+    table(
+      head,
+      warm.map((row) => [
+        decimal(row.bytes),
+        row.events,
+        row.chunks,
+        plainOrEncrypted(row),
+        ms(row.addonMs),
+        ms(row.readerMs),
+        fixed(1)(row.readerMs / row.addonMs),
+      ]),
+    ),
+  );
+}
+
+function beyondAscii() {
+  const rows = HOSTS.map(({ node, beyondAscii: [ascii, beyond] }) => [
+    node,
+    ms(ascii.addonMs),
+    ms(beyond.addonMs),
+    ratio(beyond.addonMs / ascii.addonMs),
+  ]);
+  return table(['10,000 eliminations', 'ASCII, ms', 'one character beyond it, ms', 'beyond / ASCII'], rows);
+}
+
+function smallest() {
+  const head = ['8 MiB of', 'text, KiB', 'added peak, KiB', '3 times the text and 4 MiB, KiB'];
+  return eachHost(({ smallest }) =>
+    table(
+      head,
+      smallest.map(({ of, kiB, textBytes }) => {
+        const text = textBytes / 1024;
+        return [of, text.toFixed(0), kiB, (3 * text + 4096).toFixed(0)];
+      }),
+    ),
+  );
+}
+
+function client() {
+  const rows = HOSTS.map(({ node, client: { count, clientMs, readerMs } }) => [
+    node,
+    ...[clientMs, readerMs].map((time) => fixed(0)((1000 * count) / time)),
+    ratio(readerMs / clientMs),
+  ]);
+  return table(
+    ['replays a second', 'the client, all cores', 'JavaScript, one core', 'client / JavaScript'],
+    rows,
+  );
+}
+
 function reading() {
   const head = ['', 'chunks', 'events', 'add-on, ms', 'JavaScript, ms', 'JavaScript / add-on'];
   return eachHost(({ reading }) =>
@@ -192,6 +245,10 @@ function machine() {
 let text = fs.readFileSync(document, 'utf8');
 for (const make of [
   machine,
+  warm,
+  beyondAscii,
+  smallest,
+  client,
   reading,
   eliminations,
   memory,
