@@ -4,13 +4,10 @@
 #include <algorithm>
 #include <array>
 
-#include "util/aes/aes-decryption-key.h"
-#include "util/aes/aes-paths.h"
-
 namespace orvel::util::data {
 namespace {
 
-const AesImplementation& Implementation(AesPath path) {
+const AesImplementation& ImplementationOf(AesPath path) {
     const bool useNi = path == AesPath::AesNi || (path == AesPath::Automatic && AesNiAvailable());
     return useNi ? kAesNiImplementation : kAesTableImplementation;
 }
@@ -33,11 +30,17 @@ int WriteWithoutPadding(const std::array<std::uint8_t, kAesBlockBytes>& block, s
 
 }  // namespace
 
-int AesDecryptOn(AesPath path, const std::uint8_t* input, std::size_t inputLength, const std::uint8_t* key,
-                 std::size_t keyLength, std::uint8_t* output, std::size_t outputCapacity,
-                 std::uint32_t* paddingLength) {
+AesKey::AesKey(const std::uint8_t* key, std::size_t keyLength, AesPath path)
+    : m_implementation(ImplementationOf(path)) {
+    if (AesDecryptionKey::IsKeyLength(keyLength))
+        m_expanded.emplace(key, keyLength, m_implementation.invMixColumns);
+}
+
+int AesDecrypt(const std::uint8_t* input, std::size_t inputLength, const AesKey& key, std::uint8_t* output,
+               std::size_t outputCapacity, std::uint32_t* paddingLength) {
     if (inputLength % kAesBlockBytes != 0) return kAesBadInputLength;
-    if (!AesDecryptionKey::IsKeyLength(keyLength)) return kAesBadKeyLength;
+    const AesDecryptionKey* const expanded = key.Expanded();
+    if (expanded == nullptr) return kAesBadKeyLength;
     if (inputLength == 0) {
         if (paddingLength != nullptr) *paddingLength = 0;
         return kAesSuccess;
@@ -45,23 +48,21 @@ int AesDecryptOn(AesPath path, const std::uint8_t* input, std::size_t inputLengt
     const std::size_t lastBlock = inputLength - kAesBlockBytes;
     if (outputCapacity < (paddingLength != nullptr ? lastBlock : inputLength)) return kAesOutputTooSmall;
 
-    const AesImplementation& aes = Implementation(path);
-    const AesDecryptionKey expandedKey(key, keyLength, aes.invMixColumns);
+    const auto decryptBlocks = key.Implementation().decryptBlocks;
     if (paddingLength == nullptr) {
-        aes.decryptBlocks(expandedKey, input, inputLength / kAesBlockBytes, output);
+        decryptBlocks(*expanded, input, inputLength / kAesBlockBytes, output);
         return kAesSuccess;
     }
-    aes.decryptBlocks(expandedKey, input, lastBlock / kAesBlockBytes, output);
+    decryptBlocks(*expanded, input, lastBlock / kAesBlockBytes, output);
     std::array<std::uint8_t, kAesBlockBytes> scratch;
-    aes.decryptBlocks(expandedKey, input + lastBlock, 1, scratch.data());
+    decryptBlocks(*expanded, input + lastBlock, 1, scratch.data());
     return WriteWithoutPadding(scratch, output + lastBlock, outputCapacity - lastBlock, paddingLength);
 }
 
 int AesDecrypt(const std::uint8_t* input, std::size_t inputLength, const std::uint8_t* key,
                std::size_t keyLength, std::uint8_t* output, std::size_t outputCapacity,
                std::uint32_t* paddingLength) {
-    return AesDecryptOn(AesPath::Automatic, input, inputLength, key, keyLength, output, outputCapacity,
-                        paddingLength);
+    return AesDecrypt(input, inputLength, AesKey(key, keyLength), output, outputCapacity, paddingLength);
 }
 
 }  // namespace orvel::util::data

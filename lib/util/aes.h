@@ -3,6 +3,10 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <optional>
+
+#include "util/aes/aes-decryption-key.h"
+#include "util/aes/aes-paths.h"
 
 namespace orvel::util::data {
 
@@ -15,8 +19,23 @@ enum AesResult : int {
     kAesInvalidPadding = 4,
 };
 
-// Decrypts inputLength bytes, every 16-byte block on its own, with a key of keyLength bytes (AES-128, -192 or
-// -256). Returns an AesResult; all lengths are in bytes.
+// A key that is set up once for any number of calls. Its memory is wiped when the object ends.
+class AesKey {
+  public:
+    // key: keyLength bytes, which are not needed afterwards. Unless there are 16, 24 or 32 of them (AES-128,
+    // -192, -256), AesDecrypt refuses the key.
+    AesKey(const std::uint8_t* key, std::size_t keyLength, AesPath path = AesPath::Automatic);
+
+    // Null if the length is wrong.
+    const AesDecryptionKey* Expanded() const { return m_expanded ? &*m_expanded : nullptr; }
+    const AesImplementation& Implementation() const { return m_implementation; }
+
+  private:
+    const AesImplementation& m_implementation;
+    std::optional<AesDecryptionKey> m_expanded;
+};
+
+// Decrypts inputLength bytes, every 16-byte block on its own. Returns an AesResult; all lengths are in bytes.
 //
 // Without paddingLength (null) the output gets inputLength bytes, padding included. With it, the value of the
 // last plaintext byte is stored there as soon as that is known, and so many bytes less are written; a value
@@ -30,6 +49,10 @@ enum AesResult : int {
 //
 // Any thread. Not meant for secrets that others on the machine may not time: on a processor without AES
 // instructions the time depends on the data.
+int AesDecrypt(const std::uint8_t* input, std::size_t inputLength, const AesKey& key, std::uint8_t* output,
+               std::size_t outputCapacity, std::uint32_t* paddingLength);
+
+// The same with a key of keyLength bytes that is set up for this call.
 int AesDecrypt(const std::uint8_t* input, std::size_t inputLength, const std::uint8_t* key,
                std::size_t keyLength, std::uint8_t* output, std::size_t outputCapacity,
                std::uint32_t* paddingLength);

@@ -4,37 +4,46 @@
 #include <algorithm>
 #include <array>
 #include <span>
+#include <string_view>
 #include <utility>
+
+#include "util/byte-order.h"
 
 namespace CppUtilities {
 namespace {
 
+using orvel::util::LoadBigEndian;
+using orvel::util::LoadLittleEndian;
 using orvel::util::WithFailureText;
 
 // Up to here a length is believed without asking the stream for its size, which costs more than the memory.
 constexpr std::uint64_t kBelievedBytes = 4096;
 
-template <typename Word>
-Word FromBytes(std::span<const char, sizeof(Word)> bytes, bool bigEndian) {
-    Word word = 0;
-    for (std::size_t i = 0; i < sizeof(Word); ++i) {
-        const std::size_t from = bigEndian ? i : sizeof(Word) - 1 - i;
-        word = static_cast<Word>(word << 8 | static_cast<unsigned char>(bytes[from]));
-    }
-    return word;
-}
-
 }  // namespace
 
 BinaryReader::BinaryReader(std::istream* stream, Endianess endianess, bool giveOwnership)
-    : m_stream(*stream), m_owned(giveOwnership ? stream : nullptr), m_bigEndian(endianess != LittleEndian) {}
+    : m_stream(*stream),
+      m_window(dynamic_cast<orvel::util::WindowBuf*>(stream->rdbuf())),
+      m_owned(giveOwnership ? stream : nullptr),
+      m_bigEndian(endianess != LittleEndian) {}
+
+const char* BinaryReader::takeHeld(std::size_t length) {
+    if (window() == nullptr || m_window->Held().size() < length) return nullptr;
+    const char* const bytes = m_window->Held().data();
+    m_window->Take(length);
+    return bytes;
+}
 
 template <typename Word>
 bool BinaryReader::readWord(Word& value, bool bigEndian) {
-    std::array<char, sizeof(Word)> bytes;
-    read(bytes.data(), bytes.size());
-    if (fail()) return false;
-    value = FromBytes<Word>(bytes, bigEndian);
+    std::array<char, sizeof(Word)> block;
+    const char* bytes = takeHeld(block.size());
+    if (bytes == nullptr) {
+        read(block.data(), block.size());
+        if (fail()) return false;
+        bytes = block.data();
+    }
+    value = bigEndian ? LoadBigEndian<Word>(bytes) : LoadLittleEndian<Word>(bytes);
     return true;
 }
 
@@ -60,6 +69,10 @@ std::int32_t BinaryReader::readInt32BE() {
 }
 
 void BinaryReader::read(char* buffer, std::streamsize length) {
+    if (const char* const bytes = takeHeld(static_cast<std::size_t>(length))) {
+        std::copy_n(bytes, length, buffer);
+        return;
+    }
     WithFailureText(m_stream, [&] { m_stream.read(buffer, length); });
 }
 
@@ -74,6 +87,14 @@ void BinaryReader::read(std::string& text) {
 }
 
 std::string BinaryReader::readTerminatedString(char terminator) {
+    if (window() != nullptr) {
+        const std::string_view held = m_window->Held();
+        const std::size_t length = held.find(terminator);
+        if (length != held.npos) {
+            m_window->Take(length + 1);
+            return std::string(held.substr(0, length));
+        }
+    }
     std::string text;
     WithFailureText(m_stream, [&] {
         std::array<char, kBelievedBytes + 1> block;  // one for the zero that get() adds
@@ -107,8 +128,13 @@ std::optional<std::size_t> BinaryReader::distanceTo(char byte) {
     std::size_t count = 0;
     bool found = false;
     do {
-        // Past the stream's own state: the end of the data is no failure here.
-        count = static_cast<std::size_t>(m_stream.rdbuf()->sgetn(block.data(), std::ssize(block)));
+        // Past the stream's own state: the end of the data is no failure here, but a device that fails is.
+        try {
+            count = static_cast<std::size_t>(m_stream.rdbuf()->sgetn(block.data(), std::ssize(block)));
+        } catch (const std::ios_base::failure&) {
+            m_stream.setstate(std::ios_base::badbit);
+            return std::nullopt;
+        }
         const auto end = block.begin() + static_cast<std::ptrdiff_t>(count);
         const auto at = std::find(block.begin(), end, byte);
         found = at != end;
@@ -132,8 +158,7 @@ std::wstring BinaryReader::readWString(std::uint32_t count) {
         const std::size_t units = std::min<std::size_t>(rest.size(), block.size() / kUnitBytes);
         read(block.data(), static_cast<std::streamsize>(units * kUnitBytes));
         for (std::size_t i = 0; i < units; ++i) {
-            const std::span<const char, kUnitBytes> unit(block.data() + i * kUnitBytes, kUnitBytes);
-            rest[i] = static_cast<wchar_t>(FromBytes<std::uint16_t>(unit, false));
+            rest[i] = static_cast<wchar_t>(LoadLittleEndian<std::uint16_t>(&block[i * kUnitBytes]));
         }
         rest = rest.subspan(units);
     }
@@ -146,10 +171,15 @@ void BinaryReader::skip(std::uint64_t length) {
 }
 
 std::int64_t BinaryReader::tellg() {
+    if (window() != nullptr) return m_window->Position();
     return WithFailureText(m_stream, [&] { return std::int64_t{std::streamoff{m_stream.tellg()}}; });
 }
 
 void BinaryReader::seekg(std::int64_t position) {
+    if (window() != nullptr && position >= 0) {
+        m_window->pubseekpos(std::streampos{std::streamoff{position}});
+        return;
+    }
     WithFailureText(m_stream, [&] { m_stream.seekg(std::streampos{std::streamoff{position}}); });
 }
 

@@ -10,6 +10,7 @@
 #include <vector>
 
 #include "util/stream-failure.h"
+#include "util/window-buf.h"
 
 namespace CppUtilities {
 
@@ -28,7 +29,8 @@ concept ByteValue = std::same_as<T, char> || std::same_as<T, std::uint8_t>;
 // much, and for a string of more than a page only once its end is found. One thread at a time.
 class BinaryReader {
   public:
-    // stream: not null; it must outlive the reader, or is deleted with it if giveOwnership is true.
+    // stream: not null; it must outlive the reader, or is deleted with it if giveOwnership is true. It keeps
+    // its buffer.
     BinaryReader(std::istream* stream, Endianess endianess, bool giveOwnership);
     BinaryReader(const BinaryReader&) = delete;
     BinaryReader& operator=(const BinaryReader&) = delete;
@@ -70,6 +72,11 @@ class BinaryReader {
   private:
     template <typename Word>
     bool readWord(Word& value, bool bigEndian);
+    // The stream's window while the stream is good, so that what lies in it is taken without a call of the
+    // stream, which costs more than the bytes; null for a stream over anything else.
+    orvel::util::WindowBuf* window() const { return m_stream.good() ? m_window : nullptr; }
+    // The next length bytes if they lie in the window, which then moves on; else null.
+    const char* takeHeld(std::size_t length);
     // Appends the bytes before the terminator, which is consumed. Only for a stream that has positions.
     void appendTerminated(std::string& text, char terminator);
     // The number of bytes before the next one of this value; nothing if there is none or memory cannot hold
@@ -81,6 +88,7 @@ class BinaryReader {
     bool isCredible(std::uint64_t length);
 
     std::istream& m_stream;
+    orvel::util::WindowBuf* m_window;
     std::unique_ptr<std::istream> m_owned;
     bool m_bigEndian;
 };

@@ -5,8 +5,17 @@
 
 namespace orvel::util {
 
-// Writes the text to standard output and flushes it, so that nothing is lost when the process ends. Any
-// thread; texts of several threads are not mixed.
+// Writes the text to the C library's standard output, whose buffer may keep it until a ConsoleFlush ends: a
+// damaged replay can have a million lines. Any thread; texts of several threads are not mixed.
 void WriteConsole(std::string_view text);
+
+// Stands in an operation that writes lines, such as a parse: they are out when the operation ends, whichever
+// way it does.
+struct ConsoleFlush {
+    ConsoleFlush() = default;
+    ~ConsoleFlush();
+    ConsoleFlush(const ConsoleFlush&) = delete;
+    ConsoleFlush& operator=(const ConsoleFlush&) = delete;
+};
 
 }  // namespace orvel::util

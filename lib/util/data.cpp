@@ -2,21 +2,18 @@
 #include "util/data.h"
 
 #include "oodle/oodle2/core/oodlelzcompressors.h"
-#include "util/aes.h"
 #include "util/console.h"
 
 namespace orvel::util::data {
 
-std::vector<std::uint8_t> decrypt(const std::vector<std::uint8_t>& data,
-                                  const std::vector<std::uint8_t>& key) {
+bool decrypt(std::vector<std::uint8_t>& data, const AesKey& key) {
     // The block routine must not be given nothing: it has a last block.
-    if (data.empty()) return {};
-    std::vector<std::uint8_t> output(data.size());
-    const int result =
-        AesDecrypt(data.data(), data.size(), key.data(), key.size(), output.data(), output.size(), nullptr);
-    if (result == kAesSuccess) return output;
+    if (data.empty()) return false;
+    if (AesDecrypt(data.data(), data.size(), key, data.data(), data.size(), nullptr) == kAesSuccess)
+        return true;
     WriteConsole("[ orvel::util::data::decrypt ] Decryption failed.\n");
-    return {};
+    data.clear();
+    return false;
 }
 
 bool decompress(const std::uint8_t* compressed, std::int32_t compressedSize, std::vector<std::uint8_t>& out) {

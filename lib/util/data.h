@@ -4,13 +4,14 @@
 #include <cstdint>
 #include <vector>
 
+#include "util/aes.h"
+
 namespace orvel::util::data {
 
-// AES in ECB mode (FIPS-197, SP 800-38A) over all of data, padding left in place: the result is as long as
-// data. An empty result means there was nothing to decrypt or, after a line on standard output, that the
-// length of data is no multiple of 16 or that of key not 16, 24 or 32. Any thread.
-std::vector<std::uint8_t> decrypt(const std::vector<std::uint8_t>& data,
-                                  const std::vector<std::uint8_t>& key);
+// AES in ECB mode (FIPS-197, SP 800-38A) over all of data in place; padding stays as it is. False, and data
+// is empty, if there was nothing to decrypt or, after a line on standard output, if the length of data is no
+// multiple of 16 or that of the key not 16, 24 or 32. Any thread.
+bool decrypt(std::vector<std::uint8_t>& data, const AesKey& key);
 
 // Decodes compressedSize bytes into out, whose size the caller has set to the decompressed length. False,
 // after a line on standard output, if that fails; out then holds anything. Any thread.

@@ -9,7 +9,7 @@ namespace orvel::util {
 WindowBuf::int_type WindowBuf::underflow() {
     if (gptr() == egptr()) {
         leaveWindow(m_windowEnd);
-        const std::streamsize count = readSource(m_window.data(), static_cast<std::streamsize>(m_nextBytes));
+        const std::streamsize count = readOn(m_window.data(), m_nextBytes);
         setg(m_window.data(), m_window.data(), m_window.data() + count);
         m_nextBytes = std::min(2 * m_nextBytes, kWindowBytes);
     }
@@ -19,30 +19,28 @@ WindowBuf::int_type WindowBuf::underflow() {
 std::streamsize WindowBuf::xsgetn(char* to, std::streamsize count) {
     const std::streamsize held = std::min<std::streamsize>(count, egptr() - gptr());
     std::copy_n(gptr(), held, to);
-    setg(eback(), gptr() + held, egptr());
+    Take(static_cast<std::size_t>(held));
     if (held == count) return count;
     const std::streamsize rest = count - held;
     // What the window cannot hold goes straight to the caller.
     if (rest < std::ssize(m_window)) return held + std::streambuf::xsgetn(to + held, rest);
     leaveWindow(m_windowEnd);
-    return held + readSource(to + held, rest);
+    return held + readOn(to + held, static_cast<std::size_t>(rest));
 }
 
 WindowBuf::pos_type WindowBuf::seekoff(off_type offset, std::ios_base::seekdir from,
                                        std::ios_base::openmode which) {
     if (from == std::ios_base::end) {
-        m_sourcePosition = m_source.pubseekoff(0, std::ios_base::end, std::ios_base::in);
-        if (m_sourcePosition == kUnknown) return pos_type(kUnknown);
-        offset += m_sourcePosition;
+        offset += m_size;
     } else if (from == std::ios_base::cur) {
-        offset += position();
+        offset += Position();
     }
     return seekpos(pos_type(offset), which);
 }
 
 WindowBuf::pos_type WindowBuf::seekpos(pos_type target, std::ios_base::openmode /*which*/) {
     const off_type position = target;
-    if (position < 0) return pos_type(kUnknown);
+    if (position < 0) return pos_type(off_type(-1));
     const off_type begin = m_windowEnd - (egptr() - eback());
     if (position >= begin && position <= m_windowEnd) {
         setg(eback(), eback() + (position - begin), egptr());
@@ -54,22 +52,17 @@ WindowBuf::pos_type WindowBuf::seekpos(pos_type target, std::ios_base::openmode 
     return target;
 }
 
-void WindowBuf::leaveWindow(off_type position) {
+void WindowBuf::leaveWindow(std::int64_t position) {
     setg(m_window.data(), m_window.data(), m_window.data());
     m_windowEnd = position;
 }
 
-std::streamsize WindowBuf::readSource(char* to, std::streamsize count) {
-    const off_type position = m_windowEnd;
-    if (m_sourcePosition != position &&
-        off_type{m_source.pubseekpos(pos_type(position), std::ios_base::in)} != position) {
-        throw std::ios_base::failure("seeking in the source failed");
-    }
-    m_sourcePosition = kUnknown;
-    const std::streamsize read = m_source.sgetn(to, count);
-    m_windowEnd = position + read;
-    // A C runtime that has met the end may give no more, though the file grows, before it is sought.
-    if (read == count) m_sourcePosition = m_windowEnd;
+std::streamsize WindowBuf::readOn(char* to, std::size_t count) {
+    const auto left = static_cast<std::uint64_t>(std::max<std::int64_t>(m_size - m_windowEnd, 0));
+    const std::ptrdiff_t read =
+        m_readAt(m_windowEnd, to, static_cast<std::size_t>(std::min<std::uint64_t>(count, left)));
+    if (read < 0) throw std::ios_base::failure("reading failed");
+    m_windowEnd += read;
     return read;
 }
 

@@ -1,24 +1,33 @@
-// A stream buffer that reads another one, a file's, through a window that seeks do not empty.
+// A stream buffer over a file that is read by position, through a window that seeks do not empty.
 #pragma once
 
 #include <array>
 #include <cstddef>
+#include <cstdint>
+#include <functional>
 #include <streambuf>
+#include <string_view>
+#include <utility>
 
 namespace orvel::util {
 
-// A standard file buffer drops what it holds at every seek and asks the system for every position. This one
-// keeps its window for as long as the position stays within it and reckons positions itself; only the end is
-// asked for. Seeking does not touch the source, so a position that the source cannot have is found out by the
-// next read.
-//
-// Read-only. What the source throws passes: a stream over the window then sets its badbit, as over the
-// source. The source is asked again at the end of what it held, so a file that grows is read on.
+// Seeking reads nothing and fails only for a negative position: a position past the end is found out by the
+// next read. Read-only. When reading fails, a std::ios_base::failure leaves the buffer: a stream over it then
+// sets its badbit, as over a file buffer.
 class WindowBuf : public std::streambuf {
   public:
-    // source: not null; it must outlive the buffer, which alone uses it from its first read on. That begins
-    // at position 0.
-    explicit WindowBuf(std::streambuf* source) : m_source(*source) {}
+    // Reads up to count bytes from a position on: fewer only where the data ends, -1 if that fails.
+    using ReadAt = std::function<std::ptrdiff_t(std::int64_t position, char* to, std::size_t count)>;
+
+    // size: the end for as long as the buffer lives, even if the file grows meanwhile.
+    WindowBuf(ReadAt readAt, std::int64_t size) : m_readAt(std::move(readAt)), m_size(size) {}
+
+    std::int64_t Size() const { return m_size; }
+    std::int64_t Position() const { return m_windowEnd - (egptr() - gptr()); }
+    // The bytes that lie in the window from the position on; valid until the buffer is used again.
+    std::string_view Held() const { return {gptr(), static_cast<std::size_t>(egptr() - gptr())}; }
+    // Moves the position over as many of them.
+    void Take(std::size_t count) { setg(eback(), gptr() + count, egptr()); }
 
   protected:
     int_type underflow() override;
@@ -34,17 +43,14 @@ class WindowBuf : public std::streambuf {
     // 2.3 ms with 128 or 512 bytes, 7.1 ms with whole windows.
     static constexpr std::size_t kJumpBytes = 256;
 
-    off_type position() const { return m_windowEnd - (egptr() - gptr()); }
     // Sets the position to one outside the window, and the window to nothing.
-    void leaveWindow(off_type position);
-    // As many of count bytes from the position on as there are; the window must hold none of them.
-    std::streamsize readSource(char* to, std::streamsize count);
+    void leaveWindow(std::int64_t position);
+    // As many of count bytes from the window's end on as there are, which moves that end.
+    std::streamsize readOn(char* to, std::size_t count);
 
-    static constexpr off_type kUnknown = -1;
-
-    std::streambuf& m_source;
-    off_type m_sourcePosition = kUnknown;
-    off_type m_windowEnd = 0;  // the position of egptr()
+    ReadAt m_readAt;
+    std::int64_t m_size;
+    std::int64_t m_windowEnd = 0;  // the position of egptr()
     std::size_t m_nextBytes = kJumpBytes;
     std::array<char, kWindowBytes> m_window;
 };

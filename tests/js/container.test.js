@@ -5,7 +5,8 @@ const assert = require('node:assert/strict');
 const fs = require('node:fs');
 const path = require('node:path');
 const { test } = require('node:test');
-const { readFiles, testReads, utf8Text } = require('../support/reads.js');
+const { addonPath, readFiles, readPaths, testReads, utf8Text } = require('../support/reads.js');
+const { run, temporaryFolder } = require('../support/run.js');
 const w = require('../support/replay-writer.js');
 const { CHUNK } = w;
 
@@ -141,3 +142,26 @@ testReads([
     },
   ),
 ]);
+
+// Each failed read keeps its file open.
+test('failed reads keep nobody from their files, and leave room for a good one', () => {
+  const folder = temporaryFolder();
+  const [bad, good] = ['bad', 'good'].map((name) => path.join(folder, `${name}.replay`));
+  fs.writeFileSync(bad, w.replay({}, event(1, { Id: w.i32(-0x80000000) })));
+  fs.writeFileSync(good, w.replay({}, event(1)));
+  const script = `
+    const fs = require('node:fs');
+    const addon = require(${JSON.stringify(addonPath)});
+    const [bad, good] = process.argv.slice(1);
+    for (let i = 0; i < 2000; ++i) if (addon.ReadCorvaneDemo(bad) !== '') throw new Error('no failure');
+    fs.renameSync(bad, bad + '.old');
+    fs.unlinkSync(bad + '.old');
+    console.error(addon.ReadCorvaneDemo(good).length > 100);`;
+  const { stderr } = run(process.execPath, ['-e', script, bad, good]);
+  assert.equal(stderr.trim(), 'true');
+});
+
+test('a device is no replay', { skip: process.platform !== 'win32' }, () => {
+  for (const { text } of readPaths(['NUL', 'C:\\NUL', 'COM1', 'CON', 'C:\\', '\\\\.\\C:']))
+    assert.equal(text, '');
+});

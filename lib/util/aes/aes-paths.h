@@ -17,11 +17,6 @@ enum class AesPath {
 // Whether this processor has the AES instructions. Any thread; costs one load.
 bool AesNiAvailable();
 
-// AesDecrypt with the path given.
-int AesDecryptOn(AesPath path, const std::uint8_t* input, std::size_t inputLength, const std::uint8_t* key,
-                 std::size_t keyLength, std::uint8_t* output, std::size_t outputCapacity,
-                 std::uint32_t* paddingLength);
-
 // What the paths differ in. decryptBlocks decrypts blockCount 16-byte blocks from input to output, which are
 // the same or do not overlap.
 struct AesImplementation {

@@ -7,6 +7,7 @@
 #include <fcntl.h>
 #include <memory>
 #include <sys/stat.h>
+#include <unistd.h>
 
 #include "util/platform/platform.h"
 
@@ -110,6 +111,8 @@ std::int64_t Nanoseconds(const timespec& time) {
     return std::int64_t{time.tv_sec} * 1'000'000'000 + time.tv_nsec;
 }
 
+int Descriptor(std::intptr_t handle) { return static_cast<int>(handle); }
+
 struct CloseFolder {
     void operator()(DIR* folder) const { ::closedir(folder); }
 };
@@ -133,16 +136,31 @@ std::wstring WideFromPath(const std::filesystem::path& path) {
     return units;
 }
 
-void OpenShared(std::fstream& stream, const std::wstring& path) {
-    const std::filesystem::path name = PathFromWide(path);
-    // Looked at before it is opened: opening a pipe would wait for its writer.
+// Opened before it is looked at, since another file may take its place between the two. O_NONBLOCK: opening a
+// pipe would wait for its writer.
+DiskFile::DiskFile(const std::wstring& path) : m_handle(-1) {
+    if (path.find(L'\0') != std::wstring::npos) return;
+    m_handle = ::open(PathFromWide(path).c_str(), O_RDONLY | O_NONBLOCK | O_CLOEXEC | O_NOCTTY);
     struct stat status {};
-    if (path.find(L'\0') != std::wstring::npos || ::stat(name.c_str(), &status) != 0 ||
-        !S_ISREG(status.st_mode)) {
-        stream.setstate(std::ios_base::failbit);
-        return;
+    if (m_handle < 0 || ::fstat(Descriptor(m_handle), &status) != 0 || !S_ISREG(status.st_mode)) return;
+    m_size = status.st_size;
+}
+
+DiskFile::~DiskFile() {
+    if (m_handle >= 0) ::close(Descriptor(m_handle));
+}
+
+std::ptrdiff_t DiskFile::ReadAt(std::int64_t position, char* to, std::size_t count) const {
+    std::size_t done = 0;
+    while (done < count) {
+        const ssize_t read = ::pread(Descriptor(m_handle), to + done, count - done,
+                                     position + static_cast<std::int64_t>(done));
+        if (read < 0 && errno == EINTR) continue;
+        if (read < 0) return -1;
+        if (read == 0) break;
+        done += static_cast<std::size_t>(read);
     }
-    stream.open(name, std::ios_base::in | std::ios_base::binary);
+    return static_cast<std::ptrdiff_t>(done);
 }
 
 std::optional<std::filesystem::path> LocalApplicationDataFolder() {

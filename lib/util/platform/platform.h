@@ -7,9 +7,9 @@
 // the file is opened.
 #pragma once
 
+#include <cstddef>
 #include <cstdint>
 #include <filesystem>
-#include <fstream>
 #include <functional>
 #include <optional>
 #include <string>
@@ -25,9 +25,27 @@ std::string WideToUtf8(std::wstring_view units);
 std::filesystem::path PathFromWide(std::wstring_view units);
 std::wstring WideFromPath(const std::filesystem::path& path);
 
-// Opens a file for binary input so that others may go on writing to it. What is no regular file (a folder, a
-// pipe) is not opened. On failure the stream's failbit is set, which throws if its exception mask says so.
-void OpenShared(std::fstream& stream, const std::wstring& path);
+// A file on a disk, open for reading while the object lives. Others may go on writing, renaming and deleting
+// it, and programs that the host starts do not inherit it. One thread at a time.
+class DiskFile {
+  public:
+    // Does not open what is no regular file: a folder, a pipe, a device.
+    explicit DiskFile(const std::wstring& path);
+    ~DiskFile();
+    DiskFile(const DiskFile&) = delete;
+    DiskFile& operator=(const DiskFile&) = delete;
+
+    bool IsOpen() const { return m_size >= 0; }
+    // In bytes, as it was when the file was opened; -1 if it is not open.
+    std::int64_t Size() const { return m_size; }
+    // Reads the bytes from a position on, at most count: fewer only at the end of the file, -1 if reading
+    // fails.
+    std::ptrdiff_t ReadAt(std::int64_t position, char* to, std::size_t count) const;
+
+  private:
+    std::intptr_t m_handle;  // the system's: a descriptor, a HANDLE
+    std::int64_t m_size = -1;
+};
 
 // The user's local application data folder, asked for afresh by every call: nothing if there is none. On
 // Linux $LOCALAPPDATA if set, else $XDG_DATA_HOME, else ~/.local/share.

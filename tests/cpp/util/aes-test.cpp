@@ -14,8 +14,6 @@
 
 #include <gtest/gtest.h>
 
-#include "util/aes/aes-paths.h"
-
 namespace orvel::util::data {
 namespace {
 
@@ -55,9 +53,9 @@ TEST(AesDecrypt, agrees_with_the_examples_of_the_standard) {
         const Bytes cipher = Hex(c.cipher);
         for (const AesPath path : Paths()) {
             Bytes output(16);
-            EXPECT_EQ(
-                AesDecryptOn(path, cipher.data(), 16, key.data(), key.size(), output.data(), 16, nullptr),
-                kAesSuccess);
+            EXPECT_EQ(AesDecrypt(cipher.data(), 16, AesKey(key.data(), key.size(), path), output.data(), 16,
+                                 nullptr),
+                      kAesSuccess);
             EXPECT_EQ(output, plain) << c.name << ", path " << static_cast<int>(path);
         }
     }
@@ -71,8 +69,8 @@ TEST(AesDecrypt, both_paths_agree_on_every_length_apart_and_in_place) {
         for (std::size_t length = 16; length <= 4096; length += 16) {
             const Bytes key = RandomBytes(random, keyLength), cipher = RandomBytes(random, length);
             Bytes fromTable(length);
-            ASSERT_EQ(AesDecryptOn(AesPath::Table, cipher.data(), length, key.data(), keyLength,
-                                   fromTable.data(), length, nullptr),
+            const AesKey tableKey(key.data(), keyLength, AesPath::Table);
+            ASSERT_EQ(AesDecrypt(cipher.data(), length, tableKey, fromTable.data(), length, nullptr),
                       kAesSuccess);
             const std::size_t offset = length / 16 % 16;
             for (const AesPath path : {AesPath::Table, AesPath::AesNi}) {
@@ -80,8 +78,8 @@ TEST(AesDecrypt, both_paths_agree_on_every_length_apart_and_in_place) {
                 const auto memory = std::make_unique<std::uint8_t[]>(offset + length);
                 std::uint8_t* const text = memory.get() + offset;
                 std::copy(cipher.begin(), cipher.end(), text);
-                ASSERT_EQ(AesDecryptOn(path, text, length, key.data(), keyLength, text, length, nullptr),
-                          kAesSuccess);
+                const AesKey pathKey(key.data(), keyLength, path);
+                ASSERT_EQ(AesDecrypt(text, length, pathKey, text, length, nullptr), kAesSuccess);
                 ASSERT_TRUE(std::equal(fromTable.begin(), fromTable.end(), text))
                     << length << " bytes, key of " << keyLength << ", path " << static_cast<int>(path);
             }

@@ -1,6 +1,7 @@
 // The binary reader over memory and over streams that throw.
 #include "util/binary-reader.h"
 
+#include <algorithm>
 #include <sstream>
 #include <vector>
 
@@ -114,15 +115,24 @@ TEST(BinaryReader, a_long_string_is_read_whole_or_runs_out) {
     }
 }
 
-// A medium that fails, as a file on a drive that is gone.
+// A medium that fails after some bytes, as a file on a drive that goes away.
 struct BrokenBuffer : std::streambuf {
-    int_type underflow() override { throw std::ios_base::failure("error reading the file"); }
+    int_type underflow() override {
+        if (good-- == 0) throw std::ios_base::failure("error reading the file");
+        setg(block, block, block + sizeof block);
+        return 'a';
+    }
+    pos_type seekoff(off_type, std::ios_base::seekdir, std::ios_base::openmode) override { return 4096; }
+    char block[4096];
+    int good = 0;
 };
 
 // The texts of the standard libraries differ; ours does not.
 TEST(BinaryReader, a_stream_failure_has_one_text) {
     std::stringbuf text("12345");
-    BrokenBuffer broken;
+    BrokenBuffer broken, brokenLater;
+    std::ranges::fill(brokenLater.block, 'a');
+    brokenLater.good = 2;
     const struct {
         const char* text;
         std::streambuf* buffer;
@@ -132,6 +142,7 @@ TEST(BinaryReader, a_stream_failure_has_one_text) {
         {"ios_base::failbit set", &text, [](BinaryReader& r) { r.readTerminatedString(); }},
         {"ios_base::failbit set", &text, [](BinaryReader& r) { r.skip(1000); }},
         {"ios_base::badbit set", &broken, [](BinaryReader& r) { r.readInt32LE(); }},
+        {"ios_base::badbit set", &brokenLater, [](BinaryReader& r) { r.readTerminatedString(); }},
     };
     for (const auto& c : cases) {
         text.pubseekpos(0);

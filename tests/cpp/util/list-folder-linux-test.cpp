@@ -1,10 +1,14 @@
-// What only a Linux folder can hold: links made by anyone, and names that are no text.
+// What only Linux has: links made by anyone, names that are no text, pipes, programs that inherit open files.
+#include <fcntl.h>
 #include <filesystem>
 #include <fstream>
 #include <map>
+#include <string>
+#include <sys/stat.h>
 
 #include <gtest/gtest.h>
 
+#include "support/replay-builder.h"
 #include "util/platform/platform.h"
 
 namespace {
@@ -41,6 +45,26 @@ TEST(ListFolderLinux, links_are_no_folders_dangling_ones_have_no_time_and_every_
 
 TEST(PathFromWide, only_bytes_from_0x80_are_restored) {
     EXPECT_EQ(platform::PathFromWide(std::wstring{wchar_t{0xDC2F}, wchar_t{0xDC80}}), "\xEF\xBF\xBD\x80");
+}
+
+// The test would hang if a pipe waited for its writer.
+TEST(DiskFile, opens_no_pipe_and_no_device_and_is_not_inherited) {
+    const corvane_test::TemporaryFile pipe({}), file({1, 2, 3});
+    fs::remove(pipe.path);
+    ASSERT_EQ(mkfifo(pipe.path.c_str(), 0600), 0);
+    EXPECT_FALSE(platform::DiskFile(pipe.WidePath()).IsOpen());
+    EXPECT_FALSE(platform::DiskFile(L"/dev/zero").IsOpen());
+
+    const platform::DiskFile open(file.WidePath());
+    EXPECT_EQ(open.Size(), 3);
+    int found = 0;
+    for (const auto& entry : fs::directory_iterator("/proc/self/fd")) {
+        std::error_code error;
+        if (fs::read_symlink(entry, error) != file.path) continue;
+        ++found;
+        EXPECT_TRUE(fcntl(std::stoi(entry.path().filename()), F_GETFD) & FD_CLOEXEC);
+    }
+    EXPECT_EQ(found, 1);
 }
 
 }  // namespace

@@ -5,11 +5,11 @@
 #include <array>
 #include <bit>
 #include <cstddef>
-#include <cstring>
 #include <string>
 #include <utility>
 
 #include "games/corvane/corvane-lib/src/ue4/util/ue4-binary-streams.h"
+#include "util/byte-order.h"
 #include "util/console.h"
 
 namespace orvel::corvane {
@@ -110,35 +110,33 @@ struct EventValues {
 
 constexpr std::size_t kEliminationNumbers = 29;
 
-void ReadPlayer(ue4::FStreamReader& archive, Player& player) {
-    player.type = archive.ReadByte();
+void ReadPlayer(ue4::PayloadReader& reader, Player& player) {
+    player.type = reader.ReadByte();
     if (player.type == kNamedBot) {
-        archive.ReadStoredString(player.name);
+        reader.ReadStoredString(player.name);
     } else if (player.type == kAccount) {
-        archive.Reader().skip(1);
-        archive.Reader().read(reinterpret_cast<char*>(player.account.data()), std::ssize(player.account));
-        player.hasAccount = !archive.Reader().fail();
+        reader.Skip(1);
+        const std::span<const std::uint8_t> account = reader.ReadBytes(player.account.size());
+        std::ranges::copy(account, player.account.begin());
+        player.hasAccount = !account.empty();
     }
 }
 
 // The fields one after the other; those that the payload does not hold keep their zeros.
 void ReadElimination(std::span<const std::uint8_t> payload, std::span<std::uint8_t> numbers,
                      std::array<Player, 2>& players) {
-    ue4::FDataReader archive(payload.data(), payload.size(), CppUtilities::LittleEndian);
-    CppUtilities::BinaryReader& reader = archive.Reader();
+    ue4::PayloadReader reader(payload);
     const auto readNumber = [&](std::size_t place, std::size_t bytes) {
-        std::array<char, 4> number;
-        reader.read(number.data(), static_cast<std::streamsize>(bytes));
-        if (!reader.fail()) std::memcpy(&numbers[place], number.data(), bytes);
+        std::ranges::copy(reader.ReadBytes(bytes), &numbers[place]);
     };
     // A negative length becomes one that no payload holds.
-    reader.skip(static_cast<std::uint64_t>(std::int64_t{archive.ReadInt32()}));
-    reader.skip(8);
+    reader.Skip(static_cast<std::uint64_t>(std::int64_t{reader.ReadInt32()}));
+    reader.Skip(8);
     for (std::size_t place = 0; place < 12; place += 4) readNumber(place, 4);
-    reader.skip(28);
+    reader.Skip(28);
     for (std::size_t place = 12; place < 24; place += 4) readNumber(place, 4);
-    reader.skip(12);
-    for (Player& player : players) ReadPlayer(archive, player);
+    reader.Skip(12);
+    for (Player& player : players) ReadPlayer(reader, player);
     readNumber(24, 1);
     readNumber(25, 4);
 }
@@ -148,11 +146,6 @@ void AddBotNames(const std::array<Player, 2>& players, std::size_t event, std::v
     for (std::size_t i = 0; i < players.size(); ++i) {
         if (players[i].type == kNamedBot) botNames.push_back({event, kKeys[i], players[i].name});
     }
-}
-
-std::uint32_t WordAt(std::span<const std::uint8_t> bytes, std::size_t at) {
-    return bytes[at] | static_cast<std::uint32_t>(bytes[at + 1]) << 8 |
-           static_cast<std::uint32_t>(bytes[at + 2]) << 16 | static_cast<std::uint32_t>(bytes[at + 3]) << 24;
 }
 
 std::string DocumentName(const Player& player) {
@@ -179,13 +172,17 @@ void WriteMember(const EventMember& member, const EventKind& kind, const ue4::FL
         case EventMember::Times:
             return text.WriteTimes(info.Time1, info.Time2);
         case EventMember::Float:
-            return text.Write(member.key, std::bit_cast<float>(WordAt(values.numbers, member.place)));
+            return text.Write(
+                member.key,
+                std::bit_cast<float>(util::LoadLittleEndian<std::uint32_t>(&values.numbers[member.place])));
         case EventMember::UInt32:
-            return text.Write(member.key, WordAt(values.numbers, member.place));
+            return text.Write(member.key,
+                              util::LoadLittleEndian<std::uint32_t>(&values.numbers[member.place]));
         case EventMember::Byte:
             return text.Write(member.key, std::uint32_t{values.numbers[member.place]});
         case EventMember::IsOne:
-            return text.Write(member.key, WordAt(values.numbers, member.place) == 1);
+            return text.Write(member.key,
+                              util::LoadLittleEndian<std::uint32_t>(&values.numbers[member.place]) == 1);
         case EventMember::Account:
         case EventMember::Bot:
             return WritePlayer(member, values.players[member.place], text);

@@ -14,6 +14,7 @@ ReplayParser::ReplayParser(const std::wstring& path)
 
 void ReplayParser::ParseReplay(std::uint32_t& resumePosition, bool& resumeFlag,
                                std::vector<std::uint8_t> key) {
+    const util::ConsoleFlush flush;
     try {
         m_streamer.ReadReplayInfo(*this, m_fileInfo, m_document.json, resumePosition, resumeFlag,
                                   std::move(key));
@@ -45,7 +46,8 @@ void ReplayParser::ParseEvent(const ue4::FLocalFileEventInfo& info) {
     constexpr std::uint8_t kPlain = 1;
     const std::uint8_t mode = m_fileInfo.bEncrypted ? kPayloadEncrypted : kPlain;
     Reader().seekg(info.DataOffset);
-    const std::vector<std::uint8_t> payload = ReadPayload(static_cast<std::uint32_t>(info.SizeInBytes), mode);
+    const std::vector<std::uint8_t>& payload =
+        ReadPayload(static_cast<std::uint32_t>(info.SizeInBytes), mode);
     const auto skip = [&](SkipReason reason) { m_facts.skipped.push_back({info.Index, reason}); };
 
     const EventKind* kind = FindEventKind(info);

@@ -46,6 +46,7 @@ void FolderWatcher::RunCycle(const FileStatusCallback& callback) {
     try {
         m_snapshot.Update(callback);
     } catch (const std::exception& failure) {
+        const orvel::util::ConsoleFlush flush;
         orvel::util::WriteConsole("[ util::FolderWatcher::RunCycle ] " + std::string(failure.what()) + "\n");
     }
 }

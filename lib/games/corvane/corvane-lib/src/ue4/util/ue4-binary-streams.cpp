@@ -2,13 +2,10 @@
 #include "games/corvane/corvane-lib/src/ue4/util/ue4-binary-streams.h"
 
 #include <algorithm>
-#include <bit>
-#include <span>
 #include <utility>
 
 #include "util/data.h"
 #include "util/mem-stream.h"
-#include "util/platform/platform.h"
 
 namespace ue4 {
 namespace {
@@ -22,17 +19,21 @@ constexpr int kMissingKeyLine = 51;
 // std::isspace of the "C" locale, whatever the host program's locale is.
 bool IsWhitespace(char c) { return c == ' ' || (c >= '\t' && c <= '\r'); }
 
+std::int32_t Checked(std::int32_t saveNum) {
+    if (saveNum == INT32_MIN) {
+        throw ReplayException("Invalid SaveNum, corrupted FArchive.", kSourceFile, kInvalidSaveNumLine);
+    }
+    return saveNum;
+}
+
 // A compressed payload: int32 decompressed size, int32 compressed size, then the compressed stream. Returns
 // the payload itself if that fails. Sizes that the payload cannot hold are cut down to what it can, and then
 // it fails or not.
 std::vector<std::uint8_t> Decompressed(std::vector<std::uint8_t> payload) {
-    constexpr std::size_t kPrefixBytes = 8;
-    FDataReader prefix(payload.data(), payload.size(), CppUtilities::LittleEndian);
-    const auto size = static_cast<std::size_t>(std::max(prefix.ReadInt32(), 0));
-    const auto compressedSize = static_cast<std::size_t>(std::max(prefix.ReadInt32(), 0));
-
-    const auto stored = std::span(payload).subspan(std::min(kPrefixBytes, payload.size()));
-    const auto compressed = stored.first(std::min(compressedSize, stored.size()));
+    PayloadReader reader(payload);
+    const auto size = static_cast<std::size_t>(std::max(reader.ReadInt32(), 0));
+    const auto compressedSize = static_cast<std::size_t>(std::max(reader.ReadInt32(), 0));
+    const auto compressed = reader.Rest().first(std::min(compressedSize, reader.Rest().size()));
     const bool possible = size <= orvel::util::data::largestDecompressedSize(compressed.size());
     std::vector<std::uint8_t> output(possible ? size : 0);
     const auto length = static_cast<std::int32_t>(compressed.size());
@@ -63,10 +64,7 @@ void FStreamReader::ReadString(std::string& text) {
 
 void FStreamReader::ReadStoredString(std::string& text) {
     text.clear();
-    const std::int32_t saveNum = ReadInt32();
-    if (saveNum == INT32_MIN) {
-        throw ReplayException("Invalid SaveNum, corrupted FArchive.", kSourceFile, kInvalidSaveNumLine);
-    }
+    const std::int32_t saveNum = Checked(ReadInt32());
     if (saveNum < 0) {
         const auto units = static_cast<std::uint32_t>(-saveNum);
         text = orvel::util::platform::WideToUtf8(m_reader->readWString(units));
@@ -120,30 +118,53 @@ std::vector<std::uint8_t> FStreamReader::ReadByteArray() {
     return bytes;
 }
 
-std::vector<std::uint8_t> FStreamReader::ReadPayload(std::uint32_t size, std::uint8_t flags) {
-    std::vector<std::uint8_t> payload;
-    m_reader->read(payload, size);
+std::vector<std::uint8_t>& FStreamReader::ReadPayload(std::uint32_t size, std::uint8_t flags) {
+    m_reader->read(m_payload, size);
     if ((flags & kPayloadEncrypted) != 0) {
         if (EncryptionKey.empty()) {
             throw ReplayException("Data was encrypted, but encryption key was not set.", kSourceFile,
                                   kMissingKeyLine);
         }
-        payload = orvel::util::data::decrypt(payload, EncryptionKey);
-        if (payload.empty()) return payload;
+        if (!m_key) m_key.emplace(EncryptionKey.data(), EncryptionKey.size());
+        if (!orvel::util::data::decrypt(m_payload, *m_key)) return m_payload;
     }
-    if ((flags & kPayloadCompressed) != 0) payload = Decompressed(std::move(payload));
-    return payload;
+    if ((flags & kPayloadCompressed) != 0) m_payload = Decompressed(std::move(m_payload));
+    return m_payload;
+}
+
+void PayloadReader::ReadString(std::string& text) {
+    ReadStoredString(text);
+    std::erase_if(text, IsWhitespace);
+}
+
+void PayloadReader::ReadStoredString(std::string& text) {
+    text.clear();
+    const std::int32_t saveNum = Checked(ReadInt32());
+    if (saveNum < 0) {
+        const std::span<const std::uint8_t> bytes = ReadBytes(2 * static_cast<std::uint64_t>(-saveNum));
+        std::wstring units(bytes.size() / 2, L'\0');
+        for (std::size_t i = 0; i < units.size(); ++i) {
+            units[i] = static_cast<wchar_t>(orvel::util::LoadLittleEndian<std::uint16_t>(&bytes[2 * i]));
+        }
+        text = orvel::util::platform::WideToUtf8(units);
+    } else {
+        const auto length = static_cast<std::size_t>(std::ranges::find(m_rest, 0) - m_rest.begin());
+        const std::span<const std::uint8_t> bytes = ReadBytes(length + 1);
+        if (!bytes.empty()) text.assign(bytes.begin(), bytes.end() - 1);
+    }
 }
 
 FDataReader::FDataReader(const std::uint8_t* data, std::size_t size, Endianess endianness)
     : FStreamReader(new orvel::util::MemStream(data, size), endianness, true) {}
 
-FArchiveReader::FArchiveReader(const std::wstring& path, Endianess endianness, bool /*giveOwnership*/) {
-    m_reader = std::make_unique<CppUtilities::BinaryReader>(&m_file, endianness, false);
-    m_file.exceptions(std::ios_base::failbit | std::ios_base::badbit);
-    m_file.rdbuf()->pubsetbuf(nullptr, 0);  // the window is buffer enough
-    m_file.std::ios::rdbuf(&m_window);
-    orvel::util::WithFailureText(m_file, [&] { orvel::util::platform::OpenShared(m_file, path); });
+FArchiveReader::FArchiveReader(const std::wstring& path, Endianess endianness, bool /*giveOwnership*/)
+    : m_disk(path) {
+    m_stream.std::ios::rdbuf(&m_window);
+    m_stream.exceptions(std::ios_base::failbit | std::ios_base::badbit);
+    m_reader = std::make_unique<CppUtilities::BinaryReader>(&m_stream, endianness, false);
+    if (!m_disk.IsOpen()) {
+        orvel::util::WithFailureText(m_stream, [&] { m_stream.setstate(std::ios_base::failbit); });
+    }
 }
 
 }  // namespace ue4

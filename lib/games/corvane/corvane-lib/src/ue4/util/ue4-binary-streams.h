@@ -9,13 +9,19 @@
 // All integers are little-endian.
 #pragma once
 
+#include <bit>
 #include <cstdint>
 #include <fstream>
+#include <optional>
+#include <span>
 #include <stdexcept>
 #include <string>
 #include <vector>
 
+#include "util/aes.h"
 #include "util/binary-reader.h"
+#include "util/byte-order.h"
+#include "util/platform/platform.h"
 #include "util/stream-reader.h"
 #include "util/window-buf.h"
 
@@ -67,14 +73,19 @@ class FStreamReader : public orvel::util::StreamReader {
 
     // The payload of size bytes at the current position, decrypted with EncryptionKey and decompressed as the
     // flags ask. Empty if decryption fails; still compressed if decompression fails (each after a line on
-    // standard output). Throws ReplayException if it is encrypted and there is no key.
-    std::vector<std::uint8_t> ReadPayload(std::uint32_t size, std::uint8_t flags);
+    // standard output). Throws ReplayException if it is encrypted and there is no key. It is valid until the
+    // next payload is read: one buffer, as large as the largest so far, serves them all.
+    std::vector<std::uint8_t>& ReadPayload(std::uint32_t size, std::uint8_t flags);
 
     // The AES key of the replay's payloads, set by the owner before the first one is read; empty: none.
     std::vector<std::uint8_t> EncryptionKey;
 
   protected:
     FStreamReader() = default;
+
+  private:
+    std::vector<std::uint8_t> m_payload;
+    std::optional<orvel::util::data::AesKey> m_key;  // EncryptionKey, once it has been used
 };
 
 // Over a block of memory, which is not copied and must outlive the reader.
@@ -83,7 +94,46 @@ class FDataReader : public FStreamReader {
     FDataReader(const std::uint8_t* data, std::size_t size, Endianess endianness);
 };
 
-// Over a replay file, open while the archive lives in such a way that the game can go on writing it.
+// The same encodings from a payload in memory without a stream, one check for each value. What the payload is
+// too short for reads 0 or "", and so does all that follows. It is neither copied nor owned.
+class PayloadReader {
+  public:
+    explicit PayloadReader(std::span<const std::uint8_t> payload) : m_rest(payload) {}
+
+    // The next count bytes; none if there are fewer.
+    std::span<const std::uint8_t> ReadBytes(std::uint64_t count) {
+        m_failed = m_failed || count > m_rest.size();
+        if (m_failed) return m_rest = {};
+        const auto bytes = m_rest.first(static_cast<std::size_t>(count));
+        m_rest = m_rest.subspan(bytes.size());
+        return bytes;
+    }
+    void Skip(std::uint64_t count) { ReadBytes(count); }
+    std::uint8_t ReadByte() { return ReadWord<std::uint8_t>(); }
+    std::int32_t ReadInt32() { return static_cast<std::int32_t>(ReadUInt32()); }
+    std::uint32_t ReadUInt32() { return ReadWord<std::uint32_t>(); }
+    float ReadFloat() { return std::bit_cast<float>(ReadUInt32()); }
+    // As FStreamReader has them.
+    void ReadString(std::string& text);
+    void ReadStoredString(std::string& text);
+
+    std::span<const std::uint8_t> Rest() const { return m_rest; }
+    // Whether something was missing.
+    bool Failed() const { return m_failed; }
+
+  private:
+    template <typename Word>
+    Word ReadWord() {
+        const std::span<const std::uint8_t> bytes = ReadBytes(sizeof(Word));
+        return bytes.empty() ? Word{0} : orvel::util::LoadLittleEndian<Word>(bytes.data());
+    }
+
+    std::span<const std::uint8_t> m_rest;
+    bool m_failed = false;
+};
+
+// Over a replay file, which stays open while the archive lives; the game may go on writing it, others may
+// delete it. The file's size when it is opened is its end for the whole parse.
 class FArchiveReader : public FStreamReader {
   public:
     // Throws std::ios_base::failure ("ios_base::failbit set") if the file cannot be opened. The stream stays
@@ -91,8 +141,10 @@ class FArchiveReader : public FStreamReader {
     FArchiveReader(const std::wstring& path, Endianess endianness, bool giveOwnership);
 
   private:
-    std::fstream m_file;
-    orvel::util::WindowBuf m_window{m_file.rdbuf()};
+    orvel::util::platform::DiskFile m_disk;
+    orvel::util::WindowBuf m_window{[this](auto... arguments) { return m_disk.ReadAt(arguments...); },
+                                    m_disk.Size()};
+    std::fstream m_stream;  // over the window; its own file buffer stays closed
 };
 
 }  // namespace ue4
