@@ -10,9 +10,7 @@ int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
     ue4::FStreamReader archive(stream.get(), CppUtilities::LittleEndian, false);
     orvel::corvane::NetworkDemoHeader header;
     fuzz::ReadsOrFails([&] {
-        if (orvel::corvane::ReadNetworkDemoHeader(archive, header)) {
-            orvel::corvane::HeaderObject(header).dump();
-        }
+        if (ReadNetworkDemoHeader(archive, header).empty()) HeaderObject(header).dump();
     });
     fuzz::Require(header.LevelNamesAndTimes.size() + header.GameSpecificData.size() <= size / 5 + 2,
                   "every string of a list but the last has its length and a zero in the payload");

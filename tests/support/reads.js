@@ -74,4 +74,4 @@ function checkOutcome({ dies, throws, empty, document, stdout = '\n' }, outcome)
   }
 }
 
-module.exports = { addonPath, readFiles, readPaths, testReads, utf8Text };
+module.exports = { addonPath, readFiles, readPaths, sharedPart, testReads, utf8Text };

@@ -1,4 +1,4 @@
-// readReplayDocument: path and key in; the document's text or a coded error out.
+// readReplayDocument: path and key in; the document's text and facts, or a coded error, out.
 #include "games/corvane/napi-module/read-replay-document.h"
 
 #include <algorithm>
@@ -6,9 +6,9 @@
 #include <ios>
 #include <memory>
 #include <new>
+#include <optional>
 #include <stdexcept>
 #include <string>
-#include <string_view>
 #include <utility>
 #include <vector>
 
@@ -17,47 +17,59 @@
 #include "games/corvane/corvane-lib/src/replay-parser.h"
 #include "games/corvane/napi-module/arguments.h"
 #include "games/corvane/napi-module/document-text.h"
+#include "games/corvane/napi-module/facts-text.h"
 
 namespace orvel::corvane {
 namespace {
 
-constexpr char kArgumentError[] = "Expected 2 required arguments [path, ArrayBuffer: key]";
+constexpr char kArgumentError[] = "Expected 2 required arguments [path, ArrayBuffer: key, <options>]";
 
-// A reason that this unit itself finds, with its code.
+// A failure with its code.
 class Refusal : public std::runtime_error {
   public:
-    Refusal(const char* code, const std::string& reason) : std::runtime_error(reason), m_code(code) {}
-    const char* Code() const { return m_code; }
+    explicit Refusal(ReadFailure failure)
+        : std::runtime_error(failure.reason), m_failure(std::move(failure)) {}
+    const ReadFailure& Failure() const { return m_failure; }
 
   private:
-    const char* m_code;
+    ReadFailure m_failure;
 };
 
-struct Failure {
-    const char* code;
-    std::string reason;
+struct Options {
+    bool facts = false;
+    bool salvage = false;
 };
 
-// Only inside a catch block: what the exception that is being handled says about the file.
-Failure CurrentFailure() {
+struct Reading {
+    std::string text;
+    std::string facts;  // if they are wanted
+};
+
+constexpr char kCorrupt[] = "ERR_CORRUPT";
+constexpr char kCut[] = "the file ends too early";
+
+// Only inside a catch block: what the exception that is being handled says about the file. isCut: reading ran
+// into the end of the file.
+ReadFailure CurrentFailure(bool isCut) {
     try {
         throw;
     } catch (const Refusal& failure) {
-        return {failure.Code(), failure.what()};
+        return failure.Failure();
+    } catch (const ue4::ReplayException& failure) {
+        const bool noKey = failure.cause() == ue4::ReplayException::Cause::MissingKey;
+        return {noKey ? "ERR_KEY_REQUIRED" : kCorrupt, failure.what()};
     } catch (const std::bad_alloc& failure) {
         return {"ERR_OUT_OF_MEMORY", failure.what()};
     } catch (const std::exception& failure) {
-        // A missing key has no type of its own among the parser's exceptions.
-        const bool noKey = std::string_view(failure.what()).ends_with("encryption key was not set.");
-        return {noKey ? "ERR_KEY_REQUIRED" : "ERR_CORRUPT", failure.what()};
+        return {kCorrupt, isCut ? kCut : failure.what()};
     } catch (const char* text) {
-        return {"ERR_CORRUPT", text};
+        return {kCorrupt, isCut ? kCut : text};
     } catch (...) {
-        return {"ERR_CORRUPT", "a failure of an unknown kind"};
+        return {kCorrupt, "a failure of an unknown kind"};
     }
 }
 
-Napi::Error ErrorOf(Napi::Env env, const Failure& failure) {
+Napi::Error ErrorOf(Napi::Env env, const ReadFailure& failure) {
     Napi::Error error = Napi::Error::New(env, failure.reason);
     error.Set("code", failure.code);
     return error;
@@ -67,7 +79,7 @@ std::unique_ptr<ReplayParser> Open(const std::wstring& path) {
     try {
         return std::make_unique<ReplayParser>(path);
     } catch (const std::ios_base::failure& failure) {
-        throw Refusal("ERR_UNREADABLE", failure.what());
+        throw Refusal({"ERR_UNREADABLE", failure.what()});
     }
 }
 
@@ -79,40 +91,87 @@ void CheckDecryption(const ReplayParser& parser) {
     if (event == skipped.end()) return;
     const ue4::ReplayFileInfo& info = parser.FileInfo();
     const std::int32_t bytes = info.Events[static_cast<std::size_t>(event->index)].SizeInBytes;
-    throw Refusal("ERR_CORRUPT", "Decryption failed: " + std::to_string(bytes) + " bytes of event " +
-                                     std::to_string(event->index) + ", a key of " +
-                                     std::to_string(info.EncryptionKey.size()));
+    throw Refusal({kCorrupt, "Decryption failed: " + std::to_string(bytes) + " bytes of event " +
+                                 std::to_string(event->index) + ", a key of " +
+                                 std::to_string(info.EncryptionKey.size())});
 }
 
-std::string DocumentTextOf(const std::wstring& path, std::vector<std::uint8_t> key) {
-    const std::unique_ptr<ReplayParser> parser = Open(path);
+bool IsReplay(ReplayParser& parser) { return parser.Document().contains("ReplayFileMeta"); }
+
+void Parse(ReplayParser& parser, std::vector<std::uint8_t> key) {
     std::uint32_t resumePosition = 0;
     bool resumeFlag = false;
-    parser->ParseReplay(resumePosition, resumeFlag, std::move(key));
-    nlohmann::json& document = parser->Document();
-    if (!document.contains("ReplayFileMeta")) {
-        throw Refusal("ERR_NOT_A_REPLAY", "the magic number is not that of a replay");
+    parser.ParseReplay(resumePosition, resumeFlag, std::move(key));
+    if (!IsReplay(parser)) {
+        throw Refusal({"ERR_NOT_A_REPLAY", "the magic number is not that of a replay"});
     }
-    CheckDecryption(*parser);
-    document["Creation"] = CreationMember(path, parser->FileInfo().Timestamp);
-    return parser->TakeText();
+    CheckDecryption(parser);
+}
+
+// The text, of a salvaged document with U+FFFD for what is not UTF-8.
+std::string TextOf(ReplayParser& parser, bool salvage, std::optional<ReadFailure>& failure) {
+    try {
+        return parser.TakeText();
+    } catch (const nlohmann::json::type_error&) {
+        if (!salvage) throw;
+        if (!failure) failure = CurrentFailure(false);
+        return parser.TakeText(nlohmann::json::error_handler_t::replace);
+    }
+}
+
+Reading Read(const std::wstring& path, std::vector<std::uint8_t> key, Options options) {
+    const std::unique_ptr<ReplayParser> parser = Open(path);
+    std::optional<ReadFailure> failure;
+    try {
+        Parse(*parser, std::move(key));
+    } catch (const std::bad_alloc&) {
+        throw;
+    } catch (...) {
+        failure = CurrentFailure(parser->Reader().eof());
+        if (!options.salvage || !IsReplay(*parser)) throw Refusal(*failure);
+        parser->Salvage();
+    }
+    parser->Document()["Creation"] = CreationMember(path, parser->FileInfo().Timestamp);
+    Reading reading;
+    reading.text = TextOf(*parser, options.salvage, failure);
+    if (options.facts) reading.facts = FactsText(*parser, failure);
+    return reading;
+}
+
+Options OptionsOf(const Napi::CallbackInfo& info) {
+    if (info.Length() < 3) return {};
+    const auto object = info[2].As<Napi::Object>();
+    return {object.Get("facts").ToBoolean(), object.Get("salvage").ToBoolean()};
+}
+
+Napi::Value BufferOf(Napi::Env env, const std::string& text) {
+    return Napi::Buffer<char>::Copy(env, text.data(), text.size());
+}
+
+Napi::Value ResultOf(Napi::Env env, const Reading& reading, Options options) {
+    if (!options.facts) return BufferOf(env, reading.text);
+    Napi::Object result = Napi::Object::New(env);
+    result.Set("text", BufferOf(env, reading.text));
+    result.Set("facts", BufferOf(env, reading.facts));
+    return result;
 }
 
 }  // namespace
 
 Napi::Value ReadReplayDocument(const Napi::CallbackInfo& info) {
     const Napi::Env env = info.Env();
-    if (info.Length() != 2 || !info[0].IsString() || !info[1].IsArrayBuffer()) {
+    const bool hasOptions = info.Length() == 3 && info[2].IsObject();
+    if ((info.Length() != 2 && !hasOptions) || !info[0].IsString() || !info[1].IsArrayBuffer()) {
         throw Napi::TypeError::New(env, kArgumentError);
     }
     try {
-        const std::string text = DocumentTextOf(PathOf(info[0]), BytesOf(info[1]));
-        return Napi::Buffer<char>::Copy(env, text.data(), text.size());
+        const Options options = OptionsOf(info);
+        return ResultOf(env, Read(PathOf(info[0]), BytesOf(info[1]), options), options);
     } catch (const Napi::Error& failure) {
         // The arguments are right, so what the host refused is memory.
         throw ErrorOf(env, {"ERR_OUT_OF_MEMORY", failure.Message()});
     } catch (...) {
-        throw ErrorOf(env, CurrentFailure());
+        throw ErrorOf(env, CurrentFailure(false));
     }
 }
 

@@ -209,6 +209,15 @@ const EventKind* FindEventKind(const ue4::FLocalFileEventInfo& info) {
 
 std::string_view NameOf(const EventKind& kind) { return kind.name; }
 
+std::vector<std::string_view> MissingStatistics(const ue4::ReplayFileInfo& info) {
+    std::vector<std::string_view> names;
+    for (const EventKind& kind : kKinds) {
+        const auto isOfKind = [&](const auto& event) { return FindEventKind(event) == &kind; };
+        if (kind.payloadBytes != 0 && std::ranges::none_of(info.Events, isOfKind)) names.push_back(kind.name);
+    }
+    return names;
+}
+
 bool WriteEvent(const EventKind& kind, const ue4::FLocalFileEventInfo& info,
                 std::span<const std::uint8_t> payload, EventText& text, std::vector<BotName>& botNames) {
     std::array<std::uint8_t, kEliminationNumbers> numbers{};

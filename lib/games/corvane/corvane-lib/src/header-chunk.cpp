@@ -5,7 +5,6 @@
 #include <utility>
 
 #include "games/corvane/corvane-lib/src/ue4/util/json-object.h"
-#include "util/console.h"
 
 namespace orvel::corvane {
 namespace {
@@ -20,10 +19,6 @@ constexpr std::uint32_t kVersionLevelTimes = 7;
 constexpr std::uint32_t kVersionFlags = 9;
 constexpr std::uint32_t kVersionEngineVersion = 11;
 constexpr std::uint32_t kVersionGuid = 12;
-
-void Report(const std::string& text) {
-    util::WriteConsole("[ orvel::corvane::ReplayParser::ParseHeaderChunk ] " + text + "\n");
-}
 
 // Calls readElement once for each element of a list, until the data runs out: what a broken element says
 // counts before a count that cannot be.
@@ -46,14 +41,14 @@ EngineVersion ReadEngineVersion(ue4::FStreamReader& archive) {
     version.Minor = word(2);
     version.Patch = word(4);
     version.Changelist = word(8) | static_cast<std::uint32_t>(word(10)) << 16;
-    archive.ReadString(version.Branch);
+    archive.ReadStoredString(version.Branch);
     return version;
 }
 
 void ReadLevels(ue4::FStreamReader& archive, NetworkDemoHeader& header) {
     const auto readLevel = [&] {
         LevelNameAndTime level;
-        archive.ReadString(level.Name);
+        archive.ReadStoredString(level.Name);
         if (header.Version >= kVersionLevelTimes) level.Time = archive.ReadUInt32();
         header.LevelNamesAndTimes.push_back(std::move(level));
     };
@@ -66,25 +61,20 @@ void ReadLevels(ue4::FStreamReader& archive, NetworkDemoHeader& header) {
 
 }  // namespace
 
-bool ReadNetworkDemoHeader(ue4::FStreamReader& archive, NetworkDemoHeader& header) {
+std::string ReadNetworkDemoHeader(ue4::FStreamReader& archive, NetworkDemoHeader& header) {
     header.Magic = archive.ReadUInt32();
-    if (header.Magic != NETWORK_DEMO_MAGIC) {
-        Report("Header.Magic != NETWORK_DEMO_MAGIC");
-        return false;
-    }
+    if (header.Magic != NETWORK_DEMO_MAGIC) return "Header.Magic != NETWORK_DEMO_MAGIC";
     header.Version = archive.ReadUInt32();
     if (header.Version < MIN_NETWORK_DEMO_VERSION) {
-        Report(
-            "Header.Version < MIN_NETWORK_DEMO_VERSION. Header.Version: " + std::to_string(header.Version) +
-            ", MIN_NETWORK_DEMO_VERSION: " + std::to_string(MIN_NETWORK_DEMO_VERSION));
-        return false;
+        return "Header.Version < MIN_NETWORK_DEMO_VERSION. Header.Version: " +
+               std::to_string(header.Version) +
+               ", MIN_NETWORK_DEMO_VERSION: " + std::to_string(MIN_NETWORK_DEMO_VERSION);
     }
     header.NetworkChecksum = archive.ReadUInt32();
     header.EngineNetworkProtocolVersion = archive.ReadUInt32();
     header.GameNetworkProtocolVersion = archive.ReadUInt32();
     if (header.EngineNetworkProtocolVersion > HISTORY_ENGINENETVERSION_LATEST) {
-        Report("EngineNetworkProtocolVersion != HISTORY_ENGINENETVERSION_LATEST");
-        return false;
+        return "EngineNetworkProtocolVersion != HISTORY_ENGINENETVERSION_LATEST";
     }
     if (header.Version >= kVersionGuid) header.Guid = ReadGuid(archive);
     if (header.Version >= kVersionEngineVersion) {
@@ -94,8 +84,8 @@ bool ReadNetworkDemoHeader(ue4::FStreamReader& archive, NetworkDemoHeader& heade
     }
     ReadLevels(archive, header);
     if (header.Version >= kVersionFlags) header.Flags = archive.ReadUInt32();
-    ReadList(archive, [&] { header.GameSpecificData.push_back(archive.ReadString()); });
-    return true;
+    ReadList(archive, [&] { archive.ReadStoredString(header.GameSpecificData.emplace_back()); });
+    return {};
 }
 
 nlohmann::json HeaderObject(const NetworkDemoHeader& header) {
@@ -107,14 +97,16 @@ nlohmann::json HeaderObject(const NetworkDemoHeader& header) {
     object["GameNetworkProtocolVersion"] = header.GameNetworkProtocolVersion;
     object["guid"] = FormatGuid(header.Guid);
     nlohmann::json& engine = ue4::AsObject(object["EngineVersion"]);
-    engine["branch"] = header.EngineVersion.Branch;
+    engine["branch"] = ue4::WithoutWhitespace(header.EngineVersion.Branch);
     engine["major"] = header.EngineVersion.Major;
     engine["minor"] = header.EngineVersion.Minor;
     engine["patch"] = header.EngineVersion.Patch;
     engine["changelist"] = header.EngineVersion.Changelist;
     nlohmann::json& levels = object["levels"] = nlohmann::json::array();
-    for (const LevelNameAndTime& level : header.LevelNamesAndTimes) levels.push_back(level.Name);
-    object["GameSpecificData"] = header.GameSpecificData;
+    for (const LevelNameAndTime& level : header.LevelNamesAndTimes)
+        levels.push_back(ue4::WithoutWhitespace(level.Name));
+    nlohmann::json& gameData = object["GameSpecificData"] = nlohmann::json::array();
+    for (const std::string& data : header.GameSpecificData) gameData.push_back(ue4::WithoutWhitespace(data));
     return object;
 }
 

@@ -29,6 +29,7 @@
 
 namespace orvel::corvane {
 
+// Strings are as stored; the document has them without their whitespace.
 struct EngineVersion {
     std::uint16_t Major = 0;
     std::uint16_t Minor = 0;
@@ -56,10 +57,10 @@ struct NetworkDemoHeader {
     std::deque<std::string> GameSpecificData;
 };
 
-// Reads the header at the archive's position. False, after a line on standard output, if its magic number or
-// a version is not one that this reader knows; what was read until then stays. A list is read until its
-// elements or the data run out; memory is taken for what is there, never for the count.
-bool ReadNetworkDemoHeader(ue4::FStreamReader& archive, NetworkDemoHeader& header);
+// Reads the header at the archive's position. Returns what is wrong if its magic number or a version is not
+// one that this reader knows, else nothing; what was read until then stays. A list is read until its elements
+// or the data run out; memory is taken for what is there, never for the count.
+std::string ReadNetworkDemoHeader(ue4::FStreamReader& archive, NetworkDemoHeader& header);
 
 // The document's "header".
 nlohmann::json HeaderObject(const NetworkDemoHeader& header);

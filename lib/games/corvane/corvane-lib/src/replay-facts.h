@@ -31,6 +31,8 @@ struct BotName {
 struct ReplayFacts {
     std::vector<SkippedEvent> skipped;
     std::vector<BotName> botNames;
+    std::string
+        headerRefusal;  // why there is a header chunk but no "header"; empty: there is one, or no chunk
 };
 
 }  // namespace orvel::corvane

@@ -1,6 +1,7 @@
 // The steps of a parse: container, header, events; and the text of what they come to.
 #include "games/corvane/corvane-lib/src/replay-parser.h"
 
+#include <new>
 #include <string_view>
 #include <utility>
 
@@ -18,11 +19,7 @@ void ReplayParser::ParseReplay(std::uint32_t& resumePosition, bool& resumeFlag,
     try {
         m_streamer.ReadReplayInfo(*this, m_fileInfo, m_document.json, resumePosition, resumeFlag,
                                   std::move(key));
-        EncryptionKey = m_fileInfo.EncryptionKey;
-        // The scan of the chunk table ended by running into the end of the file.
-        Reader().clear();
-        if (m_fileInfo.HeaderChunkIndex != -1) ParseHeaderChunk();
-        ParseEvents();
+        ParsePayloads();
     } catch (const ue4::ReplayException& exception) {
         util::WriteConsole("[ orvel::corvane::ReplayParser::ParseReplay ] [Replay Exception] " +
                            std::string(exception.what()) + "\n");
@@ -30,15 +27,41 @@ void ReplayParser::ParseReplay(std::uint32_t& resumePosition, bool& resumeFlag,
     }
 }
 
-bool ReplayParser::ParseHeaderChunk() {
+void ReplayParser::ParsePayloads() {
+    EncryptionKey = m_fileInfo.EncryptionKey;
+    if (!std::exchange(m_headerDone, true) && m_fileInfo.HeaderChunkIndex != -1) ParseHeaderChunk();
+    if (!std::exchange(m_eventsDone, true)) ParseEvents();
+}
+
+void ReplayParser::Salvage() {
+    const util::ConsoleFlush flush;
+    while (!m_eventsDone) {
+        try {
+            ParsePayloads();
+        } catch (const std::bad_alloc&) {
+            throw;
+        } catch (...) {
+            // What failed is left out; a failure of the next step tells nothing new.
+        }
+    }
+}
+
+void ReplayParser::ParseHeaderChunk() {
+    // Whatever was read last may have run into the end of the file: the chunk table's scan always does.
+    Reader().clear();
     const auto index = static_cast<std::size_t>(m_fileInfo.HeaderChunkIndex);
     Reader().seekg(m_fileInfo.Chunks[index].DataOffset);
-    if (!ReadNetworkDemoHeader(*this, m_header)) return false;
-    m_document.json["header"] = HeaderObject(m_header);
-    return true;
+    m_facts.headerRefusal = ReadNetworkDemoHeader(*this, m_header);
+    if (m_facts.headerRefusal.empty()) {
+        m_document.json["header"] = HeaderObject(m_header);
+    } else {
+        util::WriteConsole("[ orvel::corvane::ReplayParser::ParseHeaderChunk ] " + m_facts.headerRefusal +
+                           "\n");
+    }
 }
 
 void ReplayParser::ParseEvents() {
+    Reader().clear();
     for (const ue4::FLocalFileEventInfo& info : m_fileInfo.Events) ParseEvent(info);
 }
 
@@ -58,11 +81,15 @@ void ReplayParser::ParseEvent(const ue4::FLocalFileEventInfo& info) {
     if (!WriteEvent(*kind, info, payload, m_events, m_facts.botNames)) skip(SkipReason::TooShort);
 }
 
-std::string ReplayParser::TakeText() {
-    // A text that is not UTF-8 takes its place in the document, so that the first one there is the one that
-    // is thrown for.
-    if (m_events.InvalidText()) m_document.json["events"].push_back(*m_events.InvalidText());
-    const std::string rest = m_document.json.dump(1, ' ', false, nlohmann::json::error_handler_t::strict);
+std::string ReplayParser::TakeText(nlohmann::json::error_handler_t handler) {
+    const bool isStrict = handler == nlohmann::json::error_handler_t::strict;
+    if (m_events.InvalidText()) {
+        // A text that is not UTF-8 takes its place in the document, so that the first one there is the one
+        // that is thrown for.
+        nlohmann::json& events = m_document.json["events"] = nlohmann::json::array();
+        if (isStrict) events.push_back(*m_events.InvalidText());
+    }
+    const std::string rest = m_document.json.dump(1, ' ', false, handler);
     std::string text = m_events.Take();
     if (text.empty()) return rest;
 

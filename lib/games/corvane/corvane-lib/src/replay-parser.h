@@ -40,20 +40,27 @@ class ReplayParser : public ue4::FArchiveReader {
     // if the header is cut short, char* for a broken container. The document then holds what was read before.
     void ParseReplay(std::uint32_t& resumePosition, bool& resumeFlag, std::vector<std::uint8_t> key);
 
+    // After a ParseReplay that has thrown: reads what it has not come to, and throws nothing but
+    // std::bad_alloc. The document then holds all that can be read.
+    void Salvage();
+
     // The document, but that "events" is an empty list: its elements are kept as text. Null before the parse.
     // Callers may add members.
     nlohmann::json& Document() { return m_document.json; }
     // The whole document as JSON text in UTF-8: keys sorted, one blank of indent for each level, characters
-    // beyond ASCII as they are. The events are moved into it, so it can be taken once. Throws
-    // nlohmann::json's type_error for the document's first string that is not UTF-8.
-    std::string TakeText();
+    // beyond ASCII as they are. The events are moved into it, so it can be taken once. The document's first
+    // string that is not UTF-8 throws nlohmann::json's type_error, or gets U+FFFD in it if the handler says
+    // so.
+    std::string TakeText(nlohmann::json::error_handler_t handler = nlohmann::json::error_handler_t::strict);
 
     const ue4::ReplayFileInfo& FileInfo() const { return m_fileInfo; }
     const NetworkDemoHeader& Header() const { return m_header; }
     const ReplayFacts& Facts() const { return m_facts; }
 
   private:
-    bool ParseHeaderChunk();
+    // The header and the events, each once.
+    void ParsePayloads();
+    void ParseHeaderChunk();
     void ParseEvents();
     void ParseEvent(const ue4::FLocalFileEventInfo& info);
 
@@ -61,6 +68,8 @@ class ReplayParser : public ue4::FArchiveReader {
     ue4::ReplayFileInfo m_fileInfo;
     NetworkDemoHeader m_header;
     ue4::Document m_document;
+    bool m_headerDone = false;
+    bool m_eventsDone = false;
     EventText m_events;
     ReplayFacts m_facts;
 };

@@ -24,6 +24,7 @@ class ChunkTable {
     void Read() {
         std::int64_t offset = m_archive.Reader().tellg();
         while (!m_archive.Reader().eof()) {
+            if (offset <= m_info.TotalDataSizeInBytes) m_info.TableEnd = offset;
             const ReplayChunkInfo chunk = ReadChunkHead(offset);
             if (!ReadChunkContent(chunk) || chunk.SizeInBytes < 0) return;
             offset = chunk.DataOffset + chunk.SizeInBytes;

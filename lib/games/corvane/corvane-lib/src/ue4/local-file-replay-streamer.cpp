@@ -40,7 +40,7 @@ bool ReadInformationBlock(FStreamReader& archive, ReplayFileInfo& info, bool& ke
     info.LengthInMS = archive.ReadUInt32();
     info.NetworkVersion = archive.ReadUInt32();
     info.Changelist = archive.ReadUInt32();
-    archive.ReadString(info.FriendlyName);
+    archive.ReadStoredString(info.FriendlyName);
     info.bIsLive = archive.ReadBool();
     if (info.FileVersion >= kVersionTimestamp) info.Timestamp = archive.ReadUInt64();
     if (info.FileVersion >= kVersionCompressed) info.bCompressed = archive.ReadBool();
@@ -71,7 +71,7 @@ nlohmann::json FileMeta(const ReplayFileInfo& info) {
     meta["LegthInMs"] = info.LengthInMS;  // the document's readers know it under this spelling
     meta["NetworkVersion"] = info.NetworkVersion;
     meta["Changelist"] = info.Changelist;
-    meta["FriendlyName"] = info.FriendlyName;
+    meta["FriendlyName"] = WithoutWhitespace(info.FriendlyName);
     meta["Timestamp"] = info.Timestamp;
     meta["TotalDataSizeInBytes"] = info.TotalDataSizeInBytes;
     meta["bIsLive"] = info.bIsLive;

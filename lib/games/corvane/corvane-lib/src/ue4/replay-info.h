@@ -42,7 +42,7 @@ struct ReplayFileInfo {
     std::uint32_t LengthInMS = 0;
     std::uint32_t NetworkVersion = 0;
     std::uint32_t Changelist = 0;
-    std::string FriendlyName;
+    std::string FriendlyName;  // as stored, with its whitespace
     std::uint64_t Timestamp = 0;  // as the game wrote it
     std::int64_t TotalDataSizeInBytes = 0;
     bool bIsLive = false;  // the game is still recording
@@ -51,6 +51,9 @@ struct ReplayFileInfo {
     bool bEncrypted = false;
     std::vector<std::uint8_t> EncryptionKey;  // the key in effect for the payloads
     std::int32_t HeaderChunkIndex = -1;       // in Chunks; -1: none
+    // Where the first chunk begins that does not lie wholly within the file, or could not be read; the file's
+    // size if there is none.
+    std::int64_t TableEnd = 0;
     // In file order. No vectors, which as they grow take up to three times as much for a moment.
     std::deque<ReplayChunkInfo> Chunks;
     std::deque<FLocalFileEventInfo> Events;

@@ -43,8 +43,8 @@ std::vector<std::uint8_t> Decompressed(std::vector<std::uint8_t> payload) {
 
 }  // namespace
 
-ReplayException::ReplayException(const std::string& message, const char* file, int line)
-    : std::runtime_error(std::string(file) + ":" + std::to_string(line) + ": " + message) {}
+ReplayException::ReplayException(const std::string& message, const char* file, int line, Cause cause)
+    : std::runtime_error(std::string(file) + ":" + std::to_string(line) + ": " + message), m_cause(cause) {}
 
 FStreamReader::FStreamReader(std::istream* stream, Endianess endianness, bool giveOwnership) {
     std::unique_ptr<std::istream> owned(giveOwnership ? stream : nullptr);
@@ -123,7 +123,7 @@ std::vector<std::uint8_t>& FStreamReader::ReadPayload(std::uint32_t size, std::u
     if ((flags & kPayloadEncrypted) != 0) {
         if (EncryptionKey.empty()) {
             throw ReplayException("Data was encrypted, but encryption key was not set.", kSourceFile,
-                                  kMissingKeyLine);
+                                  kMissingKeyLine, ReplayException::Cause::MissingKey);
         }
         if (!m_key) m_key.emplace(EncryptionKey.data(), EncryptionKey.size());
         if (!orvel::util::data::decrypt(m_payload, *m_key)) return m_payload;

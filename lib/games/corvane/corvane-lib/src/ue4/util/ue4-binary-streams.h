@@ -32,7 +32,13 @@ using CppUtilities::Endianess;
 // A replay that cannot be read on. what() is "file:line: message".
 class ReplayException : public std::runtime_error {
   public:
-    ReplayException(const std::string& message, const char* file, int line);
+    enum class Cause { Corrupt, MissingKey };
+
+    ReplayException(const std::string& message, const char* file, int line, Cause cause = Cause::Corrupt);
+    Cause cause() const { return m_cause; }
+
+  private:
+    Cause m_cause;
 };
 
 // The text without whitespace of the "C" locale, wherever it stands: the form in which documents have it.
