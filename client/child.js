@@ -3,8 +3,9 @@
 // takes the native add-on's own lines, which nobody reads; its standard error says why it ended.
 //
 //     first            { ready: true }
-//     { path, key, maxDocumentBytes }
-//                      reads a replay; answers { text }, the document in UTF-8, or { code, reason, hint }
+//     { path, key, maxDocumentBytes, facts, salvage }
+//                      reads a replay; answers { text }, the document in UTF-8, and if they are wanted { facts }, JSON text
+//                      as well; or { code, reason, hint }
 //     { key, maxDocumentBytes }
 //                      watches the demo folder; answers { watching: true }, then { payload } for each result, or once
 //                      { code, reason, hint }
@@ -22,27 +23,26 @@ function openFailure(path) {
   }
 }
 
-// An error without a code means that another add-on was loaded. Of a file that is cut short the native side only says
-// that its stream has failed.
+// An error without a code means that another add-on was loaded.
 function failure({ code, message, hint }) {
   if (code === undefined)
     return { code: 'ERR_CORVANE_ADDON', reason: `another add-on was loaded: ${message}` };
-  const isCut = code === 'ERR_CORRUPT' && message.startsWith('ios_base::failbit set');
-  return { code, reason: isCut ? 'the file ends too early' : message.trim(), hint };
+  return { code, reason: message.trim(), hint };
 }
 
 // More than the limit never reaches the application, which would have to hold it twice and to parse it.
-function limited(text, maxDocumentBytes) {
-  if (text.length <= maxDocumentBytes) return { text };
+function limited({ text, facts }, maxDocumentBytes) {
+  if (text.length <= maxDocumentBytes) return facts === undefined ? { text } : { text, facts };
   return {
     code: 'ERR_DOCUMENT_TOO_LARGE',
     reason: `${text.length} bytes; maxDocumentBytes is ${maxDocumentBytes}`,
   };
 }
 
-function read({ path, key, maxDocumentBytes }) {
+function read({ path, key, maxDocumentBytes, facts = false, salvage = false }) {
   try {
-    return limited(loadAddon().readReplayDocument(path, key), maxDocumentBytes);
+    const result = loadAddon().readReplayDocument(path, key, { facts, salvage });
+    return limited(facts ? result : { text: result }, maxDocumentBytes);
   } catch (error) {
     const { reason, ...rest } = failure(error);
     return { ...rest, reason: (rest.code === 'ERR_UNREADABLE' && openFailure(path)) || reason };

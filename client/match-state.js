@@ -5,7 +5,7 @@ const STATES = { complete: 'complete', live: 'recording', cut: 'truncated', fail
 
 const REASONS = {
   undecryptable: 'cannot be decrypted',
-  short: 'are too short',
+  tooShort: 'are too short',
 };
 
 // Without facts only the file's own word is known: that it is being recorded.
