@@ -13,4 +13,7 @@ const file = resolve(process.argv[2]); // "Creation" has the path as it is given
 const document = JSON.parse(Buffer.from(ReadCorvaneDemo(file), 'latin1').toString('utf8'));
 assert.deepEqual(await readReplay(file), document);
 assert.deepEqual(await require('corvane_napi/client').readReplay(file), document);
+// What the command line needs is not loaded with the rest.
+const others = Object.keys(require.cache).filter((name) => !/node_modules.corvane_napi\b/.test(name));
+assert.deepEqual(others, []);
 console.log(`${document.events.filter(({ evtName }) => evtName === 'playerElim').length} eliminations`);

@@ -54,7 +54,7 @@ function testWatching(host, folder, { file }) {
 
 // The lines of the shell, in their order; all but the one that watches, which is an example of its own.
 function testCommands(host, folder, readme) {
-  const [, block, output] = /```sh\n(npx .*?)```\n\n```text\n(.*?)```/s.exec(readme);
+  const [, block, output] = /```sh\n(npx .*?)```\n\n.*?\n\n```text\n(.*?)```/s.exec(readme);
   const lines = block
     .replace(/ +#.*$/gm, '')
     .trim()
