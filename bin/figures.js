@@ -184,12 +184,15 @@ function figuresOf(groups, figures) {
   }));
 }
 
-// By a figure downwards, or by the keys.
+const isPool = ({ key }) => Object.values(UNNAMED).includes(key);
+
+// By a figure downwards, or by the keys; those that are no single player come last, and so does what is not known.
 function sortFigures(rows, name) {
   const by = name === undefined ? ({ key }) => key : ({ values }) => values[name];
   rows.sort((a, b) => compare(by(a), by(b)));
-  if (name !== undefined) rows.reverse().sort((a, b) => Number(by(a) === null) - Number(by(b) === null));
-  return rows;
+  const isLast = (row) => Number(isPool(row) || by(row) === null);
+  if (name !== undefined) rows.reverse();
+  return rows.sort((a, b) => isLast(a) - isLast(b));
 }
 
 module.exports = { GROUPINGS, Group, Groups, OF_MATCHES, figure, figuresOf, plain, playerKey, sortFigures };

@@ -64,19 +64,24 @@ function trends(rows, figures) {
     .join('');
 }
 
-function tableOf(rows, figures, options, names, width) {
+// The table of as many figures, from the left, as have room.
+function tableOf(rows, { figures }, options, names, width = Infinity) {
   const { plain } = require('../figures.js');
   const { textTable } = require('../text-table.js');
   const shown = figures.filter(({ label }) => label !== undefined);
   const columns = [
-    { name: options.by.toUpperCase(), shrinks: true },
+    { name: options.by.toUpperCase(), shrinks: ['player', 'opponent'].includes(options.by) },
     ...shown.map(({ label }) => ({ name: label, right: true })),
   ];
   const lines = rows.map(({ key, values }) => [
     printable(names[key] ?? plain(key)),
     ...shown.map(({ name, text }) => text(values[name])),
   ]);
-  return textTable(columns, lines, width);
+  for (let count = columns.length; ; count -= 1) {
+    const cut = lines.map((line) => line.slice(0, count));
+    const text = textTable(columns.slice(0, count), cut, width);
+    if (count <= 2 || text.indexOf('\n') <= width) return text;
+  }
 }
 
 async function run(context) {
@@ -94,7 +99,7 @@ async function run(context) {
     }
     return tally.status;
   }
-  await output.write(tableOf(rows, result.figures, options, names, output.stream.columns));
+  await output.write(tableOf(rows, result, options, names, output.stream.columns));
   if (result.isTime && rows.length > 1) await output.write('\n' + trends(rows, result.figures));
   return tally.status;
 }

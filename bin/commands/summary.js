@@ -9,23 +9,43 @@ const TIMELINE_WIDTH = 60;
 const LABEL_WIDTH = 14;
 const MOST_PLAYERS = 5;
 
-const present = (...parts) => parts.filter((part) => part !== null && part !== undefined).join(' · ');
+const MARK = ' · ';
+
+// What there is of the parts, in as many lines as they need.
+function wrapped(parts, lineWidth) {
+  const lines = [];
+  for (const part of parts.filter((each) => each !== null && each !== undefined)) {
+    const longer = lines.length > 0 ? `${lines.at(-1)}${MARK}${part}` : undefined;
+    if (longer !== undefined && longer.length <= lineWidth) lines[lines.length - 1] = longer;
+    else lines.push(part);
+  }
+  return lines.join('\n');
+}
 
 function nameOf(player, names) {
   if (player.kind === 'account') return printable(names[player.id] ?? player.id);
   return player.kind === 'bot' ? printable(player.name ?? 'unnamed bot') : 'unknown';
 }
 
-function ownLine({ own, team }, units) {
+// The same between words.
+function wrapWords(text, lineWidth) {
+  const words = text.split(' ');
+  return words.reduce((lines, word) => {
+    const column = lines.length - lines.lastIndexOf('\n') - 1;
+    return column + 1 + word.length > lineWidth ? `${lines}\n  ${word}` : `${lines} ${word}`;
+  });
+}
+
+function ownFigures({ own, team }, units) {
   const place = team === null ? null : `place ${units.count(team.place)} of ${units.count(team.of)}`;
-  if (own === null) return present(place, 'no figures of the recording player');
-  return present(
+  if (own === null) return [place, 'no figures of the recording player'];
+  return [
     place,
     `${own.eliminations} eliminations, ${own.assists} assists, ${own.revives} revives`,
     `accuracy ${units.share(own.accuracy)}`,
     `damage ${own.weaponDamage + own.otherDamage} dealt, ${own.damageTaken} taken`,
     `travelled ${units.kilometres(own.traveledM)}`,
-  );
+  ];
 }
 
 // How many of the events fall into each of `width` equal parts of the match.
@@ -46,7 +66,7 @@ function timeline({ eliminations, durationMs }, lineWidth, units) {
       width,
     );
     const bars = units.sparkline(counts.map((count) => count || null));
-    return label.padEnd(LABEL_WIDTH) + (counts.some(Boolean) ? bars : '').trimEnd();
+    return label.padEnd(LABEL_WIDTH) + bars.trimEnd();
   };
   const end = units.clock(endMs);
   const axis = ' '.repeat(LABEL_WIDTH) + '0:00' + end.padStart(width - 4);
@@ -71,13 +91,15 @@ function bestPlayers({ players }, names, lineWidth) {
   return rows.length === 0 ? [] : ['', textTable(columns, rows, lineWidth).trimEnd()];
 }
 
-function notable({ eliminations }, names, units) {
+function notable({ eliminations }, names, lineWidth, units) {
   const ends = eliminations.filter(({ kind }) => kind === 'elimination');
   if (ends.length === 0) return [];
   const text = ({ attacker, victim, timeMs, distanceM }) =>
     `${nameOf(attacker, names)} eliminated ${nameOf(victim, names)} over ${units.metres(distanceM)} at ${units.clock(timeMs)}`;
   const farthest = ends.reduce((a, b) => ((b.distanceM ?? -1) > (a.distanceM ?? -1) ? b : a));
-  return ['', `longest  ${text(farthest)}`, `last     ${text(ends.at(-1))}`];
+  return ['', `longest  ${text(farthest)}`, `last     ${text(ends.at(-1))}`].map((line) =>
+    wrapWords(line, lineWidth),
+  );
 }
 
 function report(match, names, lineWidth) {
@@ -87,11 +109,11 @@ function report(match, names, lineWidth) {
   const title = [match.map, mode].map((text) => text && printable(text));
   const date = match.recordedAt && units.dateTime(match.recordedAt);
   return [
-    present(...title, date, units.clock(match.durationMs), match.state),
-    ownLine(match, units),
+    wrapped([...title, date, units.clock(match.durationMs), match.state], lineWidth),
+    wrapped(ownFigures(match, units), lineWidth),
     ...timeline(match, lineWidth, units),
     ...bestPlayers(match, names, lineWidth),
-    ...notable(match, names, units),
+    ...notable(match, names, lineWidth, units),
     ...match.warnings.map((text) => `\nwarning: ${printable(text)}`),
   ];
 }

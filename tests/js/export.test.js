@@ -1,0 +1,234 @@
+'use strict';
+// The tables of an export: read back with DuckDB, brought up to date, written by shards, interrupted at every moment.
+
+const assert = require('node:assert/strict');
+const fs = require('node:fs');
+const path = require('node:path');
+const { test } = require('node:test');
+const { DataSet } = require('../../bin/export/data-set.js');
+const { TABLES } = require('../../bin/export/tables.js');
+const { makeSeason, matchReplay } = require('../support/make-season.js');
+const { addonPath } = require('../support/reads.js');
+const { run, start, temporaryFolder } = require('../support/run.js');
+
+process.env.CORVANE_ADDON = addonPath;
+const { readMatches } = require('../../client');
+
+const program = path.join(__dirname, '..', '..', 'bin', 'corvane-replay.js');
+const folder = temporaryFolder();
+const inFolder = (...names) => path.join(folder, ...names);
+const season = inFolder('season');
+const truth = makeSeason(season, 24);
+const hostile = '=cmd|"/c calc"\n,é';
+const inHostile = path.join(season, 'more', 'hostile.replay');
+fs.mkdirSync(path.join(season, 'more'));
+fs.writeFileSync(
+  inHostile,
+  matchReplay(99, 100, { info: { FriendlyName: hostile, Timestamp: 2n ** 64n - 1n } }),
+);
+const broken = path.join(season, 'more', 'broken.replay');
+fs.writeFileSync(broken, 'no replay');
+
+const names = Object.keys(TABLES);
+const extensions = ['parquet', 'csv', 'ndjson'];
+const exported = (out, ...more) => run(process.execPath, [program, 'export', season, '--out', out, ...more]);
+
+// The rows of a table as texts, in no order.
+async function rowsOf(out, table, extension) {
+  const files = fs.readdirSync(path.join(out, table)).filter((name) => name.endsWith(`.${extension}`));
+  const rows = await Promise.all(files.map((name) => rowsIn(path.join(out, table, name), extension)));
+  return rows.flat().sort();
+}
+
+async function rowsIn(file, extension) {
+  const bytes = fs.readFileSync(file);
+  if (extension !== 'parquet')
+    return bytes
+      .toString()
+      .split('\n')
+      .slice(Number(extension === 'csv'), -1);
+  const { parquetReadObjects } = await import('hyparquet');
+  const objects = await parquetReadObjects({ file: Uint8Array.from(bytes).buffer });
+  return objects.map((row) =>
+    JSON.stringify(row, (_, cell) => (typeof cell === 'bigint' ? `${cell}` : cell)),
+  );
+}
+
+async function assertSameRows(a, b, extension) {
+  for (const table of names) {
+    const [rows, expected] = await Promise.all([a, b].map((out) => rowsOf(out, table, extension)));
+    assert.ok(rows.length > 0 || table === 'failures', table);
+    assert.deepEqual(rows, expected, table);
+  }
+}
+
+const DUCKDB_TYPES = {
+  text: 'VARCHAR',
+  integer: 'BIGINT',
+  double: 'DOUBLE',
+  boolean: 'BOOLEAN',
+  timestamp: 'TIMESTAMP',
+};
+
+test(
+  'DuckDB reads what was written',
+  { skip: process.platform === 'win32' && 'no DuckDB there' },
+  async () => {
+    const { DuckDBInstance } = require('@duckdb/node-api');
+    const out = inFolder('duckdb');
+    const { status, stderr } = exported(out);
+    assert.deepEqual([status, stderr.includes('25 read, 1 failed, 0 unchanged')], [4, true], stderr);
+    const connection = await (await DuckDBInstance.create()).connect();
+    const query = async (sql) => (await connection.runAndReadAll(sql)).getRowsJson();
+    for (const [table, columns] of Object.entries(TABLES)) {
+      await query(`create view ${table} as select * from read_parquet('${out}/${table}/*.parquet')`);
+      const types = (await query(`describe ${table}`)).map(([name, type]) => [name, type]);
+      assert.deepEqual(
+        types,
+        columns.map(({ name, type }) => [name, DUCKDB_TYPES[type]]),
+      );
+    }
+    const expected = { matches: 0, players: 0, eliminations: 0, metres: 0 };
+    for await (const { match } of readMatches([...truth.map(({ file }) => file), inHostile])) {
+      expected.matches += 1;
+      expected.players += match.players.length;
+      expected.eliminations += match.eliminations.length;
+      for (const { distanceM } of match.eliminations) expected.metres += distanceM;
+    }
+    const [[matches, players, eliminations, metres]] = await query(
+      'select (select count(*) from matches), (select count(*) from players), count(*), sum(distance_m) from eliminations',
+    );
+    assert.deepEqual([matches, players, eliminations].map(Number), Object.values(expected).slice(0, 3));
+    assert.ok(Math.abs(metres - expected.metres) < 1e-3);
+    const [first] = truth;
+    const [row] = await query(
+      `select map, mode, place, placed_of, own_eliminations, recorded_at, recorded_ticks from matches where path = '${first.file}'`,
+    );
+    const { mode, map, place, total, own } = first;
+    assert.deepEqual(row.slice(0, 5), [map, mode, String(place), String(total), String(own.kills)]);
+    assert.deepEqual(row.slice(5), ['2020-12-31 08:26:40.123456', '637450000001234567']);
+    const joined =
+      'select count(*) from eliminations e join players p on p.match_id = e.match_id and p.player_no = victim_no';
+    assert.deepEqual(await query(joined), [[String(expected.eliminations)]]);
+    const [failure] = await query('select path, code, file_bytes from failures');
+    assert.deepEqual(failure, [broken, 'ERR_NOT_A_REPLAY', '9']);
+  },
+);
+
+test('a cell of CSV is no formula, and a row is a line', () => {
+  const out = inFolder('csv');
+  exported(out, '--format', 'csv');
+  const [file] = fs.readdirSync(path.join(out, 'matches'));
+  const lines = fs.readFileSync(path.join(out, 'matches', file), 'utf8').split('\n');
+  assert.deepEqual([lines.length, lines[0].split(',').length], [27, TABLES.matches.length]);
+  const line = lines.find((each) => each.includes('hostile.replay'));
+  assert.match(line, /,"'=cmd\|""\/c ?calc"" ?,é",/);
+  // Numbers below zero stay numbers.
+  const [events] = fs.readdirSync(path.join(out, 'eliminations'));
+  assert.match(fs.readFileSync(path.join(out, 'eliminations', events), 'utf8'), /,-\d+\.\d+,/);
+});
+
+for (const extension of extensions) {
+  test(`${extension}: an update reads what is new or changed, and comes to the same rows`, async () => {
+    const own = inFolder(`season-${extension}`);
+    const replay = (number) => path.join(own, `match-${number}.replay`);
+    const put = (number, play = number) => fs.writeFileSync(replay(number), matchReplay(play, 100));
+    const update = (out, ...more) => {
+      const args = [program, 'export', own, '--out', out, '--format', extension, ...more];
+      const { status, stderr } = run(process.execPath, args);
+      return [status, stderr.match(/\d+ read, \d+ failed, \d+ unchanged/)?.[0]];
+    };
+    fs.mkdirSync(own);
+    for (let number = 1; number <= 6; ++number) put(number);
+    const [out, fresh] = [inFolder(`updated-${extension}`), inFolder(`fresh-${extension}`)];
+    assert.deepEqual(update(out), [0, '6 read, 0 failed, 0 unchanged']);
+    put(2, 50);
+    put(7);
+    assert.deepEqual(update(out, '--update'), [0, '2 read, 0 failed, 5 unchanged']);
+    assert.deepEqual(update(out, '--update'), [0, '0 read, 0 failed, 7 unchanged']);
+    update(fresh);
+    await assertSameRows(out, fresh, extension);
+    // Without --update all are read again, and none is there twice. Rows of a replay that is gone stay.
+    fs.rmSync(replay(1));
+    assert.deepEqual(update(out), [0, '6 read, 0 failed, 0 unchanged']);
+    await assertSameRows(out, fresh, extension);
+  });
+}
+
+test('four shards at once write the rows of one run', async () => {
+  const [one, four] = [inFolder('one'), inFolder('four')];
+  exported(one, '--format', 'ndjson');
+  const shards = ['1/4', '2/4', '3/4', '4/4'].map((shard) =>
+    start(process.execPath, [
+      program,
+      'export',
+      season,
+      '--out',
+      four,
+      '--format',
+      'ndjson',
+      '--shard',
+      shard,
+    ]),
+  );
+  const results = await Promise.all(shards.map(({ ended }) => ended));
+  const failed = results.filter(({ status }) => status !== 0);
+  assert.deepEqual(
+    failed.map(({ status }) => status),
+    [4],
+  );
+  await assertSameRows(four, one, 'ndjson');
+  const other = exported(four, '--format', 'csv');
+  assert.deepEqual([other.status, /holds an export as ndjson/.test(other.stderr)], [2, true]);
+});
+
+test('a run that is interrupted at any moment loses nothing, and the next one completes it', async () => {
+  const replay = (name, text) => {
+    const rows = Object.fromEntries(names.map((table) => [table, []]));
+    rows.failures = [[name, 'CODE', text, 1]];
+    return { path: name, size: 1, mtimeMs: 1, code: null, rows };
+  };
+  const opened = async (out) => {
+    const dataSet = new DataSet(out, 'ndjson', '1of1');
+    await dataSet.open();
+    return dataSet;
+  };
+  const reasons = async (out) =>
+    (await rowsOf(out, 'failures', 'ndjson')).map((line) => JSON.parse(line).reason).sort();
+  const calls = ['writeFileSync', 'renameSync', 'rmSync'];
+  const originals = calls.map((call) => fs[call]);
+  // The moment before the n-th change of the folder; returns whether it came.
+  const interrupted = async (n, action) => {
+    let left = n;
+    calls.forEach((call, i) => {
+      fs[call] = (...args) => {
+        if (--left <= 0) throw new Error('interrupted');
+        return originals[i](...args);
+      };
+    });
+    await action().catch((error) => assert.equal(error.message, 'interrupted'));
+    calls.forEach((call, i) => (fs[call] = originals[i]));
+    return left <= 0;
+  };
+  let moments = 0;
+  for (let n = 1, came = true; came; ++n) {
+    const out = inFolder(`interrupted-${n}`);
+    const first = await opened(out);
+    await first.commit([replay('a', 'a1'), replay('b', 'b1'), replay('c', 'c1')]);
+    const next = [replay('b', 'b2'), replay('d', 'd2')];
+    came = await interrupted(n, () => first.commit(next));
+    moments += Number(came);
+    const again = await opened(out);
+    const isThere = again.known('d') !== undefined;
+    assert.deepEqual(
+      await reasons(out),
+      isThere ? ['a1', 'b2', 'c1', 'd2'] : ['a1', 'b1', 'c1'],
+      `moment ${n}`,
+    );
+    await again.commit(next);
+    assert.deepEqual(await reasons(out), ['a1', 'b2', 'c1', 'd2'], `moment ${n}`);
+    const left = fs.readdirSync(out, { recursive: true }).filter((name) => /[~]|commit/.test(name));
+    assert.deepEqual(left, [], `moment ${n}`);
+  }
+  assert.ok(moments > 15, `${moments} moments`);
+});

@@ -1,0 +1,200 @@
+'use strict';
+// The commands about matches: what is asked of a season in one command each, and where its replays are looked for.
+
+const assert = require('node:assert/strict');
+const fs = require('node:fs');
+const path = require('node:path');
+const { test } = require('node:test');
+const { OWN, makeSeason } = require('../support/make-season.js');
+const { addonPath } = require('../support/reads.js');
+const { run, temporaryFolder } = require('../support/run.js');
+
+process.env.CORVANE_ADDON = addonPath;
+const { readMatches } = require('../../client');
+
+const program = path.join(__dirname, '..', '..', 'bin', 'corvane-replay.js');
+const folder = temporaryFolder();
+const truth = makeSeason(path.join(folder, 'season'), 30);
+const cli = (...args) => run(process.execPath, [program, ...args], { cwd: folder });
+
+function lines(...args) {
+  const { status, stdout, stderr } = cli(...args);
+  assert.equal(status, 0, stderr);
+  return stdout.split('\n').slice(0, -1).map(JSON.parse);
+}
+
+// What the command writes on a terminal of 80 columns.
+async function onTerminal(name, args, options = {}) {
+  const texts = [];
+  const write = async (text) => texts.push(text);
+  const output = { write, writeJson: write, stream: { isTTY: true, columns: 80 } };
+  const context = { args, options, output, terminal: { write() {} } };
+  await require(`../../bin/commands/${name}.js`).run(context);
+  const text = texts.join('');
+  for (const line of text.split('\n')) assert.ok(line.length <= 80, line);
+  return text;
+}
+
+const events = [];
+test('the season is read once, to know what is true of it', async () => {
+  for await (const { match } of readMatches(truth.map(({ file }) => file))) {
+    for (const event of match.eliminations) events.push({ ...event, match });
+  }
+});
+const ends = () => events.filter(({ kind }) => kind === 'elimination');
+const countBy = (list, keyOf) => {
+  const counts = new Map();
+  for (const each of list) counts.set(keyOf(each), (counts.get(keyOf(each)) ?? 0) + 1);
+  return counts;
+};
+
+const won = truth.filter(({ place }) => place === 1);
+
+// Each question with the one command that answers it; rows: what the command gave.
+const QUESTIONS = [
+  {
+    question: 'which matches were won',
+    args: ['list', 'season', '--where', 'place=1', '--sort', '-eliminations'],
+    check: (rows) => {
+      const kills = won.map(({ own }) => own.kills).sort((a, b) => b - a);
+      assert.deepEqual(
+        rows.map((row) => row.own_eliminations),
+        kills,
+      );
+    },
+  },
+  {
+    question: 'who was best by rate',
+    args: ['stats', 'season', '--sort', 'eliminations_per_match', '--min-matches', '5', '--top', '3'],
+    check: ([best, ...others]) => {
+      assert.equal(others.length, 2);
+      const attacks = ends().filter(({ attacker, victim }) => attacker.id && attacker !== victim);
+      const rate = countBy(attacks, ({ attacker }) => attacker.id).get(best.player) / best.matches;
+      assert.equal(best.eliminations_per_match, rate);
+      assert.ok(others.every((row) => row.eliminations_per_match <= rate && row.matches >= 5));
+    },
+  },
+  {
+    question: 'the longest distances',
+    args: ['stats', 'season', '--by', 'player', '--sort', 'longest_distance_m', '--top', '1'],
+    check: ([first]) => assert.equal(first.longest_distance_m, Math.max(...ends().map((e) => e.distanceM))),
+  },
+  {
+    question: 'the damage mix',
+    args: ['stats', 'season', '--by', 'damage', '--damage-names', 'damage.csv'],
+    check: (rows) => {
+      const counts = countBy(ends(), ({ damageType }) => damageType);
+      const rifle = rows.find(({ damage }) => damage === 'rifle, heavy');
+      assert.equal(rifle.eliminations, counts.get(12));
+      assert.ok(Math.abs(rows.reduce((sum, { share }) => sum + share, 0) - 1) < 1e-9);
+    },
+  },
+  {
+    question: 'the nemesis',
+    args: ['stats', 'season', '--by', 'opponent', '--player', OWN.toUpperCase(), '--names', 'names.json'],
+    check: ([first]) => {
+      const counts = countBy(
+        ends().filter((e) => e.victim.id === OWN && e.attacker.id && e.attacker !== e.victim),
+        ({ attacker }) => attacker.id,
+      );
+      assert.equal(first.eliminated_player, Math.max(...counts.values()));
+      assert.equal(first.eliminated_player, counts.get(first.opponent));
+    },
+  },
+  {
+    question: 'how place changed over time',
+    args: ['stats', 'season', '--by', 'week'],
+    check: (rows) => {
+      assert.deepEqual(
+        rows.map(({ week, matches }) => [week, matches]),
+        [
+          ['2020-W53', 19],
+          ['2021-W01', 11],
+        ],
+      );
+      const places = truth.slice(0, 19).map(({ place }) => place);
+      assert.equal(rows[0].median_place, places.sort((a, b) => a - b)[9]);
+    },
+  },
+  {
+    question: 'what differs between two sets',
+    args: [
+      'compare',
+      'season/match-0000*.replay',
+      '--',
+      'season/match-0001*.replay',
+      'season/match-00020.replay',
+    ],
+    check: (rows) => {
+      const wins = (list) => list.filter(({ place }) => place === 1).length;
+      assert.deepEqual(rows[0], { figure: 'matches', a: 9, b: 11 });
+      assert.deepEqual(rows[1], { figure: 'wins', a: wins(truth.slice(0, 9)), b: wins(truth.slice(9, 20)) });
+    },
+  },
+];
+
+fs.writeFileSync(path.join(folder, 'damage.csv'), 'type,name\r\n12,"rifle, heavy"\r\n');
+fs.writeFileSync(path.join(folder, 'names.json'), JSON.stringify({ [OWN]: 'me' }));
+
+for (const { question, args, check } of QUESTIONS) test(question, () => check(lines(...args)));
+
+test('a match at a glance, and tables, fit the terminal', async () => {
+  const [first] = truth;
+  const summary = await onTerminal('summary', [first.file]);
+  assert.match(summary, new RegExp(`^${first.map} · ${first.mode} · 2020-12-31 08:26 · \\d+:\\d\\d`));
+  assert.match(summary, new RegExp(`^place ${first.place} of ${first.total} · ${first.own.kills} elim`, 'm'));
+  assert.match(summary, /^eliminations +[▁▂▃▄▅▆▇█ ]+$/m);
+  const season = path.join(folder, 'season');
+  const list = await onTerminal('list', [[season]], { where: ['map=Saltmarsh', 'length>=16:00'] });
+  assert.equal(list.match(/Saltmarsh/g).length, truth.filter(({ map }) => map === 'Saltmarsh').length);
+  const trend = await onTerminal('stats', [[season]], { by: 'day' });
+  assert.match(trend, /^PLACE +[▁▂▃▄▅▆▇█]+  [\d.]+ → [\d.]+$/m);
+});
+
+test('replays are found in folder trees, by patterns and on standard input, each once', () => {
+  const deep = path.join(folder, 'tree', 'a', 'b');
+  fs.mkdirSync(deep, { recursive: true });
+  for (const name of ['x.replay', 'y.REPLAY', 'z.txt']) fs.copyFileSync(truth[0].file, path.join(deep, name));
+  const slash = process.platform === 'win32' ? '\\' : '/';
+  for (const [count, ...paths] of [
+    [2, 'tree'],
+    [1, `tree${slash}**${slash}*.replay`],
+    [2, 'tree', path.join('tree', 'a', 'b', 'x.replay')],
+    [3, 'tree/?/b/*'],
+  ]) {
+    const { status, stdout } = cli('list', ...paths);
+    const found = stdout.split('\n').length - 1;
+    assert.deepEqual([found, status], [count, 0], paths.join(' '));
+  }
+  const { status, stderr } = cli('list', 'none*', 'season/match-00001.replay');
+  assert.deepEqual([status, /nothing matches none\*/.test(stderr)], [3, true]);
+});
+
+test(
+  'a list on standard input',
+  { skip: process.platform === 'win32' && 'node.exe has no pipe here' },
+  () => {
+    const { spawnSync } = require('node:child_process');
+    const input = `${truth[3].file}\r\n\n${truth[1].file}\n`;
+    const { stdout } = spawnSync(process.execPath, [program, 'list', '-'], { input, encoding: 'utf8' });
+    const paths = stdout
+      .split('\n')
+      .slice(0, -1)
+      .map((line) => JSON.parse(line).path);
+    assert.deepEqual(paths, [truth[3].file, truth[1].file]);
+  },
+);
+
+test('what makes no sense is said', () => {
+  for (const [args, text] of [
+    [['list', 'season', '--where', 'place'], /no condition/],
+    [['list', 'season', '--where', 'place<soon'], /no number/],
+    [['list', 'season', '--sort', 'colour'], /no column colour/],
+    [['stats', 'season', '--sort', 'colour'], /no figure colour/],
+    [['compare', 'season'], /two sets/],
+    [['export', 'season', '--out', 'x', '--shard', '5/4'], /i\/n/],
+  ]) {
+    const { status, stderr } = cli(...args);
+    assert.deepEqual([status, text.test(stderr)], [2, true], stderr);
+  }
+});
