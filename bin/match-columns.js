@@ -1,6 +1,7 @@
 'use strict';
 // What can be asked of a match on the command line, by name: to be shown, sorted by, and compared with.
 
+const path = require('node:path');
 const { modeOf } = require('./export/tables.js');
 const { printable, usageFailure } = require('./failures.js');
 const { clock, count, dateTime, plain, share, UNKNOWN } = require('./units.js');
@@ -25,12 +26,12 @@ const COLUMNS = {
     text: (place, { team }) => (team === null ? UNKNOWN : `${count(place)}/${count(team.of)}`),
     right: true,
   },
-  eliminations: { value: ({ own }) => own?.eliminations ?? null, text: count, right: true },
+  eliminations: { value: ({ own }) => own?.eliminations ?? null, text: count, right: true, label: 'ELIMS' },
   accuracy: { value: ({ own }) => own?.accuracy ?? null, text: share, right: true },
   players: { value: ({ players }) => players.length, text: count, right: true },
   state: { value: ({ state }) => state, text: plain },
   name: { value: ({ name }) => name, text: plain, shrinks: true },
-  path: { value: ({ path }) => path, text: plain, shrinks: true },
+  path: { value: ({ path }) => path, text: (file) => path.basename(file), shrinks: true, label: 'FILE' },
 };
 
 const NAMES = Object.keys(COLUMNS).join(', ');

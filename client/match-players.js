@@ -4,11 +4,13 @@
 // What the reader writes for a bot without a name. It removes blanks from names in the file, so that no name reads so.
 const UNNAMED_BOT = 'Unnamed Bot';
 
-// account and bot: the two fields of an event, of which it has one; name: the bot's name as the file has it.
-function playerOf(account, bot, name) {
+// account and bot: the two fields of an event, of which it has one; exact: the bot's name as the file has it, undefined
+// where that is not known.
+function playerOf(account, bot, exact) {
   if (account) return { kind: 'account', id: account };
-  if (bot === UNNAMED_BOT) return { kind: 'bot', name: null };
-  return bot ? { kind: 'bot', name: name.replace(/\0$/, '') } : { kind: 'unknown' };
+  if (exact === undefined && bot === UNNAMED_BOT) return { kind: 'bot', name: null };
+  const name = (exact ?? bot).replace(/\0$/, '');
+  return name || exact !== undefined ? { kind: 'bot', name: name || null } : { kind: 'unknown' };
 }
 
 // What makes two mentions the same player; undefined where nothing can.

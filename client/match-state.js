@@ -16,7 +16,8 @@ function stateOf(meta, facts) {
 
 function ending({ end, cutAt, fileBytes, failure }) {
   if (end === 'cut') return `the replay is cut: what follows byte ${cutAt} of ${fileBytes} is missing`;
-  if (end === 'failed') return `the replay is broken, what follows is missing: ${failure.reason}`;
+  if (end === 'failed')
+    return `the replay is broken, and what cannot be read is missing: ${failure.reason.trim()}`;
   return end === 'live' ? 'the game is still recording' : undefined;
 }
 
@@ -25,7 +26,7 @@ function warningsOf(facts) {
   if (facts === undefined) return [];
   const skipped = facts.skipped
     .filter(({ reason }) => reason in REASONS)
-    .map(({ name, count, reason }) => `${count} events "${name}" ${REASONS[reason]}`);
+    .map(({ name, count, reason }) => `events that ${REASONS[reason]}: ${count} of ${name}`);
   return [ending(facts), ...skipped, ...facts.warnings].filter(Boolean);
 }
 

@@ -26,7 +26,7 @@ export interface Match {
   warnings: string[];
   /** Events that were passed over; `null` where nothing is known of the reading. */
   skipped: SkippedEvents[] | null;
-  /** The byte at which a truncated replay stops making sense. */
+  /** Where the first chunk begins that the file does not hold as a whole. */
   cutAtByte: number | null;
   /** The size of the file. */
   fileBytes: number | null;
@@ -52,9 +52,10 @@ export interface MatchEngine {
 }
 
 export interface SkippedEvents {
+  /** The kind of the events; of an unknown one `group/metadata`. */
   name: string;
   count: number;
-  reason: string;
+  reason: 'undecryptable' | 'tooShort' | 'unknown';
 }
 
 /**
@@ -144,18 +145,18 @@ export interface TeamResult {
 export interface ReadingFacts {
   end: 'complete' | 'cut' | 'live' | 'failed';
   fileBytes: number;
-  /** The byte at which the file stops making sense. */
+  /** Where the first chunk begins that the file does not hold as a whole. */
   cutAt: number | null;
   failure: { code: string; reason: string } | null;
   skipped: SkippedEvents[];
   warnings: string[];
   /** Texts as the file has them: with their blanks and final zeros. */
   texts: {
-    FriendlyName?: string;
-    branch?: string;
-    levels?: string[];
-    GameSpecificData?: string[];
-    names?: [eventIndex: number, field: 'killedBot' | 'killerBot', text: string][];
+    FriendlyName: string;
+    branch: string;
+    levels: string[];
+    GameSpecificData: string[];
+    names: [eventIndex: number, field: 'killedBot' | 'killerBot', text: string][];
   };
 }
 

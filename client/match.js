@@ -50,10 +50,11 @@ function mapOf(levels) {
 
 // "Region=EU" is a key with a value; a text without the sign has none.
 function settingsOf(list = []) {
-  const entries = list.map((text) => /^([^=]*)=?(.*)$/s.exec(textOf(text) ?? '').slice(1));
-  return Object.fromEntries(
-    entries.filter(([key]) => key !== '').map(([key, value]) => [key, orNull(value)]),
-  );
+  const entries = list.map((text) => {
+    const [, key, value] = /^([^=]*)=?(.*)$/s.exec(textOf(text) ?? '');
+    return [key.trim(), orNull(value.trim())];
+  });
+  return Object.fromEntries(entries.filter(([key]) => key !== ''));
 }
 
 function engineOf(header, texts) {
@@ -106,15 +107,17 @@ function eliminationOf(event, attacker, victim, damageNames) {
 // The eliminations in the order of time, and the players in the order in which they first appear.
 function playOf(events, { texts } = {}, damageNames) {
   const roster = new Roster();
-  const exactNames = new Map(texts?.names?.map(([index, field, text]) => [`${index} ${field}`, text]));
-  const nameOf = (index, event, field) =>
-    (exactNames.size > 0 ? exactNames.get(`${index} ${field}`) : undefined) ?? event[field];
+  const exactNames = new Map(texts?.names.map(([index, field, text]) => [`${index} ${field}`, text]));
+  const player = (event, i, role) => {
+    const bot = event[`${role}Bot`];
+    const exact = bot === undefined ? undefined : exactNames.get(`${i} ${role}Bot`);
+    return roster.member(playerOf(event[role], bot, exact));
+  };
   const eliminations = [];
   events.forEach((event, i) => {
     if (event.evtName !== 'playerElim') return;
-    const attacker = roster.member(playerOf(event.killer, event.killerBot, nameOf(i, event, 'killerBot')));
-    const victim = roster.member(playerOf(event.killed, event.killedBot, nameOf(i, event, 'killedBot')));
-    eliminations.push(eliminationOf(event, attacker, victim, damageNames));
+    const attacker = player(event, i, 'killer');
+    eliminations.push(eliminationOf(event, attacker, player(event, i, 'killed'), damageNames));
   });
   eliminations.sort((a, b) => a.timeMs - b.timeMs);
   return { eliminations, players: roster.records(eliminations) };

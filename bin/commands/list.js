@@ -28,7 +28,10 @@ async function run(context) {
   if (order) kept.sort(order);
   if (isData) for (const match of kept) await line(match);
   else {
-    const columns = SHOWN.map((name) => ({ name: name.toUpperCase(), ...COLUMNS[name] }));
+    const columns = SHOWN.map((name) => ({
+      ...COLUMNS[name],
+      name: COLUMNS[name].label ?? name.toUpperCase(),
+    }));
     const rows = kept.map((match) => SHOWN.map((name) => cellText(name, match)));
     await output.write(textTable(columns, rows, output.stream.columns));
   }

@@ -16,40 +16,44 @@ function wholeNumber(text) {
   throw new InvalidArgumentError('It must be a whole number.');
 }
 
-// Reads everything: { figures, rows, sort, isTime, title }, rows as figuresOf() gives them.
-async function grouped(context, tally) {
+// Each: { figures, sort, isTime, read(context, tally) }, read() resolving with rows as figuresOf() gives them.
+function groupingOf({ by }) {
+  const { FIGURES, Opponents } = require('../opponents.js');
   const { GROUPINGS, Groups, figuresOf } = require('../figures.js');
-  const { args, options } = context;
-  if (options.by === 'opponent') return opponents(context, tally);
-  const { add, figures, ...more } = GROUPINGS[options.by];
-  const groups = new Groups();
-  tally.status = await readAll(args[0], context, (match) => add(groups, match));
-  return { figures, rows: figuresOf(groups, figures), ...more };
+  if (by === 'opponent') {
+    const read = (context, tally) => opponents(new Opponents(), context, tally);
+    return { figures: FIGURES, sort: FIGURES[0].name, read };
+  }
+  const { add, figures, ...more } = GROUPINGS[by];
+  const read = async (context, tally) => {
+    const groups = new Groups();
+    tally.status = await readAll(context.args[0], context, (match) => add(groups, match));
+    return figuresOf(groups, figures);
+  };
+  return { figures, ...more, read };
 }
 
-async function opponents(context, tally) {
-  const { FIGURES, Opponents } = require('../opponents.js');
+async function opponents(found, context, tally) {
   const { args, options, terminal } = context;
-  const found = new Opponents();
   tally.status = await readAll(args[0], context, (match) => found.add(match));
   const account = options.player?.toLowerCase() ?? found.mostFrequent;
   if (options.player === undefined && account !== undefined) {
     terminal.write(`corvane-replay: of ${account}, who is in most matches; choose another with --player\n`);
   }
-  return { figures: FIGURES, rows: found.of(account), sort: FIGURES[0].name };
+  return found.of(account);
 }
 
-function chosen({ rows, figures, sort, isTime }, options, isData) {
-  const { sortFigures } = require('../figures.js');
+// The figure by which the lines come; undefined for the order of the keys.
+function sortName({ figures, sort }, options) {
   const name = options.sort ?? sort;
-  if (name !== undefined && !figures.some((figure) => figure.name === name)) {
-    throw usageFailure(
-      `there is no figure ${name}; there are ${figures.map((each) => each.name).join(', ')}`,
-    );
-  }
+  if (name === undefined || figures.some((figure) => figure.name === name)) return name;
+  throw usageFailure(`there is no figure ${name}; there are ${figures.map((each) => each.name).join(', ')}`);
+}
+
+function chosen(rows, isShort, name, options) {
+  const { sortFigures } = require('../figures.js');
   const enough = rows.filter(({ values }) => (values.matches ?? Infinity) >= (options.minMatches ?? 0));
-  const top = options.top ?? (isData || isTime ? Infinity : SHOWN_ON_TERMINAL);
-  return sortFigures(enough, name).slice(0, top);
+  return sortFigures(enough, name).slice(0, options.top ?? (isShort ? SHOWN_ON_TERMINAL : Infinity));
 }
 
 function trends(rows, figures) {
@@ -89,18 +93,20 @@ async function run(context) {
   const { options, output } = context;
   const names = namesOf(options.names);
   const tally = { status: 0 };
-  const result = await grouped(context, tally);
+  const grouping = groupingOf(options);
+  const name = sortName(grouping, options);
   const isData = wantsData(options, output);
-  const rows = chosen(result, options, isData);
+  const found = await grouping.read(context, tally);
+  const rows = chosen(found, !isData && !grouping.isTime, name, options);
   if (isData) {
     for (const { key, values } of rows) {
-      const name = names[key] === undefined ? {} : { name: names[key] };
-      await output.writeJson(JSON.stringify({ [options.by]: key, ...name, ...values }) + '\n');
+      const called = names[key] === undefined ? {} : { name: names[key] };
+      await output.writeJson(JSON.stringify({ [options.by]: key, ...called, ...values }) + '\n');
     }
     return tally.status;
   }
-  await output.write(tableOf(rows, result, options, names, output.stream.columns));
-  if (result.isTime && rows.length > 1) await output.write('\n' + trends(rows, result.figures));
+  await output.write(tableOf(rows, grouping, options, names, output.stream.columns));
+  if (grouping.isTime && rows.length > 1) await output.write('\n' + trends(rows, grouping.figures));
   return tally.status;
 }
 

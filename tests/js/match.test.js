@@ -110,6 +110,41 @@ test('players: accounts and named bots are the same in all events, unnamed ones 
   ]);
 });
 
+test('texts are as the file has them: blanks stay, final zeros go', async () => {
+  const header = w.headerChunk({
+    Branch: 'x y',
+    levels: [['/Game/Maps/Isle of Ash.Isle of Ash', 0]],
+    GameSpecificData: ['Sub Game = é b', 'Ranked'],
+  });
+  const named = (text) => elimination({ killed: { type: 16, id: text }, killer: { type: 16, id: text } });
+  const events = ['Unnamed Bot', 'Søren B', ''].map(named);
+  const match = await read(w.replay({ FriendlyName: ' Finale é' }, header, events));
+  assert.deepEqual([match.name, match.map, match.engine.branch], [' Finale é', 'Isle of Ash', 'x y']);
+  assert.deepEqual(match.settings, { 'Sub Game': 'é b', Ranked: null });
+  assert.deepEqual(
+    match.eliminations.map(({ victim }) => victim.name),
+    ['Unnamed Bot', 'Søren B', null],
+  );
+});
+
+test('a cut replay fails by name or says so, and gives what is whole when that is enough', async () => {
+  const whole = fs.readFileSync(sample);
+  const complete = await readMatch(sample);
+  assert.deepEqual([complete.state, complete.warnings, complete.cutAtByte], ['complete', [], null]);
+  const live = await read(w.replay({ bIsLive: 1 }));
+  assert.equal(live.state, 'recording');
+  let events = 0;
+  for (let size = 400; size < whole.length; size += 97) {
+    const match = await read(whole.subarray(0, size), { salvage: true });
+    assert.deepEqual([match.state, match.fileBytes], ['truncated', size]);
+    assert.match(match.warnings[0], new RegExp(`cut: what follows byte ${match.cutAtByte} of ${size}`));
+    assert.ok(match.eliminations.length >= events);
+    events = match.eliminations.length;
+  }
+  assert.equal(events, complete.eliminations.length);
+  await assert.rejects(read(whole.subarray(0, whole.length - 3)), { code: 'ERR_CORRUPT' });
+});
+
 test('many are read in order, from any kind of source, and a late path holds nothing back', async () => {
   const season = makeSeason(path.join(folder, 'season'), 12);
   let gotFirst;

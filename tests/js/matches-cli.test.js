@@ -148,7 +148,7 @@ test('a match at a glance, and tables, fit the terminal', async () => {
   const list = await onTerminal('list', [[season]], { where: ['map=Saltmarsh', 'length>=16:00'] });
   assert.equal(list.match(/Saltmarsh/g).length, truth.filter(({ map }) => map === 'Saltmarsh').length);
   const trend = await onTerminal('stats', [[season]], { by: 'day' });
-  assert.match(trend, /^PLACE +[▁▂▃▄▅▆▇█]+  [\d.]+ → [\d.]+$/m);
+  assert.match(trend, /^PLACE +[▁▂▃▄▅▆▇█]+ {2}[\d.]+ → [\d.]+$/m);
 });
 
 test('replays are found in folder trees, by patterns and on standard input, each once', () => {
