@@ -11,7 +11,7 @@ const FAILURES = {
   ],
   ERR_CORRUPT: [
     'the replay is damaged or not complete',
-    'The game may still be writing it: read it again later. If it stays so, the file is damaged.',
+    'The game may still be writing it: read it again later. What stands before the damage: readMatch with salvage, or --salvage.',
   ],
   ERR_OUT_OF_MEMORY: [
     'there is not enough memory for the document',

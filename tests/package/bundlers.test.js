@@ -95,3 +95,15 @@ test('bundles of CommonJS sources find it, too', async () => {
     assert.equal(stdout, 'function 9\n', stderr);
   }
 });
+
+test("the child's program is found beside an Electron archive, in which only Electron can read", () => {
+  const electron = temporaryFolder();
+  const [packed, unpacked] = ['app.asar', 'app.asar.unpacked'].map((name) => path.join(electron, name));
+  for (const copy of [packed, unpacked]) {
+    fs.cpSync(installed, path.join(copy, 'node_modules', 'corvane_napi'), { recursive: true });
+  }
+  fs.rmSync(path.join(packed, 'node_modules', 'corvane_napi', 'client', 'child.js'));
+  fs.writeFileSync(path.join(packed, 'main.mjs'), APP);
+  const { stdout, stderr } = runIn(hosts[0], folder, [path.join(packed, 'main.mjs')]);
+  assert.equal(stdout, 'function 9\n', stderr);
+});
