@@ -68,15 +68,19 @@ export interface AccountPlayer {
   kind: 'account';
   /** 32 hexadecimal digits. */
   id: string;
+  name?: never;
 }
 
 export interface BotPlayer {
   kind: 'bot';
   name: string | null;
+  id?: never;
 }
 
 export interface UnknownPlayer {
   kind: 'unknown';
+  id?: never;
+  name?: never;
 }
 
 /** Metres, in the game's axes. */

@@ -1,6 +1,13 @@
 // Compiled against the installed package, not run: results are told apart by `error`, documents are typed, and wrong
 // arguments do not compile.
-import { ReplayClient, ReplayError, readReplay, readReplays, watchReplays } from 'corvane_napi/client';
+import {
+  ReplayClient,
+  ReplayError,
+  readMatch,
+  readReplay,
+  readReplays,
+  watchReplays,
+} from 'corvane_napi/client';
 
 const { ReplayFileMeta } = await readReplay(new URL('file:///match.replay'), {
   key: Buffer.alloc(16),
@@ -24,6 +31,11 @@ readReplays('match.replay');
 // @ts-expect-error no such code
 new Set<ReplayError['code']>(['ERR_BROKEN']);
 
+const { own, eliminations } = await readMatch('match.replay', { salvage: true });
+const attackers: (string | null)[] = eliminations.map(({ attacker }) => attacker.name ?? attacker.id ?? null);
+// @ts-expect-error a replay need not have them
+own.kills;
+
 const watch = watchReplays({ key: new ArrayBuffer(32) });
 watch.on('replay', ({ Creation }) => Creation?.fileName).once('error', (error) => error.path?.length);
 // @ts-expect-error no such event
@@ -35,4 +47,4 @@ const closed: Promise<void> = client.close();
 // @ts-expect-error errors come from the client only
 new ReplayError('ERR_CORRUPT');
 
-export { closed, length };
+export { attackers, closed, length };
