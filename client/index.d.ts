@@ -5,6 +5,7 @@ import type { ReplayDocument, ReplayFileMeta, WatcherReplay } from '../index.js'
 import type { Match, MatchOptions } from './match.js';
 
 export * from './match.js';
+export * from './report.js';
 
 export type ReplayErrorCode =
   | 'ERR_UNREADABLE'

@@ -12,5 +12,6 @@ export const {
   readReplayText,
   readReplays,
   readReplayTexts,
+  renderReport,
   watchReplays,
 } = installed('./client/main.js');

@@ -25,5 +25,7 @@ module.exports = {
   readMatches: (paths, options) => shared.readMatches(paths, options),
   readReplays: (paths, options) => shared.readReplays(paths, options),
   readReplayTexts: (paths, options) => shared.readReplayTexts(paths, options),
+  // Loaded when it is first called: most applications make no report.
+  renderReport: (matches, options) => require('./report.js').renderReport(matches, options),
   watchReplays: (options) => shared.watchReplays(options),
 };

@@ -1,0 +1,17 @@
+import { PlayerName } from './player-name.js';
+
+// A player's name that follows the player; a second time ends it.
+export function FollowButton({ player, followed, onFollow, item }) {
+  const isFollowed = player === followed;
+  return (
+    <button
+      type="button"
+      class="link"
+      aria-pressed={isFollowed}
+      onClick={() => onFollow(isFollowed ? null : player)}
+      {...item}
+    >
+      <PlayerName player={player} />
+    </button>
+  );
+}
