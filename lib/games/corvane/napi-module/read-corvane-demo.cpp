@@ -3,9 +3,11 @@
 
 #include <algorithm>
 #include <cstdint>
+#include <cstring>
 #include <memory>
 #include <stdexcept>
 #include <string>
+#include <string_view>
 
 #include <nlohmann/json.hpp>
 
@@ -20,13 +22,25 @@ namespace {
 
 constexpr char kArgumentError[] = "Expected 1 required argument [replayFilePath]";
 
+// Eight bytes at a time: a text has megabytes.
+bool IsAscii(std::string_view text) {
+    std::uint64_t bits = 0;
+    std::uint64_t word = 0;
+    for (; text.size() >= sizeof(word); text.remove_prefix(sizeof(word))) {
+        std::memcpy(&word, text.data(), sizeof(word));
+        bits |= word;
+    }
+    for (const char c : text) bits |= static_cast<unsigned char>(c);
+    return (bits & 0x8080808080808080) == 0;
+}
+
 // One unit per byte, sign-extended: bytes from 0x80 become U+FF80 to U+FFFF. Callers take the low byte of
 // each unit and decode the bytes as UTF-8 to get at the characters. A text without such bytes becomes a
 // string that the host keeps with one byte for each unit: half the memory, and a third of the time.
 Napi::Value StringOfBytes(Napi::Env env, const std::string& text) {
     napi_value string = nullptr;
     napi_status status;
-    if (std::ranges::none_of(text, [](char c) { return (c & 0x80) != 0; })) {
+    if (IsAscii(text)) {
         status = napi_create_string_latin1(env, text.data(), text.size(), &string);
     } else {
         const auto units = std::make_unique_for_overwrite<char16_t[]>(text.size());

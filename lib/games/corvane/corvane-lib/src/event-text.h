@@ -48,6 +48,9 @@ class EventText {
     EventText(const EventText&) = delete;
     EventText& operator=(const EventText&) = delete;
 
+    // Takes room for so many events of common size, so that the text need not move as it grows.
+    void Reserve(std::size_t count) { m_text.reserve(count * kCommonBytes); }
+
     // An event is what is written between these two; members must come sorted by key.
     void BeginEvent();
     void EndEvent();
@@ -69,6 +72,7 @@ class EventText {
     std::string Take() { return std::move(m_text); }
 
   private:
+    static constexpr std::size_t kCommonBytes = 448;  // an elimination; a little room for the others' sake
     // An event is put together here and appended as a whole; texts longer than kShortText go past it.
     static constexpr std::size_t kShortText = 64;
     static constexpr std::size_t kMostMembers = 16;

@@ -1,6 +1,7 @@
 // The steps of a parse: container, header, events; and the text of what they come to.
 #include "games/corvane/corvane-lib/src/replay-parser.h"
 
+#include <algorithm>
 #include <new>
 #include <string_view>
 #include <utility>
@@ -62,6 +63,8 @@ void ReplayParser::ParseHeaderChunk() {
 
 void ReplayParser::ParseEvents() {
     Reader().clear();
+    const auto isKnown = [](const auto& info) { return FindEventKind(info) != nullptr; };
+    m_events.Reserve(static_cast<std::size_t>(std::ranges::count_if(m_fileInfo.Events, isKnown)));
     for (const ue4::FLocalFileEventInfo& info : m_fileInfo.Events) ParseEvent(info);
 }
 
