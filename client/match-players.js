@@ -4,72 +4,65 @@
 // What the reader writes for a bot without a name. It removes blanks from names in the file, so that no name reads so.
 const UNNAMED_BOT = 'Unnamed Bot';
 
-// account and bot: the two fields of an event, of which it has one; exact: the bot's name as the file has it, undefined
-// where that is not known.
-function playerOf(account, bot, exact) {
-  if (account) return { kind: 'account', id: account };
-  if (exact === undefined && bot === UNNAMED_BOT) return { kind: 'bot', name: null };
-  const name = (exact ?? bot).replace(/\0$/, '');
-  return name || exact !== undefined ? { kind: 'bot', name: name || null } : { kind: 'unknown' };
+const isNobody = ({ kind, name }) => kind === 'unknown' || name === null;
+
+// null where it cannot be known: who is unknown may be anyone, and two unnamed bots may be one.
+function isSelf(attacker, victim) {
+  if (attacker === victim) return true;
+  const isUnclear = attacker.kind === 'unknown' || victim.kind === 'unknown';
+  return isUnclear || (isNobody(attacker) && isNobody(victim)) ? null : false;
 }
 
-// What makes two mentions the same player; undefined where nothing can.
-function identity({ kind, id, name }) {
-  if (kind === 'account') return `account ${id}`;
-  return kind === 'bot' && name !== null ? `bot ${name}` : undefined;
-}
-
-const emptyRecord = (player) => ({
-  player,
-  eliminations: 0,
-  knocks: 0,
-  timesKnocked: 0,
-  deaths: 0,
-  endedBy: null,
-  endedAtMs: null,
-  selfInflicted: null,
-});
-
-// The players of a match. Whoever can be told apart is one object, wherever the match mentions them; an unnamed bot or an
-// unknown player is another one with each mention.
+// The records of a match's players, in the order in which they are first mentioned. Whoever can be told apart has one
+// record; an unnamed bot or an unknown player has another one with each mention.
 class Roster {
-  #known = new Map(); // identity -> player
-  #records = new Map(); // player -> record, in the order of their coming
+  #accounts = new Map(); // id -> record
+  #bots = new Map(); // name -> record
+  records = [];
 
-  // The object that stands for this player.
-  member(player) {
-    const key = identity(player);
-    const known = key === undefined ? undefined : this.#known.get(key);
-    if (known !== undefined) return known;
-    if (key !== undefined) this.#known.set(key, player);
-    this.#records.set(player, emptyRecord(player));
-    return player;
+  // account and bot: the two fields of an event, of which it has one; exact: the bot's name as the file has it, undefined
+  // where that is not known.
+  record(account, bot, exact) {
+    if (account) return this.#accounts.get(account) ?? this.#account(account);
+    if (exact === undefined && bot === UNNAMED_BOT) return this.#added({ kind: 'bot', name: null });
+    const name = (exact ?? bot).replace(/\0$/, '');
+    if (name !== '') return this.#bots.get(name) ?? this.#bot(name);
+    return this.#added(exact === undefined ? { kind: 'unknown' } : { kind: 'bot', name: null });
   }
 
-  // The players' records; eliminations: in the order of time.
-  records(eliminations) {
-    for (const event of eliminations) this.#count(event);
-    return [...this.#records.values()];
+  // Counts an event for the two whom it concerns. Events may come in any order.
+  count(isKnock, timeMs, attacker, victim) {
+    if (isKnock) {
+      if (attacker !== victim) attacker.knocks += 1;
+      victim.timesKnocked += 1;
+      return;
+    }
+    if (attacker !== victim) attacker.eliminations += 1;
+    victim.deaths += 1;
+    if (victim.endedAtMs !== null && victim.endedAtMs > timeMs) return;
+    victim.endedBy = attacker.player;
+    victim.endedAtMs = timeMs;
+    victim.selfInflicted = isSelf(attacker.player, victim.player);
   }
 
-  #count({ kind, attacker, victim, timeMs }) {
-    const isEnd = kind === 'elimination';
-    if (attacker !== victim) this.#records.get(attacker)[isEnd ? 'eliminations' : 'knocks'] += 1;
-    const record = this.#records.get(victim);
-    record[isEnd ? 'deaths' : 'timesKnocked'] += 1;
-    if (!isEnd) return;
-    record.endedBy = attacker;
-    record.endedAtMs = timeMs;
-    record.selfInflicted = this.#isSame(attacker, victim);
+  #account(id) {
+    const record = this.#added({ kind: 'account', id });
+    this.#accounts.set(id, record);
+    return record;
   }
 
-  // null where it cannot be known: two unnamed bots may be one.
-  #isSame(attacker, victim) {
-    if (attacker === victim) return true;
-    if (attacker.kind === 'unknown' || victim.kind === 'unknown') return null;
-    const bothUnnamed = [attacker, victim].every((player) => identity(player) === undefined);
-    return bothUnnamed ? null : false;
+  #bot(name) {
+    const record = this.#added({ kind: 'bot', name });
+    this.#bots.set(name, record);
+    return record;
+  }
+
+  #added(player) {
+    const counts = { eliminations: 0, knocks: 0, timesKnocked: 0, deaths: 0 };
+    const record = { player, ...counts, endedBy: null, endedAtMs: null, selfInflicted: null };
+    this.records.push(record);
+    return record;
   }
 }
 
-module.exports = { Roster, playerOf };
+module.exports = { Roster };

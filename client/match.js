@@ -3,7 +3,7 @@
 // is null. docs/model.md tells every field.
 
 const { createHash } = require('node:crypto');
-const { Roster, playerOf } = require('./match-players.js');
+const { Roster } = require('./match-players.js');
 const { stateOf, warningsOf } = require('./match-state.js');
 
 // The engine's world unit is one centimetre.
@@ -72,16 +72,8 @@ function pointOf(x, y, z) {
   return { x: x / UNITS_PER_METRE, y: y / UNITS_PER_METRE, z: z / UNITS_PER_METRE };
 }
 
-const isOrigin = (point) => point !== null && point.x === 0 && point.y === 0 && point.z === 0;
-
 // An event that is too short for its positions reads zeros for them.
-function positionsOf(event, attacker) {
-  const victimAt = pointOf(event.killedX, event.killedY, event.killedZ);
-  const attackerAt = pointOf(event.killerX, event.killerY, event.killerZ);
-  if (!isOrigin(attackerAt)) return { attackerAt, victimAt };
-  if (isOrigin(victimAt)) return { attackerAt: null, victimAt: null };
-  return { attackerAt: attacker.kind === 'unknown' ? null : attackerAt, victimAt };
-}
+const isOrigin = (x, y, z) => x === 0 && y === 0 && z === 0;
 
 function distanceOf(a, b) {
   if (a === null || b === null) return null;
@@ -90,7 +82,12 @@ function distanceOf(a, b) {
 }
 
 function eliminationOf(event, attacker, victim, damageNames) {
-  const { attackerAt, victimAt } = positionsOf(event, attacker);
+  const { killedX, killedY, killedZ, killerX, killerY, killerZ, damageType } = event;
+  const isVictimUnset = isOrigin(killedX, killedY, killedZ) && isOrigin(killerX, killerY, killerZ);
+  const isAttackerUnset =
+    isOrigin(killerX, killerY, killerZ) && (isVictimUnset || attacker.kind === 'unknown');
+  const attackerAt = isAttackerUnset ? null : pointOf(killerX, killerY, killerZ);
+  const victimAt = isVictimUnset ? null : pointOf(killedX, killedY, killedZ);
   return {
     timeMs: event.eventMeta.time1,
     kind: event.knocked ? 'knock' : 'elimination',
@@ -99,28 +96,37 @@ function eliminationOf(event, attacker, victim, damageNames) {
     attackerAt,
     victimAt,
     distanceM: distanceOf(attackerAt, victimAt),
-    damageType: event.damageType,
-    damageName: damageNames?.[event.damageType] ?? null,
+    damageType,
+    damageName: damageNames?.[damageType] ?? null,
   };
 }
 
-// The eliminations in the order of time, and the players in the order in which they first appear.
-function playOf(events, { texts } = {}, damageNames) {
+// The exact names of bots: event's position -> field -> name.
+function exactNames({ texts } = {}) {
+  const names = { killerBot: new Map(), killedBot: new Map() };
+  for (const [position, field, text] of texts?.names ?? []) names[field].set(position, text);
+  return names;
+}
+
+// The eliminations in the order of time, and the players in the order in which they are first mentioned.
+function playOf(events, facts, damageNames) {
   const roster = new Roster();
-  const exactNames = new Map(texts?.names.map(([index, field, text]) => [`${index} ${field}`, text]));
-  const player = (event, i, role) => {
-    const bot = event[`${role}Bot`];
-    const exact = bot === undefined ? undefined : exactNames.get(`${i} ${role}Bot`);
-    return roster.member(playerOf(event[role], bot, exact));
-  };
+  const { killerBot, killedBot } = exactNames(facts);
   const eliminations = [];
+  let isSorted = true;
+  let last = 0;
   events.forEach((event, i) => {
     if (event.evtName !== 'playerElim') return;
-    const attacker = player(event, i, 'killer');
-    eliminations.push(eliminationOf(event, attacker, player(event, i, 'killed'), damageNames));
+    const attacker = roster.record(event.killer, event.killerBot, killerBot.get(i));
+    const victim = roster.record(event.killed, event.killedBot, killedBot.get(i));
+    const elimination = eliminationOf(event, attacker.player, victim.player, damageNames);
+    roster.count(event.knocked, elimination.timeMs, attacker, victim);
+    isSorted &&= last <= elimination.timeMs;
+    last = elimination.timeMs;
+    eliminations.push(elimination);
   });
-  eliminations.sort((a, b) => a.timeMs - b.timeMs);
-  return { eliminations, players: roster.records(eliminations) };
+  if (!isSorted) eliminations.sort((a, b) => a.timeMs - b.timeMs);
+  return { eliminations, players: roster.records };
 }
 
 function ownOf(event) {
