@@ -86,22 +86,46 @@ function peakMemory({ addon, file, reader }) {
   return [peakKiB() - before, length];
 }
 
-// Milliseconds for many replays: by the client with all cores, by the JavaScript reader in this process.
+// Medians over the files, one after the other: { singleMs, matchMs }, see below.
+async function timeSingles(reading, files, matchOf) {
+  const [reads, matches] = [[], []];
+  for (const file of files) {
+    const start = performance.now();
+    const document = await reading.readReplay(file);
+    const middle = performance.now();
+    matchOf(document);
+    reads.push(middle - start);
+    matches.push(performance.now() - middle);
+  }
+  return { singleMs: median(reads), matchMs: median(matches) };
+}
+
+// Milliseconds for many replays: { clientMs, exportMs, readerMs } by the client with all cores, by an export to Parquet, by
+// the JavaScript reader in this process; and for one: { singleMs, matchMs } to read it with the client, and to make a match
+// of its document.
 async function timeFolder({ addon, folder, client }) {
   process.env.CORVANE_ADDON = addon;
-  const { ReplayClient } = require(client);
+  const { ReplayClient, matchOf } = require(client);
+  const { main: commandLine } = require(path.join(client, '..', 'bin', 'program.js'));
   const files = fs.readdirSync(folder).map((name) => path.join(folder, name));
   const reading = new ReplayClient();
   const readAll = async (list) => {
     for await (const result of reading.readReplayTexts(list)) if (result.error) throw result.error;
   };
   await readAll(files.slice(0, 100));
-  const start = performance.now();
-  await readAll(files);
-  const middle = performance.now();
-  files.forEach(read.reader());
-  await reading.close?.();
-  return [middle - start, performance.now() - middle];
+  const timed = async (action) => {
+    const start = performance.now();
+    await action();
+    return performance.now() - start;
+  };
+  const out = fs.mkdtempSync(path.join(folder, '..', 'export-'));
+  const clientMs = await timed(() => readAll(files));
+  const exportMs = await timed(() => commandLine(['node', 'corvane-replay', 'export', folder, '--out', out]));
+  fs.rmSync(out, { recursive: true });
+  const readerMs = await timed(() => files.forEach(read.reader()));
+  const singles = await timeSingles(reading, files.slice(0, 500), matchOf);
+  await reading.close();
+  return { clientMs, exportMs, readerMs, ...singles };
 }
 
 // Milliseconds: for require, for the first call, for both.

@@ -159,15 +159,23 @@ function smallest() {
 }
 
 function client() {
-  const rows = HOSTS.map(({ node, client: { count, clientMs, readerMs } }) => [
+  const rows = HOSTS.map(({ node, client: { count, clientMs, exportMs, readerMs } }) => [
     node,
-    ...[clientMs, readerMs].map((time) => fixed(0)((1000 * count) / time)),
+    ...[clientMs, exportMs, readerMs].map((time) => fixed(0)((1000 * count) / time)),
     ratio(readerMs / clientMs),
+    ratio(clientMs / exportMs),
   ]);
-  return table(
-    ['replays a second', 'the client, all cores', 'JavaScript, one core', 'client / JavaScript'],
-    rows,
-  );
+  const head = ['replays a second', 'the client, all cores', '`export`', 'JavaScript, one core'];
+  return table([...head, 'client / JavaScript', '`export` / client'], rows);
+}
+
+function matches() {
+  const rows = HOSTS.map(({ node, client: { singleMs, matchMs } }) => [
+    node,
+    ...[singleMs, matchMs].map(fixed(3)),
+    ratio(matchMs / singleMs),
+  ]);
+  return table(['', 'one read by the client, ms', 'the match of its document, ms', 'match / read'], rows);
 }
 
 function reading() {
@@ -249,6 +257,7 @@ for (const make of [
   beyondAscii,
   smallest,
   client,
+  matches,
   reading,
   eliminations,
   memory,
