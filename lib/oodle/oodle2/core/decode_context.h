@@ -39,7 +39,7 @@ struct DecodeContext {
     Phases phases;
     bool fuzzSafe = false;
     bool checkCRC = false;
-    int verbosity = 0;
+    int verbosity = 0;  // above 2, each block and quantum is logged
 
     std::uint8_t* Out() const { return windowBase + rawPos; }
     std::size_t BytesSinceReset() const { return static_cast<std::size_t>(rawPos - resetPos); }
