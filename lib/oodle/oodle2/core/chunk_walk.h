@@ -18,7 +18,7 @@ struct Chunk {
     DecodeContext context;     // its rawPos is where the chunk's output goes; its scratch is the chunk's own
     std::size_t rawLen = 0;    // at most kMaxChunkLen
     unsigned literalMode = 0;  // 4 bits
-    std::span<const std::uint8_t> payload;  // shorter than rawLen
+    std::span<const std::uint8_t> payload;  // fewer bytes than rawLen
 
     bool StartsWindow() const { return context.BytesSinceReset() == 0; }
 };
@@ -75,7 +75,7 @@ class ChunkWalk {
     bool m_failed = false;
 };
 
-// Decodes a quantum: a QuantumDecoder but for its two functions.
+// Decodes a quantum with its compressor's two functions. Returns what a QuantumDecoder returns.
 template <typename Streams>
 std::ptrdiff_t DecodeChunks(const Quantum& quantum, UnpackChunk<Streams> unpack, WriteChunk<Streams> write) {
     struct Record {

@@ -116,9 +116,9 @@ bool Unpacker::TakeArrays() {
            TakeOffsetCodes() && TakeArray(m_chunk.rawLen / 4, m_excessCodes);
 }
 
-// Room for the values in what is left of scratch. Null if by the format's rule they do not fit: offsets
-// and excesses each from a multiple of 16 on, and kPaddingBytes behind them. Here the offsets have most of
-// the padding behind them and the excesses follow, which takes no more.
+// Room for the values in what is left of scratch. Null if they do not fit by the format's rule: offsets and
+// excesses each from a multiple of 16 on, then kPaddingBytes. In fact most of the padding stands behind the
+// offsets and the excesses follow at once, which takes no more.
 std::uint32_t* Unpacker::RoomForValues(std::size_t offsets, std::size_t excesses) const {
     static_assert((kOffsetPadding + kExcessPadding) * kValueSize == kPaddingBytes);
     const auto next = reinterpret_cast<std::uintptr_t>(m_scratch.next);
@@ -140,8 +140,8 @@ bool Unpacker::TakeBits() {
         Log(kLogDetail, "newlz newLZ_get_offsets_excesses error\n");
         return false;
     }
-    std::fill_n(offsets.end(), kOffsetPadding, 0);
-    std::fill_n(excesses.end(), kExcessPadding, 0);
+    std::fill_n(offsets.data() + offsetCount, kOffsetPadding, 0);
+    std::fill_n(excesses.data() + excessCount, kExcessPadding, 0);
     m_streams.offsets = offsets;
     m_streams.excesses = excesses;
     return true;
