@@ -1,4 +1,7 @@
-// The x86 forms: see processor.h. SSE2 is there on every x86 target.
+// The x86 forms: see processor.h. SSE2 is there on every x86 target. With the portable copies, streams of 1
+// MiB are decoded 1 to 7 % slower on 64-bit x86; streams of 64 KiB, and 32-bit x86, show no difference (GCC
+// 12; lz_decode
+// --repeat 60 with the four sets of lz_data).
 #pragma once
 
 #include <cstddef>
