@@ -52,15 +52,12 @@ function compare(a, b) {
   return a < b ? -1 : Number(a > b);
 }
 
-// "place" sorts upwards, "-place" downwards. Returns a function for Array.prototype.sort.
+// "place" sorts upwards, "-place" downwards. Returns { value, compare }: what of a match is compared, and how.
 function sorter(text) {
   const isDown = text.startsWith('-');
   const { value } = columnOf(isDown ? text.slice(1) : text);
-  return (a, b) => {
-    const [first, second] = [value(a), value(b)];
-    const order = compare(first, second);
-    return isDown && first !== null && second !== null ? -order : order;
-  };
+  const downwards = (a, b) => (a === null || b === null ? compare(a, b) : compare(b, a));
+  return { value, compare: isDown ? downwards : compare };
 }
 
 // "12:30" is 12.5; NaN for what is no number.

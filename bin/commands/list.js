@@ -9,33 +9,37 @@ const SHOWN = ['date', 'map', 'mode', 'length', 'place', 'eliminations', 'state'
 const collected = (text, list = []) => [...list, text];
 
 async function run(context) {
-  const { COLUMNS, cellText, condition, sorter } = require('../match-columns.js');
-  const { textTable } = require('../text-table.js');
+  const { cellText, condition, sorter } = require('../match-columns.js');
   const { TABLES, matchRow } = require('../export/tables.js');
   const { ndjsonLine } = require('../export/formats.js');
   const { args, options, output } = context;
-  const [names] = args;
   const conditions = (options.where ?? []).map(condition);
   const order = options.sort && sorter(options.sort);
   const isData = wantsData(options, output);
-  const line = (match) => output.writeJson(ndjsonLine(TABLES.matches, matchRow(match)) + '\n');
-  const kept = [];
-  const status = await readAll(names, context, async (match) => {
+  const shown = isData
+    ? (match) => ndjsonLine(TABLES.matches, matchRow(match)) + '\n'
+    : (match) => SHOWN.map((name) => cellText(name, match));
+  const kept = []; // no more of a match than is shown: there may be many
+  const status = await readAll(args[0], context, async (match) => {
     if (!conditions.every((holds) => holds(match))) return;
-    if (isData && !order) await line(match);
-    else kept.push({ ...match, document: null });
+    if (isData && !order) await output.writeJson(shown(match));
+    else kept.push({ shown: shown(match), value: order?.value(match) });
   });
-  if (order) kept.sort(order);
-  if (isData) for (const match of kept) await line(match);
-  else {
-    const columns = SHOWN.map((name) => ({
-      ...COLUMNS[name],
-      name: COLUMNS[name].label ?? name.toUpperCase(),
-    }));
-    const rows = kept.map((match) => SHOWN.map((name) => cellText(name, match)));
-    await output.write(textTable(columns, rows, output.stream.columns));
-  }
+  if (order) kept.sort((a, b) => order.compare(a.value, b.value));
+  const rows = kept.map((each) => each.shown);
+  if (!isData) await output.write(table(rows, output.stream.columns));
+  else for (const line of rows) await output.writeJson(line);
   return status;
+}
+
+function table(rows, lineWidth) {
+  const { COLUMNS } = require('../match-columns.js');
+  const { textTable } = require('../text-table.js');
+  const columns = SHOWN.map((name) => ({
+    ...COLUMNS[name],
+    name: COLUMNS[name].label ?? name.toUpperCase(),
+  }));
+  return textTable(columns, rows, lineWidth);
 }
 
 module.exports = {

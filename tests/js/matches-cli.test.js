@@ -2,6 +2,7 @@
 // The commands about matches: what is asked of a season in one command each, and where its replays are looked for.
 
 const assert = require('node:assert/strict');
+const { spawnSync } = require('node:child_process');
 const fs = require('node:fs');
 const path = require('node:path');
 const { test } = require('node:test');
@@ -170,20 +171,30 @@ test('replays are found in folder trees, by patterns and on standard input, each
   assert.deepEqual([status, /nothing matches none\*/.test(stderr)], [3, true]);
 });
 
-test(
-  'a list on standard input',
-  { skip: process.platform === 'win32' && 'node.exe has no pipe here' },
-  () => {
-    const { spawnSync } = require('node:child_process');
+// node.exe gets no pipe from these tests, and Windows has no bash.
+if (process.platform !== 'win32') {
+  test('a list on standard input', () => {
     const input = `${truth[3].file}\r\n\n${truth[1].file}\n`;
     const { stdout } = spawnSync(process.execPath, [program, 'list', '-'], { input, encoding: 'utf8' });
     const paths = stdout
+      .trimEnd()
       .split('\n')
-      .slice(0, -1)
       .map((line) => JSON.parse(line).path);
     assert.deepEqual(paths, [truth[3].file, truth[1].file]);
-  },
-);
+  });
+
+  test('bash completes commands, options and values', () => {
+    const script = cli('completion', 'bash').stdout;
+    for (const [words, expected] of [
+      [['corvane-replay', 'st'], 'stats'],
+      [['corvane-replay', 'stats', '--by', 'd'], 'damage day'],
+      [['corvane-replay', 'export', '--sh'], '--shard'],
+    ]) {
+      const call = `COMP_WORDS=(${words.join(' ')}); COMP_CWORD=${words.length - 1}; _corvane_replay; echo "\${COMPREPLY[@]}"`;
+      assert.equal(run('bash', ['-c', `${script}\n${call}`]).stdout, `${expected}\n`);
+    }
+  });
+}
 
 test('what makes no sense is said', () => {
   for (const [args, text] of [
