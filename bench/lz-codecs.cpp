@@ -9,9 +9,9 @@
 #include <zlib.h>
 #include <zstd.h>
 
+#include "lz-writer/sample-data.h"
+#include "lz-writer/stream-writer.h"
 #include "oodle/oodle2/core/oodlelzcompressors.h"
-#include "support/lz/sample-data.h"
-#include "support/lz/stream-writer.h"
 
 namespace bench {
 namespace {
@@ -25,9 +25,7 @@ Bytes CompressOwn(Span raw) {
     if (raw.size() > 1 << 20) options.parse.chain = 24;
     options.parse.command_bits = 18;
     options.parse.min_distance = 16;  // nearer matches leave the decoder's usual way
-    options.chunk.literals = lz::ChunkOptions::Literals::raw;
-    options.chunk.modulus = 0;
-    options.chunk.store_growth = 0.15;
+    options.store_growth = 0.15;
     return lz::Compress(raw, options).bytes;
 }
 

@@ -96,6 +96,7 @@ TEST_F(Blocks, decode_in_memory_of_the_least_size_at_any_address) {
     EXPECT_EQ(oo2::ScratchSizeNeeded(OodleLZ_Compressor_Mermaid, args_.rawLen), 315'592);
     for (const std::size_t misalignment : {0u, 1u, 15u}) {
         Bytes memory(misalignment + std::size_t{kLeast});
+        raw_.assign(raw_.size(), 0);
         args_.decoderMemory = memory.data() + misalignment;
         args_.decoderMemorySize = kLeast;
         EXPECT_EQ(Decode(args_), args_.rawLen);
@@ -127,6 +128,28 @@ TEST_F(Blocks, with_the_rest_cut_off_leave_what_was_decoded) {
     raw_.resize(2 * kBlock);
     expected_.resize(2 * kBlock);
     EXPECT_EQ(raw_, expected_);
+}
+
+TEST(Phases, the_second_takes_what_the_first_left_of_the_same_block_only) {
+    const CapturedLog log;
+    constexpr std::ptrdiff_t kRawLen = 128;
+    const Bytes stream = ReadVector("lz_least.lz"), copy = stream;
+    Bytes raw(2 * kBlock), memory(OodleLZ_ThreadPhased_BlockDecoderMemorySizeNeeded);
+    const auto decode = [&](const Bytes& of, int phase, std::ptrdiff_t dictionary = 0) {
+        return Decode({.compBuf = of.data(),
+                       .compBufSize = std::ssize(of),
+                       .rawBuf = raw.data() + dictionary,
+                       .rawLen = kRawLen,
+                       .decBufBase = raw.data(),
+                       .decoderMemory = memory.data(),
+                       .decoderMemorySize = std::ssize(memory),
+                       .threadPhase = phase});
+    };
+    EXPECT_EQ(decode(stream, OodleLZ_Decode_ThreadPhase2), 0);
+    EXPECT_EQ(decode(stream, OodleLZ_Decode_ThreadPhase1), kRawLen);
+    EXPECT_EQ(decode(stream, OodleLZ_Decode_ThreadPhase2, kBlock), 0);
+    EXPECT_EQ(decode(copy, OodleLZ_Decode_ThreadPhase2), 0);
+    EXPECT_EQ(decode(stream, OodleLZ_Decode_ThreadPhase2), kRawLen);
 }
 
 int g_allocated = 0;

@@ -1,11 +1,13 @@
-// The LZ frame where it fails, each failure with its line, and what it does besides decoding.
+// Calls of the LZ decoder that cannot be done, each with its line, and what a call does besides decoding.
 #include <cstdint>
+#include <functional>
 #include <string>
 #include <vector>
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include "oodle/oodle2/core/decode_some.h"
 #include "oodle/oodle2/core/decompress.h"
 #include "support/captured-log.h"
 
@@ -21,25 +23,10 @@ constexpr std::uint8_t kReset = 0x8C;
 constexpr std::uint8_t kMemcpy = 0xCC;
 constexpr std::uint8_t kLzb16 = 2;
 constexpr std::uint8_t kKraken = 6;
-constexpr std::uint8_t kMermaid = 10;
-constexpr std::uint8_t kBitKnit = 11;
-constexpr std::uint8_t kLeviathan = 12;
 constexpr std::uint8_t kCarriesCheck = 0x80;
 
 Bytes Memset(std::uint8_t fill, std::uint8_t type = kKraken) {
     return {kReset, type, 0x07, 0xFF, 0xFF, fill};
-}
-
-// A whole block, and a byte of another one.
-Bytes TwoTypes(std::uint8_t first, std::uint8_t second) {
-    Bytes stream = Memset(1, first);
-    if (first == kLzb16) {
-        // It has short quantum headers: 16 memset quanta of 16,384 bytes fill its block.
-        stream.resize(2);
-        for (int i = 0; i < 16; ++i) stream.insert(stream.end(), {0x7F, 0xFF, 1});
-    }
-    stream.insert(stream.end(), {kNewHeader, second, 0x7F, 0xFF, 0xFF, 1});
-    return stream;
 }
 
 // Decodes the stream with these settings, in `memorySize` bytes of the caller's and behind `dictionary` bytes
@@ -64,33 +51,6 @@ struct Decoded {
     std::ptrdiff_t result = 0;
 };
 
-TEST(Frame, a_broken_stream_gives_0_and_says_why) {
-    const struct {
-        Bytes stream;
-        const char* line;
-    } cases[] = {
-        {{kReset}, "Invalid chunk compressor in OodleLZ_GetAllChunksCompressor\n"},
-        {{0x9C, kKraken, 0, 0, 0}, "Invalid chunk compressor in OodleLZ_GetAllChunksCompressor\n"},
-        {{kReset, 13, 0, 0, 0}, "Invalid chunk compressor in OodleLZ_GetAllChunksCompressor\n"},
-        {Memset(7, kBitKnit), "OodleLZ_Decompress: asked to decode Legacy compressor; not supported!\n"},
-        {{kReset, kMermaid, 0, 0, 0, 9}, "LZ corruption : DecodeOneQuantum fail!\n"},
-        {{kReset, kLeviathan, 0, 0, 0, 9}, "LZ corruption : DecodeOneQuantum fail!\n"},
-        {{kReset, kLzb16, 0, 0, 9}, "LZ corruption : DecodeOneQuantum fail!\n"},
-        {{kReset, kLzb16, 0, 0, 9}, "LZ corruption : OodleLZ_Decompress failed (0 != 100)\n"},
-        {{kReset, kKraken, 0x0F, 0xFF, 0xFF}, "invalid QH ; unused special value\n"},
-        {{kReset, kKraken, 0, 0, 100}, "LZ corruption : qh.compLen > qh_rawLen!\n"},
-        {{kReset, kKraken, 0, 0, 50, 1, 2},
-         "LZ corruption : OodleLZ_Decompress : DecodeSome wanted more comp data\n"},
-        {{kMemcpy, kKraken, 1, 2}, "LZ corruption : OodleLZ_Decompress : DecodeSome wanted more comp data\n"},
-        {{kReset, kKraken, 0x03, 0xFF, 0xFF, 0x80, 0x05}, "LZ corruption : wholematch offset too large!\n"},
-    };
-    for (const auto& c : cases) {
-        const Decoded decoded(c.stream);
-        EXPECT_EQ(decoded.result, 0) << c.line;
-        EXPECT_THAT(decoded.log.Lines(oo2::kLogError), Contains(std::string("OODLE ERROR : ") + c.line));
-    }
-}
-
 TEST(Frame, a_call_that_cannot_be_done_gives_0_and_says_why) {
     constexpr std::ptrdiff_t kPhaseMemory = OodleLZ_ThreadPhased_BlockDecoderMemorySizeNeeded;
     const auto cancel = [](void*, const std::uint8_t*, std::ptrdiff_t, const std::uint8_t*, std::ptrdiff_t,
@@ -110,10 +70,6 @@ TEST(Frame, a_call_that_cannot_be_done_gives_0_and_says_why) {
          {},
          0,
          1000},
-        {"OodleLZ_Decompress: Requested Fuzz Safety, saw a compressor that can't decode Safe\n",
-         TwoTypes(kLzb16, kKraken),
-         {.rawLen = OODLELZ_BLOCK_LEN + 1}},
-        {"LZ corruption : OodleLZ_Decompress not enough comp buf\n", Memset(7), {.rawLen = 300'000}},
         {"LZ corruption : OodleLZ_Decompress failed (262144 != 300000)\n",
          twoBlocks,
          {.rawLen = 300'000, .fpCallback = cancel}},
@@ -191,16 +147,106 @@ TEST(Frame, verbosity_3_tells_of_each_block_and_quantum) {
     EXPECT_EQ(decoded.raw, (Bytes{1, 2, 3}));
 }
 
-TEST(GetAllChunksCompressor, names_mixes) {
+// Single steps, in states that a whole call does not come to.
+constexpr std::int64_t kRawLength = 100;
+
+// A state with scratch for Kraken, at the start of a window of kRawLength bytes.
+struct Fixture {
+    Fixture() {
+        const std::ptrdiff_t size =
+            oo2::ScratchSizeNeeded(OodleLZ_Compressor_Kraken, kRawLength) + oo2::kDecoderMemorySlack;
+        memory.resize(static_cast<std::size_t>(size));
+        oo2::DecodeContext start;
+        start.windowBase = window.data();
+        start.windowEnd = start.rawEnd = kRawLength;
+        state = oo2::PlaceDecoderState(memory.data(), size, start);
+    }
+
+    bool Step(const Bytes& stream) { return oo2::DecodeSome(*state, stream, result); }
+    oo2::DecodeContext& Context() { return state->context; }
+
+    Bytes memory;
+    Bytes window = Bytes(OODLELZ_BLOCK_LEN * 2);
+    oo2::OodleLZDecoderState* state = nullptr;
+    oo2::DecodeSomeResult result;
+    CapturedLog log;
+};
+
+TEST(DecodeSome, tells_why_it_fails) {
+    const Bytes memset = {kReset, 6, 0x07, 0xFF, 0xFF, 1};
     const struct {
-        std::uint8_t first, second;
-        int answer;
-    } cases[] = {{kKraken, kKraken, 8},     {kLzb16, kLzb16, 4},   {kKraken, kMermaid, 12},
-                 {kLeviathan, kKraken, 12}, {kKraken, kLzb16, 14}, {kLzb16, kKraken, 14}};
+        const char* line;
+        Bytes stream;
+        std::function<void(Fixture&)> prepare = [](Fixture&) {};
+    } failures[] = {
+        {"OODLE ERROR : you didn't give me enough window!\n", memset,
+         [](Fixture& f) { f.Context().rawPos = kRawLength; }},
+        {"OODLE ERROR : sliding window must be pow2!\n", memset,
+         [](Fixture& f) { f.Context().rawEnd = 101; }},
+        {"OODLE ERROR : only legacy compressors do sliding window!\n", memset,
+         [](Fixture& f) { f.Context().windowEnd = 64; }},
+        {"OODLE ERROR : Requested Fuzz Safety, saw a compressor that can't decode Safe\n",
+         {kReset, 0, 0},
+         [](Fixture& f) { f.Context().fuzzSafe = true; }},
+        {"OODLE ERROR : Legacy LZ VTable not installed", {kReset, 0, 0}},
+        {"OODLE ERROR : Heterogenous compressor file with insufficient decoder memory size!\n", memset,
+         [](Fixture& f) { --f.state->scratchSize; }},
+        // In the middle of a block whose header it never read, or read as nonsense.
+        {"OODLE ERROR : LZ corruption : DecodeOneQ invalid decodeType!\n",
+         {0, 0, 9},
+         [](Fixture& f) { f.Context().rawPos = 1; }},
+        {"OODLE ERROR : invalid decodeType!\n",
+         {0, 0, 9},
+         [](Fixture& f) { f.Context().rawPos = 1, f.state->block.decodeType = 99; }},
+        {"OODLE ERROR : corruption : matchOff > 1\n",
+         {0x03, 0xFF, 0xFF, 0x80, 0x00},
+         [](Fixture& f) { f.Context().rawPos = 10, f.state->block.decodeType = oo2::kDecodeKraken; }},
+    };
+    for (const auto& failure : failures) {
+        Fixture f;
+        failure.prepare(f);
+        EXPECT_FALSE(f.Step(failure.stream)) << failure.line;
+        EXPECT_THAT(f.log.Lines(oo2::kLogError), ElementsAre(failure.line));
+    }
+}
+
+TEST(DecodeSome, waits_for_more_and_gives_up_after_1000_calls) {
+    Fixture f;
+    for (int call = 1; call < 1000; ++call) {
+        ASSERT_TRUE(f.Step({kReset, 6, 0x07, 0xFF})) << call;
+        ASSERT_EQ(f.result.rawDecoded + f.result.compUsed, 0);
+    }
+    EXPECT_FALSE(f.Step({kReset, 6, 0x07, 0xFF}));
+    EXPECT_THAT(f.log.Lines(oo2::kLogError), ElementsAre("OODLE ERROR : 1000 calls without progress!\n"));
+
+    f.state->callsWithoutProgress = 998;
+    EXPECT_TRUE(f.Step({kReset, 6, 0x07, 0xFF, 0xFF, 1}));
+    EXPECT_EQ(f.result.rawDecoded, kRawLength);
+    EXPECT_EQ(f.state->callsWithoutProgress, 0);
+}
+
+TEST(QuantumHeader, distances_have_up_to_5_groups) {
+    const struct {
+        Bytes number;
+        oo2::HeaderStatus status;
+        std::uint64_t distance;
+    } cases[] = {
+        {{0x80, 0x01}, oo2::HeaderStatus::Ok, 2},
+        {{0x00, 0x00, 0x80}, oo2::HeaderStatus::Ok, 0x8001},
+        {{0x00, 0x05, 0x01, 0x82}, oo2::HeaderStatus::Ok, ((0x81 + (2 << 7)) << 15) + 5 + 0x8001},
+        {{0x00, 0x00, 0, 0, 0, 0, 0x80},
+         oo2::HeaderStatus::Ok,
+         ((0x80ull + (0x80 << 7) + (0x80 << 14) + (0x80 << 21)) << 15) + 0x8001},
+        {{0x00, 0x00, 0, 0, 0, 0, 0, 0x80}, oo2::HeaderStatus::NumberTooLarge, 0},
+    };
     for (const auto& c : cases) {
-        const Bytes stream = TwoTypes(c.first, c.second);
-        EXPECT_EQ(OodleLZ_GetAllChunksCompressor(stream.data(), std::ssize(stream), OODLELZ_BLOCK_LEN + 1),
-                  c.answer);
+        Bytes bytes = {0x03, 0xFF, 0xFF};
+        bytes.insert(bytes.end(), c.number.begin(), c.number.end());
+        oo2::QuantumHeader header;
+        EXPECT_EQ(oo2::ReadQuantumHeader(bytes, {.decodeType = oo2::kDecodeKraken}, 100, header), c.status);
+        if (c.status == oo2::HeaderStatus::Ok) {
+            EXPECT_EQ(header.distance, c.distance);
+        }
     }
 }
 

@@ -1,8 +1,12 @@
-// Streams with known contents: every good one gives its bytes, every broken one is refused.
+// Streams of tests/data/lz: a good one gives its bytes, a broken one its line, on both paths, in any memory
+// and in phases. What the small ones become when they are cut or changed does no harm.
+#include <algorithm>
 #include <cstdint>
 #include <filesystem>
 #include <fstream>
 #include <iterator>
+#include <ostream>
+#include <span>
 #include <string>
 #include <vector>
 
@@ -15,93 +19,157 @@
 
 namespace {
 
-const std::filesystem::path kFolder = std::filesystem::path(CORVANE_TEST_DATA) / "lz";
+using Bytes = std::vector<std::uint8_t>;
+
+constexpr std::ptrdiff_t kPhaseMemory = OodleLZ_ThreadPhased_BlockDecoderMemorySizeNeeded;
+
+struct Outcome {
+    std::ptrdiff_t result = 0;
+    std::uint32_t crc32 = 0;  // of the output; 0 after a failure, which may leave anything there
+    std::string line;         // the first error
+    bool operator==(const Outcome&) const = default;
+};
+
+std::ostream& operator<<(std::ostream& out, const Outcome& outcome) {
+    return out << outcome.result << ", " << outcome.crc32 << ", \"" << outcome.line << '"';
+}
 
 struct Vector {
     std::string name;
-    bool ok;
+    Bytes stream;
     std::ptrdiff_t rawLength;
-    std::uint32_t crc32;
+    Outcome expected;
+    bool hasPhases;
 };
 
-std::vector<Vector> AllVectors() {
-    std::ifstream file(kFolder / "manifest.json", std::ios::binary);
-    std::vector<Vector> vectors;
-    const nlohmann::json manifest = nlohmann::json::parse(file);
-    for (const auto& entry : manifest.at("vectors")) {
-        vectors.push_back({entry.at("name"), entry.at("ok"), entry.at("raw_len"), entry.value("crc32", 0u)});
-    }
+const std::vector<Vector>& AllVectors() {
+    static const std::vector<Vector> vectors = [] {
+        const std::filesystem::path folder = std::filesystem::path(CORVANE_TEST_DATA) / "lz";
+        std::ifstream manifest(folder / "manifest.json", std::ios::binary);
+        std::vector<Vector> all;
+        const nlohmann::json entries = nlohmann::json::parse(manifest).at("vectors");
+        for (const auto& entry : entries) {
+            const std::string name = entry.at("name");
+            std::ifstream file(folder / (name + ".lz"), std::ios::binary);
+            const std::vector<char> chars{std::istreambuf_iterator<char>(file), {}};
+            const std::ptrdiff_t length = entry.at("raw_len");
+            const bool ok = entry.at("ok");
+            all.push_back({name,
+                           {chars.begin(), chars.end()},
+                           length,
+                           {ok ? length : 0, entry.value("crc32", 0u), entry.value("line", "")},
+                           entry.at("phases")});
+        }
+        return all;
+    }();
     return vectors;
 }
 
+// Small enough to be damaged at every byte.
+std::vector<Vector> SmallVectors() {
+    std::vector<Vector> small;
+    std::ranges::copy_if(AllVectors(), std::back_inserter(small), [](const Vector& vector) {
+        return vector.stream.size() <= 700 && vector.rawLength <= 20'000;
+    });
+    EXPECT_GE(small.size(), 100u);
+    return small;
+}
+
 // As gzip and `crc32` have it.
-std::uint32_t Crc32(const std::vector<std::uint8_t>& bytes) {
-    std::uint32_t table[256];
-    for (std::uint32_t i = 0; i < 256; ++i) {
-        table[i] = i;
-        for (int bit = 0; bit < 8; ++bit) table[i] = table[i] >> 1 ^ (table[i] % 2 != 0 ? 0xEDB88320 : 0);
-    }
+std::uint32_t Crc32(std::span<const std::uint8_t> bytes) {
+    static const std::vector<std::uint32_t> table = [] {
+        std::vector<std::uint32_t> entries(256);
+        for (std::uint32_t i = 0; i < 256; ++i) {
+            entries[i] = i;
+            for (int bit = 0; bit < 8; ++bit)
+                entries[i] = entries[i] >> 1 ^ (entries[i] % 2 != 0 ? 0xEDB88320 : 0);
+        }
+        return entries;
+    }();
     std::uint32_t crc = 0xFFFFFFFF;
     for (const std::uint8_t byte : bytes) crc = crc >> 8 ^ table[(crc ^ byte) & 0xFF];
     return ~crc;
 }
 
-class Vectors : public testing::TestWithParam<Vector> {
-  protected:
-    void SetUp() override { ASSERT_FALSE(stream_.empty()); }
-
-    std::ptrdiff_t Decode(oo2::DecodePath path, int phase = OodleLZ_Decode_Unthreaded) {
-        return oo2::Decompress({.compBuf = stream_.data(),
-                                .compBufSize = std::ssize(stream_),
-                                .rawBuf = raw_.data(),
-                                .rawLen = std::ssize(raw_),
-                                .decoderMemory = memory_.empty() ? nullptr : memory_.data(),
-                                .decoderMemorySize = std::ssize(memory_),
-                                .threadPhase = phase},
-                               path);
+// Decodes in memory of the caller's, if there is any, one call for each phase.
+Outcome Decode(Bytes stream, std::ptrdiff_t rawLength, oo2::DecodePath path, std::ptrdiff_t memorySize = 0,
+               const std::vector<int>& phases = {OodleLZ_Decode_Unthreaded}) {
+    constexpr std::size_t kGuard = 64;
+    stream.shrink_to_fit();  // so that a look past its end shows under the sanitizers
+    Bytes memory(static_cast<std::size_t>(memorySize), 0xEE);
+    Bytes raw(static_cast<std::size_t>(rawLength) + kGuard, 0);
+    const CapturedLog log;
+    Outcome outcome;
+    for (const int phase : phases) {
+        EXPECT_TRUE(phase == phases[0] || raw == Bytes(raw.size())) << "phase 1 wrote output";
+        outcome.result = oo2::Decompress({.compBuf = stream.data(),
+                                          .compBufSize = std::ssize(stream),
+                                          .rawBuf = raw.data(),
+                                          .rawLen = rawLength,
+                                          .decoderMemory = memory.empty() ? nullptr : memory.data(),
+                                          .decoderMemorySize = memorySize,
+                                          .threadPhase = phase},
+                                         path);
     }
-    void ExpectItsBytesOrRefusal(std::ptrdiff_t decoded) {
-        EXPECT_EQ(decoded, GetParam().ok ? GetParam().rawLength : 0);
-        if (GetParam().ok) {
-            EXPECT_EQ(Crc32(raw_), GetParam().crc32);
-        }
-        EXPECT_EQ(log_.Lines(oo2::kLogError).empty(), GetParam().ok) << "a refusal has a line";
-    }
+    EXPECT_EQ(std::count(raw.end() - kGuard, raw.end(), 0), kGuard) << "written behind the output";
+    if (outcome.result != 0) outcome.crc32 = Crc32(std::span(raw).first(raw.size() - kGuard));
+    const std::vector<std::string> lines = log.Lines(oo2::kLogError);
+    if (!lines.empty()) outcome.line = lines[0].substr(0, lines[0].find('\n'));
+    return outcome;
+}
 
-    std::ifstream file_{kFolder / (GetParam().name + ".lz"), std::ios::binary};
-    const std::vector<char> chars_{std::istreambuf_iterator<char>(file_), {}};
-    // Exactly as long as the stream, so that a look past its end shows under the sanitizers.
-    const std::vector<std::uint8_t> stream_{chars_.begin(), chars_.end()};
-    std::vector<std::uint8_t> raw_ =
-        std::vector<std::uint8_t>(static_cast<std::size_t>(GetParam().rawLength));
-    std::vector<std::uint8_t> memory_;
-    const CapturedLog log_;
-};
-
-TEST_P(Vectors, on_the_fast_path) { ExpectItsBytesOrRefusal(Decode(oo2::DecodePath::Fast)); }
-
-TEST_P(Vectors, on_the_careful_path) { ExpectItsBytesOrRefusal(Decode(oo2::DecodePath::Careful)); }
-
-TEST_P(Vectors, in_memory_of_the_least_size_and_in_more) {
+std::ptrdiff_t LeastMemory(const Vector& vector) {
+    const CapturedLog log;
     const auto compressor =
-        OodleLZ_GetAllChunksCompressor(stream_.data(), std::ssize(stream_), GetParam().rawLength);
-    const std::ptrdiff_t least =
-        oo2::ScratchSizeNeeded(compressor, GetParam().rawLength) + oo2::kDecoderMemorySlack;
-    for (const std::ptrdiff_t size : {least, OodleLZ_ThreadPhased_BlockDecoderMemorySizeNeeded}) {
-        memory_.assign(static_cast<std::size_t>(size), 0xEE);
-        ExpectItsBytesOrRefusal(Decode(oo2::DecodePath::Fast));
+        OodleLZ_GetAllChunksCompressor(vector.stream.data(), std::ssize(vector.stream), vector.rawLength);
+    return oo2::ScratchSizeNeeded(compressor, vector.rawLength) + oo2::kDecoderMemorySlack;
+}
+
+TEST(Vectors, have_one_outcome_on_both_paths_and_in_any_memory) {
+    for (const Vector& vector : AllVectors()) {
+        SCOPED_TRACE(vector.name);
+        const std::ptrdiff_t length = vector.rawLength;
+        const std::ptrdiff_t least = LeastMemory(vector);
+        for (const auto path : {oo2::DecodePath::Fast, oo2::DecodePath::Careful}) {
+            for (const std::ptrdiff_t memory : {std::ptrdiff_t{0}, least, kPhaseMemory})
+                EXPECT_EQ(Decode(vector.stream, length, path, memory), vector.expected) << memory;
+        }
     }
 }
 
-TEST_P(Vectors, in_two_phases) {
-    if (GetParam().rawLength > OODLELZ_BLOCK_LEN || GetParam().name.starts_with("frame_lzb16")) return;
-    memory_.resize(OodleLZ_ThreadPhased_BlockDecoderMemorySizeNeeded);
-    Decode(oo2::DecodePath::Fast, OodleLZ_Decode_ThreadPhase1);
-    EXPECT_EQ(raw_, std::vector<std::uint8_t>(raw_.size())) << "phase 1 wrote output";
-    ExpectItsBytesOrRefusal(Decode(oo2::DecodePath::Fast, OodleLZ_Decode_ThreadPhase2));
+TEST(Vectors, have_it_in_two_phases_too) {
+    for (const Vector& vector : AllVectors()) {
+        if (!vector.hasPhases) continue;
+        SCOPED_TRACE(vector.name);
+        EXPECT_EQ(Decode(vector.stream, vector.rawLength, oo2::DecodePath::Fast, kPhaseMemory,
+                         {OodleLZ_Decode_ThreadPhase1, OodleLZ_Decode_ThreadPhase2}),
+                  vector.expected);
+    }
 }
 
-INSTANTIATE_TEST_SUITE_P(Lz, Vectors, testing::ValuesIn(AllVectors()),
-                         [](const auto& vector) { return vector.param.name; });
+TEST(Vectors, are_refused_wherever_they_are_cut) {
+    for (const Vector& vector : SmallVectors()) {
+        if (vector.expected.result == 0) continue;
+        for (Bytes cut = vector.stream; !cut.empty();) {
+            cut.pop_back();
+            ASSERT_EQ(Decode(cut, vector.rawLength, oo2::DecodePath::Fast).result, 0)
+                << vector.name << " cut to " << cut.size();
+        }
+    }
+}
+
+TEST(Vectors, give_the_same_on_both_paths_whichever_byte_is_changed) {
+    for (const Vector& vector : SmallVectors()) {
+        for (std::size_t i = 0; i < vector.stream.size(); ++i) {
+            for (const unsigned change : {0x01u, 0x80u, 0x24u + static_cast<unsigned>(i % 64)}) {
+                Bytes changed = vector.stream;
+                changed[i] = static_cast<std::uint8_t>(changed[i] ^ change);
+                ASSERT_EQ(Decode(changed, vector.rawLength, oo2::DecodePath::Fast),
+                          Decode(changed, vector.rawLength, oo2::DecodePath::Careful))
+                    << vector.name << ", byte " << i << " is " << int{changed[i]};
+            }
+        }
+    }
+}
 
 }  // namespace

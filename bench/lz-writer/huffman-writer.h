@@ -1,0 +1,14 @@
+// Huffman arrays (types 2 and 4): code description and data, without the array header.
+#pragma once
+
+#include <optional>
+
+#include "lz-writer/coded.h"
+
+namespace lz {
+
+// split: type 4, two halves of three streams. Nothing when this array cannot be coded so (too short, too
+// long).
+std::optional<Coded> EncodeHuffman(ByteSpan raw, bool split);
+
+}  // namespace lz
