@@ -6,6 +6,7 @@ const { execFileSync, spawnSync } = require('node:child_process');
 const fs = require('node:fs');
 const path = require('node:path');
 const { test } = require('node:test');
+const { testBundlers } = require('./bundlers.js');
 const { hosts, installPackage, root, runIn } = require('./install.js');
 const { testExamples } = require('./readme-examples.js');
 
@@ -157,3 +158,4 @@ for (const host of hosts) {
 }
 
 testExamples(readme, installed.folder);
+testBundlers(installed);
