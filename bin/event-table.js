@@ -42,9 +42,11 @@ const eliminationRow = (event) => [
 
 const words = (key) => key.replace(/[A-Z]/g, ' $&').replaceAll('_', ' ').toLowerCase();
 
-// A statistics event as one line: its name, then its figures.
+const STATISTICS = { AthenaMatchStats: 'player', AthenaMatchTeamStats: 'team' };
+
+// A statistics event as one line: whose it is, then its figures. One of a new kind shows under its own name.
 function summary({ evtName, eventMeta, ...figures }) {
-  const name = evtName === 'AthenaMatchStats' ? 'player' : 'team';
+  const name = STATISTICS[evtName] ?? evtName;
   const list = Object.entries(figures).map(([key, value]) => `${words(key)} ${value ?? '?'}`);
   return `${name} at ${clock(eventMeta.time1)}: ${list.join(', ')}\n`;
 }
