@@ -8,7 +8,9 @@ import './style/page.css';
 
 // Many matches come deflated and as base64; the browser itself expands them.
 async function inflate(base64) {
-  const bytes = Uint8Array.from(atob(base64), (character) => character.charCodeAt(0));
+  const characters = atob(base64);
+  const bytes = new Uint8Array(characters.length);
+  for (let i = 0; i < bytes.length; i += 1) bytes[i] = characters.charCodeAt(i);
   const stream = new Blob([bytes]).stream().pipeThrough(new DecompressionStream('deflate'));
   return new Response(stream).json();
 }

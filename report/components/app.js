@@ -51,9 +51,7 @@ function seasonFacts(matches, accounts) {
 function Header({ title, facts, hasTurned }) {
   const heading = useRef(null);
   useEffect(() => {
-    if (!hasTurned) return;
-    scrollTo(0, 0);
-    heading.current.focus();
+    if (hasTurned) heading.current.focus({ preventScroll: true });
   }, []);
   return (
     <header class="top">
@@ -108,7 +106,11 @@ export function App({ report }) {
         <Header key={match?.index} {...heading} hasTurned={turned.current} />
         {!(isMany && match) && <Failures failures={failures} />}
         {match && <MatchView key={match.index} match={match} />}
-        {!match && matches.length > 0 && <SeasonView {...{ matches, accounts }} />}
+        {isMany && matches.length > 0 && (
+          <div class="season" hidden={match !== null}>
+            <SeasonView {...{ matches, accounts }} />
+          </div>
+        )}
         {matches.length === 0 && <p>{text.page.noMatches}</p>}
         <footer>{text.page.footer}</footer>
       </main>

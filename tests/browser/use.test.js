@@ -203,13 +203,13 @@ pageTest('opening a match from the table and from a trend, and going back', 'man
   assert.deepEqual(await texts(page, 'h1'), [newest.name]);
   assert.equal(await noteNumber(page, 'events'), newest.eliminations.length);
   await page.click('.ways a');
-  await page.waitForSelector('.trends');
+  await page.waitForSelector('.trends', { visible: true });
   await page.click('.matches thead button'); // oldest first
   await page.click('.matches tbody tr:nth-child(2) a');
   await page.waitForSelector('.timeline');
   assert.deepEqual(await texts(page, 'h1'), [matches[1].name]);
   await page.goBack();
-  await page.waitForSelector('.trends');
+  await page.waitForSelector('.trends', { visible: true });
   assert.deepEqual(await texts(page, 'h1'), ['Spring <b>&']);
 });
 
