@@ -8,8 +8,12 @@ const { outputFailure } = require('../output.js');
 const SAMPLE = path.join(__dirname, '..', '..', 'samples', 'match.replay');
 
 async function run({ args: [file], terminal }) {
-  const text = await fs.readFile(SAMPLE);
-  await fs.writeFile(file, text, { flag: 'wx' }).catch((error) => Promise.reject(outputFailure(error)));
+  try {
+    await fs.mkdir(path.dirname(file), { recursive: true });
+    await fs.copyFile(SAMPLE, file, fs.constants.COPYFILE_EXCL);
+  } catch (error) {
+    throw outputFailure(error);
+  }
   terminal.write(`wrote ${file}; now try: corvane-replay events ${file}\n`);
   return 0;
 }

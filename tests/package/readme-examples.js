@@ -8,9 +8,7 @@ const fs = require('node:fs');
 const path = require('node:path');
 const { test } = require('node:test');
 const w = require('../support/replay-writer.js');
-const { hosts, isWindows, root, runIn } = require('./install.js');
-
-const SAMPLE = path.join(root, 'samples', 'match.replay');
+const { hosts, isWindows, runIn } = require('./install.js');
 
 // Each example as a file of the folder, with the output that the README gives for it; one without output runs until it
 // is interrupted.
@@ -60,9 +58,9 @@ function testCommands(host, folder, readme) {
     .trim()
     .split('\n');
   test(`the command lines of the README print what it says: ${host.join(' ')}`, () => {
-    fs.rmSync(path.join(folder, 'match.replay'), { force: true });
-    fs.mkdirSync(path.join(folder, 'replays'), { recursive: true });
-    fs.copyFileSync(SAMPLE, path.join(folder, 'replays', 'one.replay'));
+    for (const name of ['match.replay', 'replays', 'tables']) {
+      fs.rmSync(path.join(folder, name), { recursive: true, force: true });
+    }
     const program = path.join('node_modules', 'corvane_napi', 'bin', 'corvane-replay.js');
     for (const line of lines.filter((each) => !each.endsWith('watch'))) {
       const [, , ...args] = line.split(' ');
