@@ -1,4 +1,4 @@
-// What bounds arrays beside their bytes: scratch, and the places of a batch.
+// What bounds arrays beside their bytes: lengths that cannot be, scratch, and the places of a batch.
 #include <cstdint>
 #include <vector>
 
@@ -10,6 +10,23 @@
 namespace {
 
 using Bytes = std::vector<std::uint8_t>;
+
+TEST(ArrayHeader, lengths_have_limits) {
+    const struct {
+        Bytes header;
+        std::size_t more;  // bytes behind the header
+        bool isGood;
+    } cases[] = {
+        {{0x03, 0xFF, 0xFF}, 0x3FFFF, true},
+        {{0x04, 0x00, 0x00}, 0x40000, false},
+        {{0xB0, 0x00, 0x01}, 1, true},
+        {{0xB0, 0x00, 0x00}, 1, false},
+    };
+    for (auto [header, more, isGood] : cases) {
+        header.insert(header.end(), more, 0);
+        EXPECT_EQ(oo2::newLZ_get_array_header(header, 0x40000).has_value(), isGood) << header.size();
+    }
+}
 
 // Two parts of 10 bytes, each one byte repeated.
 TEST(JoinedArrays, take_scratch_for_their_parts) {
