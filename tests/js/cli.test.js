@@ -56,6 +56,8 @@ for (const [status, stderr, args, variables] of [
   [2, /Usage/, []],
   [2, /missing required argument[^]*corvane-replay read --help/, ['read']],
   [2, /--jobs/, ['read', 'whole.replay', '--jobs', '0']],
+  [2, /--jobs/, ['read', 'whole.replay', '--jobs', '65']],
+  [2, /--timeout/, ['read', 'whole.replay', '--timeout', '0']],
   [2, /--timeout/, ['read', 'whole.replay', '--timeout', 'soon']],
   [2, /--key/, ['events', 'whole.replay', '--key', 'abc']],
   [2, /text\.replay must hold 16, 24 or 32/, ['read', 'whole.replay', '--key-file', 'text.replay']],
@@ -110,11 +112,16 @@ test('--out writes whole files or nothing, and nothing twice', () => {
 test('a folder stands for its replays, one line each; one without any does not end the run', () => {
   for (const name of ['empty', 'sub']) fs.mkdirSync(inFolder(name));
   fs.writeFileSync(inFolder('empty', 'notes.txt'), '');
-  fs.writeFileSync(inFolder('sub', 'b.replay'), replays['whole.replay']);
+  for (const name of ['b', 'a', 'c'])
+    fs.writeFileSync(inFolder('sub', `${name}.replay`), replays['whole.replay']);
   const { status, stdout, stderr } = cli(['read', 'empty', 'sub']);
-  const [line, ...more] = stdout.split('\n');
-  assert.equal(JSON.parse(line).events.length, 1);
-  assert.deepEqual([status, more, stderr], [3, [''], 'corvane-replay: there are no replays in empty\n']);
+  const names = stdout
+    .trim()
+    .split('\n')
+    .map((line) => path.basename(JSON.parse(line).Creation.fileName, '.replay'));
+  assert.deepEqual([status, names], [3, ['a', 'b', 'c']]);
+  assert.equal(stderr, 'corvane-replay: there are no replays in empty\n');
+  assert.equal(cli(['read', '--ndjson', 'whole.replay']).stdout.split('\n').length, 2);
 });
 
 test('on a terminal the JSON of a name cannot steer it, and says the same', async () => {
