@@ -125,6 +125,8 @@ export const map = {
   title: 'Where',
   follow: 'Follow',
   everyone: 'all players',
+  map: 'Map',
+  noMap: 'not in the file',
   option: (name, value) => `${name} (${number(value)})`,
   density: 'Density',
   lines: 'Lines',

@@ -8,7 +8,6 @@ import * as text from '../text.js';
 import { AsTable } from './as-table.js';
 import { Card } from './card.js';
 import { ChosenText } from './chosen-text.js';
-import { FollowSelect } from './follow-select.js';
 import { Key } from './key.js';
 import { MapPicture } from './map-picture.js';
 
@@ -62,7 +61,7 @@ function SquaresTable({ squares }) {
   return <AsTable columns={words.columns} rows={rows} caption={words.squares(squares[0].size)} />;
 }
 
-function Drawn({ width, events, extent, modes, follow, chosen, onChoose, about }) {
+function Drawn({ width, events, extent, modes, choices, chosen, onChoose, about }) {
   const [mode, setMode] = useState(modes ? 'density' : null);
   const height = Math.max(HEIGHT.least, Math.min(HEIGHT.most, Math.round(width * HEIGHT.ofWidth)));
   const map = useMapView(extent, { width, height }, chosen);
@@ -73,7 +72,7 @@ function Drawn({ width, events, extent, modes, follow, chosen, onChoose, about }
   return (
     <>
       <Toolbar {...{ map, mode }} onMode={setMode}>
-        <FollowSelect {...follow} />
+        {choices}
       </Toolbar>
       <MapPicture events={drawn} squares={isDensity ? squares : null} {...{ map, chosen, onChoose }} />
       <p class="about" aria-live="polite">
@@ -89,9 +88,9 @@ function Drawn({ width, events, extent, modes, follow, chosen, onChoose, about }
   );
 }
 
-// The map: toolbar, picture, what is chosen, legend. all: events that the map is large enough for; follow: properties of
-// FollowSelect; modes: whether density can be had; about: what is said while nothing is chosen.
-export function MapCard({ note, events, all, modes = false, follow, chosen, onChoose, about }) {
+// The map: toolbar, picture, what is chosen, legend. all: events that the map is large enough for; choices: elements for the
+// toolbar; modes: whether density can be had; about: what is said while nothing is chosen.
+export function MapCard({ note, events, all, modes = false, choices, chosen, onChoose, about }) {
   const [box, width] = useWidth();
   const extent = useMemo(() => extentOf(all), [all]);
   const isEmpty = all.every(({ victimAt }) => victimAt === null);
@@ -100,7 +99,7 @@ export function MapCard({ note, events, all, modes = false, follow, chosen, onCh
       <div ref={box}>
         {isEmpty && <p>{words.noPositions}</p>}
         {!isEmpty && width > 0 && (
-          <Drawn {...{ width, events, extent, modes, follow, chosen, onChoose, about }} />
+          <Drawn {...{ width, events, extent, modes, choices, chosen, onChoose, about }} />
         )}
       </div>
     </Card>

@@ -6,6 +6,7 @@ import { Distances } from './distances.js';
 import { EventList } from './event-list.js';
 import { Facts } from './facts.js';
 import { fill } from './fill.js';
+import { FollowSelect } from './follow-select.js';
 import { MapCard } from './map-card.js';
 import { MatchFigures } from './match-figures.js';
 import { PlayerName } from './player-name.js';
@@ -74,7 +75,7 @@ export function MatchView({ match }) {
             <MapCard
               note={text.events.countOf(events.length, match.events.length)}
               all={match.events}
-              follow={{ players, ...following }}
+              choices={<FollowSelect {...{ players, ...following }} />}
               about={<About {...{ events, followed }} />}
               {...{ events, ...choosing }}
             />

@@ -1,10 +1,13 @@
 import { useContext, useMemo, useState } from 'preact/hooks';
+import { words } from '../figures/facts.js';
 import { concerns, isEnd } from '../figures/match.js';
 import { totalsOf } from '../figures/season.js';
 import * as text from '../text.js';
 import { AccountsTable } from './accounts-table.js';
+import { Choice } from './choice.js';
 import { Distances } from './distances.js';
 import { fill } from './fill.js';
+import { FollowSelect } from './follow-select.js';
 import { MapCard } from './map-card.js';
 import { MatchesTable } from './matches-table.js';
 import { Matrix } from './matrix.js';
@@ -17,13 +20,13 @@ const MOST_TO_FOLLOW = 200;
 
 function Recording({ matches }) {
   const { recording } = useContext(ReportContext);
-  const words = text.season;
+  const { guess, recording: known, nobody, incomplete: missing } = text.season;
   const incomplete = matches.filter(({ state }) => state === 'truncated' || state === 'recording').length;
-  const sentence = recording.isGuess ? words.guess : words.recording;
+  const sentence = recording.isGuess ? guess : known;
   return (
     <p class="aside">
-      {recording.player ? fill(sentence, { who: <PlayerName player={recording.player} /> }) : words.nobody}
-      {incomplete > 0 && ` ${words.incomplete(incomplete)}`}
+      {recording.player ? fill(sentence, { who: <PlayerName player={recording.player} /> }) : nobody}
+      {incomplete > 0 && ` ${missing(incomplete)}`}
     </p>
   );
 }
@@ -34,18 +37,50 @@ function About({ events, followed }) {
   return fill(text.map.seenIn(events.length, matches), { who: <PlayerName player={followed} /> });
 }
 
+// [map, number of matches], the most played first.
+function mapsOf(matches) {
+  const counts = new Map();
+  for (const { map } of matches) counts.set(map, (counts.get(map) ?? 0) + 1);
+  return [...counts].sort(([, a], [, b]) => b - a);
+}
+
+// The positions of one map at a time: those of another mean other places.
+function SeasonMap({ matches, all, events, follow }) {
+  const maps = useMemo(() => mapsOf(matches), [matches]);
+  const [map, setMap] = useState(maps[0][0]);
+  const [wanted, setWanted] = useState(null);
+  const onMap = useMemo(() => (list) => list.filter(({ match }) => match.map === map), [map]);
+  const [allHere, here] = [
+    useMemo(() => onMap(all), [all, onMap]),
+    useMemo(() => onMap(events), [events, onMap]),
+  ];
+  const options = maps.map(([name, count]) => [name, text.map.option(words(name) ?? text.map.noMap, count)]);
+  const choices = [
+    maps.length > 1 && <Choice label={text.map.map} options={options} value={map} onChange={setMap} />,
+    <FollowSelect {...follow} />,
+  ];
+  return (
+    <MapCard
+      note={text.timeline.ends(here.length)}
+      {...{ choices, all: allHere, events: here }}
+      chosen={here.includes(wanted) ? wanted : null}
+      modes
+      onChoose={setWanted}
+      about={<About events={here} followed={follow.followed} />}
+    />
+  );
+}
+
 // Everything about many matches. matches: in order of time; accounts: from accountsOf.
 export function SeasonView({ matches, accounts }) {
   const { recording } = useContext(ReportContext);
   const [followed, setFollowed] = useState(null);
-  const [wanted, setWanted] = useState(null);
   const totals = useMemo(() => totalsOf(matches), [matches]);
   const all = useMemo(() => matches.flatMap(({ events }) => events.filter(isEnd)), [matches]);
   const events = useMemo(
     () => (followed ? all.filter((event) => concerns(event, followed)) : all),
     [all, followed],
   );
-  const chosen = wanted !== null && (!followed || concerns(wanted, followed)) ? wanted : null;
   const following = { followed, onFollow: setFollowed };
   return (
     <>
@@ -53,13 +88,9 @@ export function SeasonView({ matches, accounts }) {
       <Recording matches={matches} />
       <Trends matches={matches} />
       <div class="pair">
-        <MapCard
-          note={text.timeline.ends(events.length)}
-          {...{ events, all, chosen }}
-          modes
-          onChoose={setWanted}
+        <SeasonMap
+          {...{ matches, all, events }}
           follow={{ players: accounts.slice(0, MOST_TO_FOLLOW), ...following }}
-          about={<About {...{ events, followed }} />}
         />
         <div class="stack">
           <Distances {...{ events, followed }} />

@@ -9,6 +9,7 @@ import * as text from '../text.js';
 const HEIGHT = 118;
 const EDGE = { left: 46, right: 8, top: 8, bottom: 20 };
 const LABEL_PIXELS = 44;
+const NAME_PIXELS = 24;
 const STEPS = { ArrowLeft: -1, ArrowDown: -1, ArrowRight: 1, ArrowUp: 1, PageUp: 10, PageDown: -10 };
 
 // Where a month begins: [{ position, name }], as far apart as their names need.
@@ -21,7 +22,8 @@ function months(matches, x) {
     if (last?.name === name) return;
     if (!last || x(position) - x(last.position) > LABEL_PIXELS) starts.push({ position, name });
   });
-  return starts;
+  // A name that the edge would cut is left out.
+  return starts.filter(({ position }) => x(position) < x.range[1] - NAME_PIXELS);
 }
 
 function Axes({ x, y, trend, matches, width }) {

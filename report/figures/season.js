@@ -66,7 +66,7 @@ export function trendOf(matches, { of }) {
 }
 
 // Accounts by the number of matches in which an event mentions them: { player, matches, events, ends, outs, beaten,
-// lostTo }. beaten and lostTo: eliminations of this account by the recording player, and the other way round.
+// lostTo }. events: eliminations by or of the account; beaten and lostTo: eliminations of this account by the recording player, and the other way round.
 export function accountsOf(matches, recording) {
   const records = new Map();
   const record = (player) => {
@@ -86,10 +86,10 @@ export function accountsOf(matches, recording) {
 
 function countMention(record, event, recording) {
   const { player } = record;
-  record.events += 1;
   if (record.last !== event.match) record.matches += 1;
   record.last = event.match;
   if (!isEnd(event)) return;
+  record.events += 1;
   if (event.victim === player) record.outs += 1;
   if (event.attacker !== event.victim && event.attacker === player) record.ends += 1;
   if (player === recording) return;

@@ -20,6 +20,7 @@ const allowed = (scale) => Math.max(METRES_PER_PIXEL.least, Math.min(METRES_PER_
 // the whole extent.
 export function useMapView(extent, size, chosen) {
   const [moved, setMoved] = useState(null);
+  useEffect(() => setMoved(null), [extent]);
   useEffect(() => {
     if (chosen?.victimAt) setMoved(closeUp(chosen, size));
   }, [chosen]);

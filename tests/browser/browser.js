@@ -17,6 +17,9 @@ const folder = temporaryFolder();
 const FLAGS = ['--no-sandbox', '--disable-dev-shm-usage', '--disable-gpu', '--hide-scrollbars'];
 const SAME_PICTURES = ['--force-color-profile=srgb', '--font-render-hinting=none'];
 
+// Also for what the tests read themselves.
+process.env.CORVANE_ADDON ??= addonPath;
+
 const inFolder = (...names) => path.join(folder, ...names);
 
 // The file of a report that the command line writes; status: the exit status that it should have.

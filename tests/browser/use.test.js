@@ -41,6 +41,11 @@ const noteNumber = async (page, card) =>
 const chosenRow = (page) =>
   page.$$eval('.events tbody tr', (rows) => rows.findIndex((row) => row.ariaCurrent === 'true'));
 
+async function selectByText(select, beginning) {
+  const find = (options, words) => options.find(({ text }) => text.startsWith(words)).value;
+  await select.select(await select.$$eval('option', find, beginning));
+}
+
 // From pixels to metres on both axes, from the grid lines and their numbers.
 function mapScale(page) {
   return page.$eval('.map-picture', (svg) => {
@@ -160,12 +165,7 @@ pageTest('filtering: the handles of the timeline decide what the whole page show
 });
 
 pageTest('following a player leaves the events by or of that player', 'one', async (page) => {
-  const option = await page.$$eval(
-    '.follow option',
-    (options, id) => options.find(({ text }) => text.startsWith(id)).value,
-    OWN.slice(0, 8),
-  );
-  await page.select('.follow select', option);
+  await selectByText(await page.$('.map select'), OWN.slice(0, 8));
   const own = match.eliminations.filter(({ attacker, victim }) => attacker.id === OWN || victim.id === OWN);
   assert.equal(await noteNumber(page, 'events'), own.length);
   assert.equal(
@@ -233,9 +233,16 @@ pageTest('many matches: figures, trends, matrix and meetings agree with the mode
     list.map((row) => [...row.cells].map((cell) => cell.innerText)),
   );
   for (const [name, , , , count] of rows.slice(1)) assert.equal(Number(count), beaten.get(name) ?? 0, name);
-  await page.select('.follow select', '0');
-  const own = all.filter(({ attacker, victim }) => attacker.id === OWN || victim.id === OWN).length;
-  assert.ok((await noteNumber(page, 'map')) >= own);
+  const [mapChoice, followChoice] = await page.$$('.map select');
+  await selectByText(followChoice, OWN.slice(0, 8));
+  const byOrOfOwn = ({ attacker, victim }) => attacker.id === OWN || victim.id === OWN;
+  for (const map of ['Saltmarsh', 'Corvane_Isle']) {
+    await selectByText(mapChoice, map.replace('_', ' '));
+    const expected = matches
+      .filter((each) => each.map === map)
+      .flatMap((each) => ends(each).filter(byOrOfOwn));
+    assert.equal(await noteNumber(page, 'map'), expected.length, map);
+  }
   await page.$$eval('.map .toolbar button', (buttons) =>
     buttons.find(({ textContent }) => textContent === 'Lines').click(),
   );
