@@ -37,24 +37,24 @@ function About({ events, followed }) {
   return fill(text.map.seenIn(events.length, matches), { who: <PlayerName player={followed} /> });
 }
 
-// [map, number of matches], the most played first.
+// The maps, the most played first.
 function mapsOf(matches) {
   const counts = new Map();
   for (const { map } of matches) counts.set(map, (counts.get(map) ?? 0) + 1);
-  return [...counts].sort(([, a], [, b]) => b - a);
+  return [...counts.keys()].sort((a, b) => counts.get(b) - counts.get(a));
 }
 
 // The positions of one map at a time: those of another mean other places.
 function SeasonMap({ matches, all, events, follow }) {
   const maps = useMemo(() => mapsOf(matches), [matches]);
-  const [map, setMap] = useState(maps[0][0]);
+  const [map, setMap] = useState(maps[0]);
   const [wanted, setWanted] = useState(null);
   const onMap = useMemo(() => (list) => list.filter(({ match }) => match.map === map), [map]);
   const [allHere, here] = [
     useMemo(() => onMap(all), [all, onMap]),
     useMemo(() => onMap(events), [events, onMap]),
   ];
-  const options = maps.map(([name, count]) => [name, text.map.option(words(name) ?? text.map.noMap, count)]);
+  const options = maps.map((name) => [name, words(name) ?? text.map.noMap]);
   const choices = [
     maps.length > 1 && <Choice label={text.map.map} options={options} value={map} onChange={setMap} />,
     <FollowSelect {...follow} />,
