@@ -14,7 +14,7 @@ int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
     fuzz::ReadsOrFails([&] {
         EventText events;
         std::vector<BotName> botNames;
-        const bool written = WriteEvent(*FindEventKind(info), info, payload.Span(), events, botNames);
+        const bool written = WriteEvent(*FindEventKind(info), info, payload.Span(), events, &botNames);
         std::string text = events.Take();
         fuzz::Require(text.empty() == !written, "an event is written or skipped");
         if (!written) return;

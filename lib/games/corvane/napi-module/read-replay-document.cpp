@@ -121,6 +121,7 @@ std::string TextOf(ReplayParser& parser, bool salvage, std::optional<ReadFailure
 
 Reading Read(const std::wstring& path, std::vector<std::uint8_t> key, Options options) {
     const std::unique_ptr<ReplayParser> parser = Open(path);
+    if (options.facts) parser->WantBotNames();
     std::optional<ReadFailure> failure;
     try {
         Parse(*parser, std::move(key));

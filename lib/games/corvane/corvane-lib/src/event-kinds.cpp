@@ -219,7 +219,7 @@ std::vector<std::string_view> MissingStatistics(const ue4::ReplayFileInfo& info)
 }
 
 bool WriteEvent(const EventKind& kind, const ue4::FLocalFileEventInfo& info,
-                std::span<const std::uint8_t> payload, EventText& text, std::vector<BotName>& botNames) {
+                std::span<const std::uint8_t> payload, EventText& text, std::vector<BotName>* botNames) {
     std::array<std::uint8_t, kEliminationNumbers> numbers{};
     EventValues values{payload, {}};
     if (kind.payloadBytes != 0) {
@@ -227,7 +227,7 @@ bool WriteEvent(const EventKind& kind, const ue4::FLocalFileEventInfo& info,
     } else {
         values.numbers = numbers;
         ReadElimination(payload, numbers, values.players);
-        AddBotNames(values.players, text.EventCount(), botNames);
+        if (botNames != nullptr) AddBotNames(values.players, text.EventCount(), *botNames);
     }
     text.BeginEvent();
     for (const EventMember& member : kind.members) WriteMember(member, kind, info, values, text);

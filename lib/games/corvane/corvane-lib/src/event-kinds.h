@@ -42,10 +42,10 @@ std::string_view NameOf(const EventKind& kind);
 // The names of the kinds of statistics of which there is no event. A match has one of each at its end.
 std::vector<std::string_view> MissingStatistics(const ue4::ReplayFileInfo& info);
 
-// Writes the event whose decrypted payload this is, and adds the names of its bots. False, after a line on
-// standard output, if the payload is too short for a kind with fixed places. Throws ReplayException for a
-// string whose length cannot be.
+// Writes the event whose decrypted payload this is, and adds the names of its bots (if botNames is not null).
+// False, after a line on standard output, if the payload is too short for a kind with fixed places. Throws
+// ReplayException for a string whose length cannot be.
 bool WriteEvent(const EventKind& kind, const ue4::FLocalFileEventInfo& info,
-                std::span<const std::uint8_t> payload, EventText& text, std::vector<BotName>& botNames);
+                std::span<const std::uint8_t> payload, EventText& text, std::vector<BotName>* botNames);
 
 }  // namespace orvel::corvane

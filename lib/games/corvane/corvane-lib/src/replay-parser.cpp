@@ -81,7 +81,8 @@ void ReplayParser::ParseEvent(const ue4::FLocalFileEventInfo& info) {
     if (payload.empty())
         return skip(info.SizeInBytes == 0 ? SkipReason::TooShort : SkipReason::Undecryptable);
     if (!m_document.json.contains("events")) m_document.json["events"] = nlohmann::json::array();
-    if (!WriteEvent(*kind, info, payload, m_events, m_facts.botNames)) skip(SkipReason::TooShort);
+    if (!WriteEvent(*kind, info, payload, m_events, m_wantsBotNames ? &m_facts.botNames : nullptr))
+        skip(SkipReason::TooShort);
 }
 
 std::string ReplayParser::TakeText(nlohmann::json::error_handler_t handler) {

@@ -30,6 +30,9 @@ class ReplayParser : public ue4::FArchiveReader {
     ReplayParser(const ReplayParser&) = delete;
     ReplayParser& operator=(const ReplayParser&) = delete;
 
+    // Before the parse: the facts are to have the names of bots as well.
+    void WantBotNames() { m_wantsBotNames = true; }
+
     // Reads the whole replay into the document. To be called once.
     //
     //     resumePosition, resumeFlag   the caller's for each file, at first 0 and false; what for is told at
@@ -68,6 +71,7 @@ class ReplayParser : public ue4::FArchiveReader {
     ue4::ReplayFileInfo m_fileInfo;
     NetworkDemoHeader m_header;
     ue4::Document m_document;
+    bool m_wantsBotNames = false;
     bool m_headerDone = false;
     bool m_eventsDone = false;
     EventText m_events;
