@@ -1,13 +1,13 @@
 'use strict';
 // The tables of an export: their columns, and the rows that a match comes to. docs/tables.md describes them for users.
 //
-// Types: text, integer (64 bits, signed), double, boolean, and timestamp (a BigInt of microseconds since 1970, in the
-// game's own clock). Every column may be null, except those that `required` names.
+// Types: text, integer (32 bits, signed), long (64 bits, signed), double, boolean, and timestamp (a number of microseconds
+// since 1970, in the game's own clock). Every column may be null, except those that REQUIRED names.
 
-// A timestamp's smallest unit in the tables, in the game's ticks; and the first moment of 1970.
+// A timestamp's unit, in the game's ticks; and the first moment of 1970.
 const TICKS_PER_MICROSECOND = 10n;
 const UNIX_EPOCH_TICKS = 621_355_968_000_000_000n;
-const MAX_INTEGER = 2n ** 63n - 1n;
+const MAX_LONG = 2n ** 63n - 1n;
 
 const columns = (type, names) => names.split(' ').map((name) => ({ name, type }));
 
@@ -20,15 +20,16 @@ const TABLES = {
   matches: [
     ...columns('text', 'match_id path name'),
     ...columns('timestamp', 'recorded_at'),
-    ...columns('integer', 'recorded_ticks duration_ms'),
+    ...columns('long', 'recorded_ticks duration_ms'),
     ...columns('text', 'map mode settings engine_version engine_branch'),
-    ...columns('integer', 'engine_changelist'),
+    ...columns('long', 'engine_changelist'),
     ...columns('text', 'state warnings'),
-    ...columns('integer', 'file_bytes player_count elimination_count knock_count place placed_of'),
+    ...columns('long', 'file_bytes'),
+    ...columns('integer', 'player_count elimination_count knock_count'),
+    ...columns('long', 'place placed_of'),
     ...columns('double', 'own_accuracy'),
-    ...columns('integer', 'own_eliminations own_assists own_revives own_weapon_damage own_other_damage'),
-    ...columns('integer', 'own_damage_taken own_damage_to_structures'),
-    ...columns('integer', 'own_materials_gathered own_materials_used'),
+    ...columns('long', 'own_eliminations own_assists own_revives own_weapon_damage own_other_damage'),
+    ...columns('long', 'own_damage_taken own_damage_to_structures own_materials_gathered own_materials_used'),
     ...columns('double', 'own_traveled_m'),
   ],
   players: [
@@ -36,12 +37,13 @@ const TABLES = {
     ...person('player'),
     ...columns('integer', 'eliminations knocks times_knocked deaths'),
     ...person('ended_by'),
-    ...columns('integer', 'ended_at_ms'),
+    ...columns('long', 'ended_at_ms'),
     ...columns('boolean', 'self_inflicted'),
   ],
   eliminations: [
     ...columns('text', 'match_id'),
-    ...columns('integer', 'event_no time_ms'),
+    ...columns('integer', 'event_no'),
+    ...columns('long', 'time_ms'),
     ...columns('timestamp', 'event_time'),
     ...columns('text', 'kind'),
     ...person('attacker'),
@@ -50,15 +52,33 @@ const TABLES = {
     ...columns('integer', 'damage_type'),
     ...columns('text', 'damage_name'),
   ],
-  failures: [...columns('text', 'path code reason'), ...columns('integer', 'file_bytes')],
+  failures: [...columns('text', 'path code reason'), ...columns('long', 'file_bytes')],
 };
 
-const REQUIRED = ['match_id', 'path', 'player_no', 'event_no'];
+const REQUIRED = [
+  ...['match_id', 'path', 'player_count', 'elimination_count', 'knock_count'],
+  ...['player_no', 'player_kind', 'eliminations', 'knocks', 'times_knocked', 'deaths'],
+  ...[
+    'event_no',
+    'time_ms',
+    'kind',
+    'attacker_no',
+    'attacker_kind',
+    'victim_no',
+    'victim_kind',
+    'damage_type',
+  ],
+];
 for (const table of Object.values(TABLES)) {
   for (const column of table) column.required = REQUIRED.includes(column.name);
 }
 
-const microseconds = (ticks) => (ticks === null ? null : (ticks - UNIX_EPOCH_TICKS) / TICKS_PER_MICROSECOND);
+// null for what no calendar of ours reaches: such a time is no time.
+function microseconds(ticks) {
+  if (ticks === null) return null;
+  const found = Number((ticks - UNIX_EPOCH_TICKS) / TICKS_PER_MICROSECOND);
+  return Number.isSafeInteger(found) ? found : null;
+}
 
 // An account's digits, a bot's name, and what tells the players of a match apart.
 function personCells(player, numbers) {
@@ -78,7 +98,7 @@ function matchRow(match) {
   const knocks = eliminations.filter(({ kind }) => kind === 'knock').length;
   const ticks = match.recordedTicks;
   return [
-    ...[match.id, match.path, match.name, microseconds(ticks), ticks > MAX_INTEGER ? null : ticks],
+    ...[match.id, match.path, match.name, microseconds(ticks), ticks > MAX_LONG ? null : ticks],
     ...[match.durationMs, match.map, modeOf(match)],
     Object.keys(settings).length === 0 ? null : JSON.stringify(settings),
     ...[engine?.version, engine?.branch, engine?.changelist, match.state, textOrNull(match.warnings)],
@@ -101,7 +121,7 @@ const playerRow = (record, id, numbers) => [
 ];
 
 const eliminationRow = (event, number, id, start, numbers) => [
-  ...[id, number, event.timeMs, start === null ? null : start + BigInt(event.timeMs) * 1000n, event.kind],
+  ...[id, number, event.timeMs, start === null ? null : start + event.timeMs * 1000, event.kind],
   ...[...personCells(event.attacker, numbers), ...personCells(event.victim, numbers)],
   ...[...pointCells(event.attackerAt), ...pointCells(event.victimAt), event.distanceM],
   ...[event.damageType, event.damageName],

@@ -64,7 +64,8 @@ async function assertSameRows(a, b, extension) {
 
 const DUCKDB_TYPES = {
   text: 'VARCHAR',
-  integer: 'BIGINT',
+  integer: 'INTEGER',
+  long: 'BIGINT',
   double: 'DOUBLE',
   boolean: 'BOOLEAN',
   timestamp: 'TIMESTAMP',
