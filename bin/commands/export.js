@@ -5,6 +5,7 @@ const { createHash } = require('node:crypto');
 const fs = require('node:fs');
 const path = require('node:path');
 const { InvalidArgumentError, Option } = require('commander');
+const { addFailure, addMatch, newCells } = require('../export/tables.js');
 const { eachMatch, listReplays, withReading } = require('../matches.js');
 const { PATHS } = require('../replay-paths.js');
 
@@ -41,41 +42,41 @@ function isUnchanged(known, { size, mtimeMs }) {
 // What has been read and is not yet written.
 class Batch {
   #dataSet;
-  replays = [];
-  events = 0;
+  #replays = [];
+  #cells = newCells();
 
   constructor(dataSet) {
     this.#dataSet = dataSet;
   }
 
-  async add(replay) {
-    this.replays.push(replay);
-    this.events += replay.rows.eliminations.length;
-    if (this.replays.length >= PART_REPLAYS || this.events >= PART_EVENTS) await this.write();
+  // replay: { path, size, mtimeMs, code }; addRows(cells): adds its rows and returns how many they are.
+  async add(replay, addRows) {
+    this.#replays.push({ ...replay, rows: addRows(this.#cells) });
+    const [first] = this.#cells.eliminations;
+    if (this.#replays.length >= PART_REPLAYS || first.length >= PART_EVENTS) await this.write();
   }
 
   async write() {
-    const { replays } = this;
-    this.replays = [];
-    this.events = 0;
-    if (replays.length > 0) await this.#dataSet.commit(replays);
+    const [replays, cells] = [this.#replays, this.#cells];
+    this.#replays = [];
+    this.#cells = newCells();
+    if (replays.length > 0) await this.#dataSet.commit(replays, cells);
   }
 }
 
 // Reads what is to be read into the data set; resolves with the numbers of replays and failures.
 async function exportReplays(todo, dataSet, context, tally) {
-  const { failureRow, rowsOf } = require('../export/tables.js');
   const batch = new Batch(dataSet);
   const counts = { read: 0, failed: 0 };
   const onMatch = (match, i) => {
     counts.read += 1;
-    return batch.add({ ...todo[i], code: null, rows: rowsOf({ ...match, path: todo[i].path }) });
+    const { path: file } = todo[i];
+    return batch.add({ ...todo[i], code: null }, (cells) => addMatch(cells, { ...match, path: file }));
   };
-  const onFailure = (file, error, i) => {
+  const onFailure = (_, error, i) => {
     counts.failed += 1;
-    const failures = [failureRow(todo[i].path, error, todo[i].size)];
-    const rows = { matches: [], players: [], eliminations: [], failures };
-    return batch.add({ ...todo[i], code: error.code, rows });
+    const { path: file, size } = todo[i];
+    return batch.add({ ...todo[i], code: error.code }, (cells) => addFailure(cells, file, error, size));
   };
   const files = todo.map((replay) => replay.path);
   try {

@@ -61,12 +61,13 @@ class DataSet {
     return this.#owners.get(file);
   }
 
-  // Adds replays, a list of { path, size, mtimeMs, code, rows }, rows by table, in the place of what is known of them.
-  commit(replays) {
+  // Adds replays, a list of { path, size, mtimeMs, code, rows }, in the place of what is known of them. rows: how many rows
+  // each has in each table; cells: these rows, replay after replay, as newCells() has them.
+  commit(replays, cells) {
     return writing(async () => {
       const paths = new Set(replays.map((replay) => replay.path));
       const stale = this.#partsOf(paths);
-      const add = [await this.#writePart(replays)];
+      const add = [await this.#writePart(replays, cells)];
       for (const name of stale) {
         const kept = await this.#writeRest(name, paths);
         if (kept !== undefined) add.push(kept);
@@ -173,17 +174,12 @@ class DataSet {
     fs.writeFileSync(this.#temporary(this.#stateFile(part)), JSON.stringify(state));
   }
 
-  async #writePart(replays) {
+  async #writePart(replays, cells) {
     const part = this.#newPart();
     for (const table of TABLE_NAMES) {
-      const rows = replays.flatMap((replay) => replay.rows[table]);
-      await this.#format.write(this.#temporary(this.#tableFile(part, table)), TABLES[table], rows);
+      await this.#format.write(this.#temporary(this.#tableFile(part, table)), TABLES[table], cells[table]);
     }
-    const counts = (rows) => TABLE_NAMES.map((table) => rows[table].length);
-    this.#writeState(
-      part,
-      replays.map((replay) => ({ ...replay, rows: counts(replay.rows) })),
-    );
+    this.#writeState(part, replays);
     return part;
   }
 

@@ -2,7 +2,7 @@
 // The file formats of an export. Each has
 //
 //     extension
-//     write(file, columns, rows)            rows: lists of cells in the order of the columns
+//     write(file, columns, cells)           cells: for each column its cells
 //     copy(source, target, columns, keep)   the rows of a file for which keep(number) holds, in another one
 
 const fs = require('node:fs');
@@ -35,13 +35,15 @@ function csvCell(cell, { type }) {
   return FORMULA.test(text) ? `'${text}` : text;
 }
 
+const rowsOf = (cells) => cells[0].map((_, i) => cells.map((column) => column[i]));
+
 // Formats of lines: a row is a line, after `header`.
 function lineFormat({ extension, headerOf, linesOf }) {
   const writeLines = (file, columns, lines) =>
     fs.writeFileSync(file, [...headerOf(columns), ...lines].map((line) => line + '\n').join(''));
   return {
     extension,
-    write: async (file, columns, rows) => writeLines(file, columns, linesOf(columns, rows)),
+    write: async (file, columns, cells) => writeLines(file, columns, linesOf(columns, rowsOf(cells))),
     async copy(source, target, columns, keep) {
       const lines = fs.readFileSync(source, 'utf8').split('\n').slice(headerOf(columns).length, -1);
       writeLines(
@@ -86,19 +88,16 @@ const bigOrNull = (cell) => (cell === null ? null : BigInt(cell));
 // Neither a dictionary nor compression makes positions smaller; trying takes half of the time.
 const DOUBLES = { encoding: 'PLAIN', codec: 'UNCOMPRESSED' };
 
-function parquetColumns(columns, rows) {
-  return columns.map(({ name, type }, i) => {
-    const isBig = type === 'long' || type === 'timestamp';
-    const data = rows.map(isBig ? (row) => bigOrNull(row[i]) : (row) => row[i]);
-    return { name, data, ...(type === 'double' ? DOUBLES : {}) };
-  });
+function parquetColumn({ name, type }, cells) {
+  const isBig = type === 'long' || type === 'timestamp';
+  return { name, data: isBig ? cells.map(bigOrNull) : cells, ...(type === 'double' ? DOUBLES : {}) };
 }
 
-async function writeParquet(file, columns, rows) {
+async function writeParquet(file, columns, cells) {
   const { parquetWriteBuffer } = await import('hyparquet-writer');
   const buffer = parquetWriteBuffer({
     schema: parquetSchema(columns),
-    columnData: parquetColumns(columns, rows),
+    columnData: columns.map((column, i) => parquetColumn(column, cells[i])),
     rowGroupSize: ROW_GROUP,
     statistics: false, // a part is one row group, which engines read as a whole
     createdBy: 'corvane-replay',
@@ -112,10 +111,9 @@ async function copyParquet(source, target, columns, keep) {
   const file = buffer.slice(byteOffset, byteOffset + byteLength);
   const parsers = { timestampFromMicroseconds: (value) => value };
   const objects = await parquetReadObjects({ file, parsers });
-  const rows = objects
-    .filter((_, i) => keep(i))
-    .map((object) => columns.map(({ name }) => object[name] ?? null));
-  await writeParquet(target, columns, rows);
+  const kept = objects.filter((_, i) => keep(i));
+  const cells = columns.map(({ name }) => kept.map((object) => object[name] ?? null));
+  await writeParquet(target, columns, cells);
 }
 
 const FORMATS = {

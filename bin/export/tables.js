@@ -127,20 +127,31 @@ const eliminationRow = (event, number, id, start, numbers) => [
   ...[event.damageType, event.damageName],
 ];
 
-// The rows of a match by table, each a list of cells in the order of the columns.
-function rowsOf(match) {
+// The cells of a table by column: rows as such would be as many objects, which outlive the collection of short-lived ones.
+const newCells = () =>
+  Object.fromEntries(Object.entries(TABLES).map(([table, list]) => [table, list.map(() => [])]));
+
+function addRow(cells, row) {
+  for (let i = 0; i < row.length; ++i) cells[i].push(row[i]);
+}
+
+// Adds the rows of a match, and returns how many they are, in the order of the tables.
+function addMatch(cells, match) {
   const { id, players, eliminations } = match;
   const numbers = new Map(players.map(({ player }, i) => [player, i]));
   const start = microseconds(match.recordedTicks);
-  return {
-    matches: [matchRow(match)],
-    players: players.map((record) => playerRow(record, id, numbers)),
-    eliminations: eliminations.map((event, i) => eliminationRow(event, i, id, start, numbers)),
-    failures: [],
-  };
+  addRow(cells.matches, matchRow(match));
+  for (const record of players) addRow(cells.players, playerRow(record, id, numbers));
+  eliminations.forEach((event, i) =>
+    addRow(cells.eliminations, eliminationRow(event, i, id, start, numbers)),
+  );
+  return [1, players.length, eliminations.length, 0];
 }
 
-// The row of a replay that cannot be read; bytes: its size, null if that is not known.
-const failureRow = (path, { code, message }, bytes) => [path, code ?? null, message, bytes];
+// The same for a replay that cannot be read; bytes: its size, null if that is not known.
+function addFailure(cells, path, { code, message }, bytes) {
+  addRow(cells.failures, [path, code ?? null, message, bytes]);
+  return [0, 0, 0, 1];
+}
 
-module.exports = { TABLES, failureRow, matchRow, modeOf, rowsOf };
+module.exports = { TABLES, addFailure, addMatch, matchRow, modeOf, newCells };

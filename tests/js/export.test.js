@@ -6,7 +6,7 @@ const fs = require('node:fs');
 const path = require('node:path');
 const { test } = require('node:test');
 const { DataSet } = require('../../bin/export/data-set.js');
-const { TABLES } = require('../../bin/export/tables.js');
+const { TABLES, addFailure, newCells } = require('../../bin/export/tables.js');
 const { makeSeason, matchReplay } = require('../support/make-season.js');
 const { addonPath } = require('../support/reads.js');
 const { run, start, temporaryFolder } = require('../support/run.js');
@@ -182,10 +182,14 @@ test('four shards at once write the rows of one run', async () => {
 });
 
 test('a run that is interrupted at any moment loses nothing, and the next one completes it', async () => {
-  const replay = (name, text) => {
-    const rows = Object.fromEntries(names.map((table) => [table, []]));
-    rows.failures = [[name, 'CODE', text, 1]];
-    return { path: name, size: 1, mtimeMs: 1, code: null, rows };
+  // The replays of a name and a text each, as rows of failures.
+  const put = (dataSet, texts) => {
+    const cells = newCells();
+    const replays = Object.entries(texts).map(([name, message]) => {
+      const rows = addFailure(cells, name, { message }, 1);
+      return { path: name, size: 1, mtimeMs: 1, code: null, rows };
+    });
+    return dataSet.commit(replays, cells);
   };
   const opened = async (out) => {
     const dataSet = new DataSet(out, 'ndjson', '1of1');
@@ -213,9 +217,9 @@ test('a run that is interrupted at any moment loses nothing, and the next one co
   for (let n = 1, came = true; came; ++n) {
     const out = inFolder(`interrupted-${n}`);
     const first = await opened(out);
-    await first.commit([replay('a', 'a1'), replay('b', 'b1'), replay('c', 'c1')]);
-    const next = [replay('b', 'b2'), replay('d', 'd2')];
-    came = await interrupted(n, () => first.commit(next));
+    await put(first, { a: 'a1', b: 'b1', c: 'c1' });
+    const next = { b: 'b2', d: 'd2' };
+    came = await interrupted(n, () => put(first, next));
     moments += Number(came);
     const again = await opened(out);
     const isThere = again.known('d') !== undefined;
@@ -224,7 +228,7 @@ test('a run that is interrupted at any moment loses nothing, and the next one co
       isThere ? ['a1', 'b2', 'c1', 'd2'] : ['a1', 'b1', 'c1'],
       `moment ${n}`,
     );
-    await again.commit(next);
+    await put(again, next);
     assert.deepEqual(await reasons(out), ['a1', 'b2', 'c1', 'd2'], `moment ${n}`);
     const left = fs.readdirSync(out, { recursive: true }).filter((name) => /[~]|commit/.test(name));
     assert.deepEqual(left, [], `moment ${n}`);
