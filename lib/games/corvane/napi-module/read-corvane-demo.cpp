@@ -37,7 +37,7 @@ bool IsAscii(std::string_view text) {
 // One unit per byte, sign-extended: bytes from 0x80 become U+FF80 to U+FFFF. Callers take the low byte of
 // each unit and decode the bytes as UTF-8 to get at the characters. A text without such bytes becomes a
 // string that the host keeps with one byte for each unit: half the memory, and a third of the time.
-Napi::Value StringOfBytes(Napi::Env env, const std::string& text) {
+Napi::Value StringOfBytes(Napi::Env env, std::string text) {
     napi_value string = nullptr;
     napi_status status;
     if (IsAscii(text)) {
@@ -46,7 +46,9 @@ Napi::Value StringOfBytes(Napi::Env env, const std::string& text) {
         const auto units = std::make_unique_for_overwrite<char16_t[]>(text.size());
         std::ranges::transform(text, units.get(),
                                [](char c) { return static_cast<char16_t>(static_cast<signed char>(c)); });
-        status = napi_create_string_utf16(env, units.get(), text.size(), &string);
+        const std::size_t count = text.size();
+        std::string().swap(text);  // its memory serves the host's string
+        status = napi_create_string_utf16(env, units.get(), count, &string);
     }
     if (status != napi_ok) throw Napi::Error::New(env);
     return {env, string};
