@@ -123,17 +123,11 @@ for (const { name, info, chunks, facts, document = {} } of [
     document: { events: [{}, {}, { killerBot: 'b' }] },
   },
   {
-    name: 'a text that is not UTF-8',
+    name: 'texts that are not UTF-8',
     info: { FriendlyName: w.bytes(w.i32(3), Buffer.from('a\xff\0', 'latin1')) },
-    chunks: [rest],
-    facts: { end: 'failed', failure: { code: 'ERR_CORRUPT' }, texts: { FriendlyName: 'a\ufffd' } },
-    document: { ReplayFileMeta: { FriendlyName: 'a\ufffd' }, events: [{}, {}] },
-  },
-  {
-    name: 'a name of a bot that is not UTF-8',
     chunks: [rest, event(bot(w.bytes(w.i32(3), Buffer.from('b\xff\0', 'latin1'))))],
-    facts: { end: 'failed', failure: { code: 'ERR_CORRUPT' } },
-    document: { events: [{}, {}, { killerBot: 'b\ufffd' }] },
+    facts: { end: 'failed', failure: { code: 'ERR_CORRUPT' }, texts: { FriendlyName: 'a\ufffd' } },
+    document: { ReplayFileMeta: { FriendlyName: 'a\ufffd' }, events: [{}, {}, { killerBot: 'b\ufffd' }] },
   },
   {
     name: 'a replay that is being recorded',

@@ -5,6 +5,7 @@
 // by key, numbers by its own algorithm, and texts that need escaping through the library itself.
 #pragma once
 
+#include <algorithm>
 #include <array>
 #include <cstddef>
 #include <cstdint>
@@ -48,8 +49,9 @@ class EventText {
     EventText(const EventText&) = delete;
     EventText& operator=(const EventText&) = delete;
 
-    // Takes room for so many events of common size, so that the text need not move as it grows.
-    void Reserve(std::size_t count) { m_text.reserve(count * kCommonBytes); }
+    // Takes room for so many events of common size, so that the text need not move as it grows. A hostile
+    // file can have millions that are never written: there is a limit to what is taken for them.
+    void Reserve(std::size_t count) { m_text.reserve(std::min(count, kMostReserved) * kCommonBytes); }
 
     // An event is what is written between these two; members must come sorted by key.
     void BeginEvent();
@@ -72,7 +74,8 @@ class EventText {
     std::string Take() { return std::move(m_text); }
 
   private:
-    static constexpr std::size_t kCommonBytes = 448;  // an elimination; a little room for the others' sake
+    static constexpr std::size_t kCommonBytes = 448;  // an elimination with long numbers
+    static constexpr std::size_t kMostReserved = 150'000;
     // An event is put together here and appended as a whole; texts longer than kShortText go past it.
     static constexpr std::size_t kShortText = 64;
     static constexpr std::size_t kMostMembers = 16;
