@@ -26,13 +26,12 @@ const char* End(const ue4::ReplayFileInfo& info, bool failed) {
     return info.TableEnd == info.TotalDataSizeInBytes ? "complete" : "cut";
 }
 
-json FailureObject(const std::optional<ReadFailure>& failure) {
-    json object;
-    if (failure) {
-        object["code"] = failure->code;
-        object["reason"] = failure->reason;
-    }
-    return object;
+// The functions that add to the facts fill a value that belongs to them already: see json-object.h.
+
+void AddFailure(const std::optional<ReadFailure>& failure, json& value) {
+    if (!failure) return;
+    ue4::AsObject(value)["code"] = failure->code;
+    value["reason"] = failure->reason;
 }
 
 const char* ReasonText(SkipReason reason) {
@@ -52,26 +51,25 @@ std::string NameOf(const ue4::FLocalFileEventInfo& info) {
     return kind == nullptr ? info.Group + "/" + info.Metadata : std::string(NameOf(*kind));
 }
 
-json SkippedList(const ReplayParser& parser) {
+void AddSkipped(const ReplayParser& parser, json& list) {
     std::map<std::pair<std::string, SkipReason>, std::uint32_t> counts;
     for (const SkippedEvent& event : parser.Facts().skipped) {
         const auto& info = parser.FileInfo().Events[static_cast<std::size_t>(event.index)];
         ++counts[{NameOf(info), event.reason}];
     }
-    json list = json::array();
+    list = json::array();
     for (const auto& [event, count] : counts) {
         json& object = list.emplace_back(json::object());
         object["name"] = event.first;
         object["count"] = count;
         object["reason"] = ReasonText(event.second);
     }
-    return list;
 }
 
-json Warnings(const ReplayParser& parser) {
+void AddWarnings(const ReplayParser& parser, json& list) {
     constexpr std::uint32_t kClearedChunk = 0xFFFFFFFF;
     const ue4::ReplayFileInfo& info = parser.FileInfo();
-    json list = json::array();
+    list = json::array();
     const auto cleared = std::ranges::count(info.Chunks, kClearedChunk, &ue4::ReplayChunkInfo::ChunkType);
     if (cleared != 0) list.push_back(std::to_string(cleared) + " unknown (cleared) chunks were skipped");
     if (info.HeaderChunkIndex == -1) list.push_back("there is no header chunk");
@@ -82,16 +80,16 @@ json Warnings(const ReplayParser& parser) {
     for (const std::string_view name : MissingStatistics(info)) {
         list.push_back("there is no " + std::string(name) + ", which a match has at its end");
     }
-    return list;
 }
 
-json Texts(const ReplayParser& parser) {
-    json object = json::object();
+void AddTexts(const ReplayParser& parser, json& object) {
+    object = json::object();
     object["FriendlyName"] = parser.FileInfo().FriendlyName;
     object["branch"] = parser.Header().EngineVersion.Branch;
     json& levels = object["levels"] = json::array();
     for (const LevelNameAndTime& level : parser.Header().LevelNamesAndTimes) levels.push_back(level.Name);
-    object["GameSpecificData"] = parser.Header().GameSpecificData;
+    json& gameData = object["GameSpecificData"] = json::array();
+    for (const std::string& data : parser.Header().GameSpecificData) gameData.push_back(data);
     json& names = object["names"] = json::array();
     for (const BotName& bot : parser.Facts().botNames) {
         json& entry = names.emplace_back(json::array());
@@ -99,7 +97,6 @@ json Texts(const ReplayParser& parser) {
         entry.push_back(bot.key);
         entry.push_back(bot.text);
     }
-    return object;
 }
 
 }  // namespace
@@ -110,10 +107,10 @@ std::string FactsText(const ReplayParser& parser, const std::optional<ReadFailur
     facts.json["end"] = End(info, failure.has_value());
     facts.json["fileBytes"] = info.TotalDataSizeInBytes;
     facts.json["cutAt"] = info.TableEnd == info.TotalDataSizeInBytes ? json() : json(info.TableEnd);
-    facts.json["failure"] = FailureObject(failure);
-    facts.json["skipped"] = SkippedList(parser);
-    facts.json["warnings"] = Warnings(parser);
-    facts.json["texts"] = Texts(parser);
+    AddFailure(failure, facts.json["failure"]);
+    AddSkipped(parser, facts.json["skipped"]);
+    AddWarnings(parser, facts.json["warnings"]);
+    AddTexts(parser, facts.json["texts"]);
     return facts.json.dump(-1, ' ', false, json::error_handler_t::replace);
 }
 
