@@ -154,6 +154,7 @@ test('failed reads keep nobody from their files, and leave room for a good one',
     const addon = require(${JSON.stringify(addonPath)});
     const [bad, good] = process.argv.slice(1);
     for (let i = 0; i < 2000; ++i) if (addon.ReadCorvaneDemo(bad) !== '') throw new Error('no failure');
+    fs.appendFileSync(bad, 'x');
     fs.renameSync(bad, bad + '.old');
     fs.unlinkSync(bad + '.old');
     console.error(addon.ReadCorvaneDemo(good).length > 100);`;

@@ -136,14 +136,8 @@ TEST(Phases, the_second_takes_what_the_first_left_of_the_same_block_only) {
     const Bytes stream = ReadVector("lz_least.lz"), copy = stream;
     Bytes raw(2 * kBlock), memory(OodleLZ_ThreadPhased_BlockDecoderMemorySizeNeeded);
     const auto decode = [&](const Bytes& of, int phase, std::ptrdiff_t dictionary = 0) {
-        return Decode({.compBuf = of.data(),
-                       .compBufSize = std::ssize(of),
-                       .rawBuf = raw.data() + dictionary,
-                       .rawLen = kRawLen,
-                       .decBufBase = raw.data(),
-                       .decoderMemory = memory.data(),
-                       .decoderMemorySize = std::ssize(memory),
-                       .threadPhase = phase});
+        return OodleLZ_Decompress(of.data(), std::ssize(of), raw.data() + dictionary, kRawLen, 1, 0, 0,
+                                  raw.data(), 0, nullptr, nullptr, memory.data(), std::ssize(memory), phase);
     };
     EXPECT_EQ(decode(stream, OodleLZ_Decode_ThreadPhase2), 0);
     EXPECT_EQ(decode(stream, OodleLZ_Decode_ThreadPhase1), kRawLen);

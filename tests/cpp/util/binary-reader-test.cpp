@@ -115,47 +115,37 @@ TEST(BinaryReader, a_long_string_is_read_whole_or_runs_out) {
     }
 }
 
-// A medium that fails after some bytes, as a file on a drive that goes away.
+// A medium that fails after some blocks of 4,096 bytes, as a file on a drive that goes away.
 struct BrokenBuffer : std::streambuf {
+    explicit BrokenBuffer(int goodBlocks) : good(goodBlocks) {}
     int_type underflow() override {
         if (good-- == 0) throw std::ios_base::failure("error reading the file");
-        setg(block, block, block + sizeof block);
+        setg(block.data(), block.data(), block.data() + block.size());
         return 'a';
     }
     pos_type seekoff(off_type, std::ios_base::seekdir, std::ios_base::openmode) override { return 4096; }
-    char block[4096];
-    int good = 0;
+    std::string block = std::string(4096, 'a');
+    int good;
 };
 
 // The texts of the standard libraries differ; ours does not.
 TEST(BinaryReader, a_stream_failure_has_one_text) {
-    std::stringbuf text("12345");
-    BrokenBuffer broken, brokenLater;
-    std::ranges::fill(brokenLater.block, 'a');
-    brokenLater.good = 2;
-    const struct {
-        const char* text;
-        std::streambuf* buffer;
-        void (*operation)(BinaryReader&);
-    } cases[] = {
-        {"ios_base::failbit set", &text, [](BinaryReader& r) { r.skip(4), r.readInt32LE(); }},
-        {"ios_base::failbit set", &text, [](BinaryReader& r) { r.readTerminatedString(); }},
-        {"ios_base::failbit set", &text, [](BinaryReader& r) { r.skip(1000); }},
+    std::stringbuf empty;
+    BrokenBuffer broken(0), brokenLater(2);
+    const std::tuple<const char*, std::streambuf*, void (*)(BinaryReader&)> cases[] = {
+        {"ios_base::failbit set", &empty, [](BinaryReader& r) { r.readInt32LE(); }},
+        {"ios_base::failbit set", &empty, [](BinaryReader& r) { r.readTerminatedString(); }},
+        {"ios_base::failbit set", &empty, [](BinaryReader& r) { r.skip(1000); }},
         {"ios_base::badbit set", &broken, [](BinaryReader& r) { r.readInt32LE(); }},
         {"ios_base::badbit set", &brokenLater, [](BinaryReader& r) { r.readTerminatedString(); }},
     };
-    for (const auto& c : cases) {
-        text.pubseekpos(0);
-        std::istream stream(c.buffer);
+    for (const auto& [text, buffer, operation] : cases) {
+        std::istream stream(buffer);
         stream.exceptions(std::ios_base::failbit | std::ios_base::badbit);
         BinaryReader reader(&stream, LittleEndian, false);
-        try {
-            c.operation(reader);
-            ADD_FAILURE() << "nothing was thrown";
-        } catch (const std::ios_base::failure& failure) {
-            EXPECT_THAT(failure.what(), testing::StartsWith(c.text));
-            EXPECT_STREQ(reader.failureText(), c.text);
-        }
+        EXPECT_THAT([&] { operation(reader); },
+                    testing::ThrowsMessage<std::ios_base::failure>(testing::StartsWith(text)));
+        EXPECT_STREQ(reader.failureText(), text);
     }
 }
 

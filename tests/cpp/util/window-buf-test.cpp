@@ -4,6 +4,7 @@
 #include <algorithm>
 #include <istream>
 #include <string>
+#include <tuple>
 
 #include <gtest/gtest.h>
 
@@ -39,12 +40,7 @@ class WindowBuf : public testing::Test {
 };
 
 TEST_F(WindowBuf, reads_the_files_bytes_wherever_it_is_sent) {
-    struct Step {
-        const char* what;
-        std::size_t position;
-        std::size_t count;
-    };
-    const Step steps[] = {
+    const std::tuple<const char*, std::size_t, std::size_t> steps[] = {
         {"the beginning", 0, 10},
         {"within the window", 100, 10},
         {"back within the window", 3, 4},
@@ -59,17 +55,16 @@ TEST_F(WindowBuf, reads_the_files_bytes_wherever_it_is_sent) {
         {"past the end, straight to the caller", 180'000, 100'000},
         {"from past the end", 200'010, 1},
     };
-    for (const Step& step : steps) {
-        SCOPED_TRACE(step.what);
+    for (const auto& [what, position, count] : steps) {
+        SCOPED_TRACE(what);
         stream.clear();
-        stream.seekg(static_cast<std::streamoff>(step.position));
-        const std::size_t begin = std::min(step.position, bytes.size());
-        const std::string expected = bytes.substr(begin, step.count);
-        EXPECT_EQ(ReadBytes(step.count), expected);
-        EXPECT_EQ(stream.eof() && stream.fail(), expected.size() < step.count);
+        stream.seekg(static_cast<std::streamoff>(position));
+        const std::string expected = bytes.substr(std::min(position, bytes.size()), count);
+        EXPECT_EQ(ReadBytes(count), expected);
+        EXPECT_EQ(stream.eof() && stream.fail(), expected.size() < count);
         EXPECT_FALSE(stream.bad());
         stream.clear();
-        EXPECT_EQ(stream.tellg(), static_cast<std::streamoff>(step.position + expected.size()));
+        EXPECT_EQ(stream.tellg(), static_cast<std::streamoff>(position + expected.size()));
     }
 }
 
