@@ -12,10 +12,9 @@ int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
     std::ofstream(file.path, std::ios_base::binary)
         .write(reinterpret_cast<const char*>(settings.Rest().data()), std::ssize(settings.Rest()));
     fuzz::ReadsOrFails([&] {
-        std::uint32_t resumePosition = 0;
-        bool resumeFlag = false;
+        ue4::ResumeState resume;
         orvel::corvane::ReplayParser parser(file.WidePath());
-        parser.ParseReplay(resumePosition, resumeFlag, key);
+        parser.ParseReplay(resume, key);
         const std::string text = parser.TakeText();
         fuzz::Require(nlohmann::json::parse(text).dump(1) == text, "the text is nlohmann::json's own");
     });

@@ -8,7 +8,9 @@
 namespace orvel::util {
 
 // "ios_base::badbit set" or "ios_base::failbit set", whichever the state's worst flag is. The text is static.
-const char* StreamFailureText(std::ios_base::iostate state);
+inline const char* StreamFailureText(std::ios_base::iostate state) {
+    return (state & std::ios_base::badbit) != 0 ? "ios_base::badbit set" : "ios_base::failbit set";
+}
 
 // Runs operation(). A std::ios_base::failure that leaves it is replaced by one whose what() begins with the
 // text above for the state that the stream then has. Everything else passes.

@@ -13,7 +13,7 @@ class StreamReader {
     virtual ~StreamReader() = default;
 
     // Reads one string in place of what text holds. Here: the binary reader's own length-prefixed form.
-    virtual void ReadString(std::string& text);
+    virtual void ReadString(std::string& text) { m_reader->read(text); }
 
     CppUtilities::BinaryReader& Reader() { return *m_reader; }
 

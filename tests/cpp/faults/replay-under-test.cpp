@@ -111,10 +111,9 @@ Bytes Whole(const std::vector<Section>& sections) {
 ReadResult ReadFile(const std::wstring& path) {
     ReadResult result;
     try {
-        std::uint32_t resumePosition = 0;
-        bool resumeFlag = false;
+        ue4::ResumeState resume;
         orvel::corvane::ReplayParser parser(path);
-        parser.ParseReplay(resumePosition, resumeFlag, {});
+        parser.ParseReplay(resume, {});
         result.text = parser.TakeText();
         result.outcome = Outcome::Document;
     } catch (const std::runtime_error& failure) {

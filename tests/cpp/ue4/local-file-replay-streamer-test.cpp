@@ -14,26 +14,26 @@ const std::size_t kBlockBytes = InfoBlock{}.Build().size();
 
 // One call over bytes in memory, which throw as a file does.
 struct Container {
-    explicit Container(const Bytes& bytes, Bytes key = {}, std::uint32_t resume = 0, bool keyFromFile = false,
+    explicit Container(const Bytes& bytes, Bytes key = {}, ue4::ResumeState before = {},
                        std::ios_base::iostate thrown = std::ios_base::failbit)
-        : resumeOffset(resume), flag(keyFromFile) {
+        : resume(before) {
         auto stream = FileLikeStream(bytes);
         stream->exceptions(thrown);
         ue4::FStreamReader archive(stream.get(), CppUtilities::LittleEndian, false);
+        ue4::FLocalFileNetworkReplayStreamer streamer(archive, document);
         testing::internal::CaptureStdout();
         try {
-            ue4::FLocalFileNetworkReplayStreamer().ReadReplayInfo(archive, info, document, resumeOffset, flag,
-                                                                  std::move(key));
+            streamer.ReadReplayInfo(std::move(key), resume);
         } catch (char* text) {
             failure = text;
         }
+        info = streamer.Info();
         output = testing::internal::GetCapturedStdout();
     }
 
     ue4::ReplayFileInfo info;
     nlohmann::json document;
-    std::uint32_t resumeOffset;
-    bool flag;
+    ue4::ResumeState resume;
     std::string failure;  // empty: none
     std::string output;
 };
@@ -58,9 +58,9 @@ TEST(InformationBlock, the_key_in_effect_is_the_files_if_it_ever_had_one) {
     for (const Case& c : cases) {
         SCOPED_TRACE(testing::Message() << "case " << &c - cases);
         const Bytes bytes = InfoBlock{.version = c.version, .key = c.fileKey}.Build();
-        const Container file(bytes, c.callerKey, 0, c.flagBefore);
+        const Container file(bytes, c.callerKey, {.Offset = 0, .IsKeyFromFile = c.flagBefore});
         EXPECT_EQ(file.info.EncryptionKey, c.expected);
-        EXPECT_EQ(file.flag, c.flagAfter);
+        EXPECT_EQ(file.resume.IsKeyFromFile, c.flagAfter);
     }
 }
 
@@ -83,19 +83,19 @@ TEST(ChunkTable, records_every_chunk_and_describes_the_events) {
     EXPECT_EQ(file.output,
               "\n[ ue4::FLocalFileNetworkReplayStreamer::ReadReplayInfo ] "
               "ReadReplayInfo: Skipping unknown (cleared) chunk.\n\n");
-    EXPECT_EQ(file.resumeOffset, bytes.size());
+    EXPECT_EQ(file.resume.Offset, bytes.size());
 }
 
 TEST(ChunkTable, a_resumed_scan_sees_only_what_was_added) {
     Bytes bytes = File({Event{}.Build(), Chunk(kHeader, {})});
     const Container first(bytes);
-    const Container unchanged(bytes, {}, first.resumeOffset);
+    const Container unchanged(bytes, {}, first.resume);
     EXPECT_TRUE(unchanged.info.Chunks.empty() && unchanged.document.contains("ReplayFileMeta"));
     bytes = Join({bytes, Event{.id = "new"}.Build()});
-    const Container grown(bytes, {}, first.resumeOffset);
+    const Container grown(bytes, {}, first.resume);
     ASSERT_EQ(grown.info.Events.size(), 1U);
     EXPECT_EQ(grown.info.Events[0].Id, "new");
-    EXPECT_EQ(grown.resumeOffset, bytes.size());
+    EXPECT_EQ(grown.resume.Offset, bytes.size());
 }
 
 // Each chunk of 12 bytes begins a UTF-16 string that all the following ones are part of.
@@ -113,7 +113,7 @@ TEST(ChunkTable, overlapping_events_cannot_multiply_a_file) {
 
 // Only a stream that does not throw can get there.
 TEST(ChunkTable, a_stream_that_fails_silently_is_noticed) {
-    EXPECT_EQ(Container(InfoBlock{}.Build(), {}, 0, false, std::ios_base::goodbit).failure,
+    EXPECT_EQ(Container(InfoBlock{}.Build(), {}, {}, std::ios_base::goodbit).failure,
               "ReadReplayInfo: Archive error after parsing chunk.\n");
 }
 

@@ -44,7 +44,28 @@ TEST(EngineString, is_read_as_this_formats_readers_do) {
         archive.ReadString(text);
         EXPECT_EQ(text, c.text);
         EXPECT_EQ(archive.Reader().fail() ? -1 : static_cast<int>(archive.Reader().remaining()), c.rest);
+
+        ue4::PayloadReader payload(c.bytes);
+        std::string same = "old";
+        payload.ReadString(same);
+        EXPECT_EQ(same, c.text);
+        EXPECT_EQ(payload.Failed() ? -1 : static_cast<int>(payload.Rest().size()), c.rest);
     }
+}
+
+TEST(PayloadReader, gives_zeros_from_the_first_value_that_is_not_whole) {
+    const Bytes bytes = Writer().U8(7).I32(-2).F32(1.5F).Fill(6, 9).bytes;
+    ue4::PayloadReader payload(bytes);
+    EXPECT_EQ(std::tuple(payload.ReadByte(), payload.ReadInt32(), payload.ReadFloat()),
+              std::tuple(7, -2, 1.5F));
+    payload.Skip(3);
+    EXPECT_FALSE(payload.Failed());
+    EXPECT_EQ(payload.ReadUInt32(), 0U);
+    EXPECT_TRUE(payload.Failed() && payload.Rest().empty());
+    EXPECT_EQ(payload.ReadByte(), 0);
+    ue4::PayloadReader skipped(bytes);
+    skipped.Skip(static_cast<std::uint64_t>(-1));
+    EXPECT_EQ(skipped.ReadByte(), 0);
 }
 
 // Expects a ReplayException with this text.
@@ -61,8 +82,11 @@ void ExpectReplayException(const char* text, const Read& read) {
 
 TEST(EngineString, an_impossible_length_is_a_replay_exception) {
     const Bytes bytes = Writer().I32(INT32_MIN).Str("x").bytes;
+    const char* const text = ":23: Invalid SaveNum, corrupted FArchive.";
     ue4::FDataReader archive(bytes.data(), bytes.size(), LittleEndian);
-    ExpectReplayException(":23: Invalid SaveNum, corrupted FArchive.", [&] { archive.ReadString(); });
+    ExpectReplayException(text, [&] { archive.ReadString(); });
+    std::string name;
+    ExpectReplayException(text, [&] { ue4::PayloadReader(bytes).ReadString(name); });
 }
 
 TEST(FArchiveReader, opens_what_is_a_file_and_nothing_else) {

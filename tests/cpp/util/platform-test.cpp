@@ -10,7 +10,7 @@ TEST(WideToUtf8, pairs_are_joined_and_unpaired_surrogates_replaced) {
         std::wstring units;
         std::string text;
     } cases[] = {
-        {L"", ""},
+        {{}, ""},
         {L"a\u007F\u0080\u07FF\u0800\uFFFF", "a\x7F\xC2\x80\xDF\xBF\xE0\xA0\x80\xEF\xBF\xBF"},
         {{wchar_t{0xD83D}, wchar_t{0xDE00}}, "\xF0\x9F\x98\x80"},
         {{wchar_t{0xD83D}}, "\xEF\xBF\xBD"},

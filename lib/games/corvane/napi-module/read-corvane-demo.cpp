@@ -58,9 +58,8 @@ Napi::Value ParseToText(Napi::Env env, const std::wstring& path) {
     std::unique_ptr<ReplayParser> parser;
     try {
         parser = std::make_unique<ReplayParser>(path);
-        std::uint32_t resumePosition = 0;
-        bool resumeFlag = false;
-        parser->ParseReplay(resumePosition, resumeFlag, {});
+        ue4::ResumeState resume;
+        parser->ParseReplay(resume, {});
         ue4::AsObject(parser->Document())["Creation"] = CreationMember(path, parser->FileInfo().Timestamp);
         return StringOfBytes(env, parser->TakeText());
     } catch (const std::runtime_error&) {

@@ -99,9 +99,8 @@ void CheckDecryption(const ReplayParser& parser) {
 bool IsReplay(ReplayParser& parser) { return parser.Document().contains("ReplayFileMeta"); }
 
 void Parse(ReplayParser& parser, std::vector<std::uint8_t> key) {
-    std::uint32_t resumePosition = 0;
-    bool resumeFlag = false;
-    parser.ParseReplay(resumePosition, resumeFlag, std::move(key));
+    ue4::ResumeState resume;
+    parser.ParseReplay(resume, std::move(key));
     if (!IsReplay(parser)) {
         throw Refusal({"ERR_NOT_A_REPLAY", "the magic number is not that of a replay"});
     }

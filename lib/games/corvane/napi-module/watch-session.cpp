@@ -56,13 +56,13 @@ void WatchSession::OnReport(const std::wstring& path, ::util::FileStatus status)
 
 void WatchSession::DeliverReplay(const std::wstring& path) {
     const auto [entry, isFirstParse] = m_states.try_emplace(path);
-    ReplayState& state = entry->second;
+    ue4::ResumeState& resume = entry->second;
     ReplayParser parser(path);
-    parser.ParseReplay(state.resumePosition, state.resumeFlag, m_key);
+    parser.ParseReplay(resume, m_key);
 
     nlohmann::json& document = parser.Document();
     if (isFirstParse) ue4::AsObject(document)["Creation"] = CreationMember(path, parser.FileInfo().Timestamp);
-    if (state.resumeFlag) ue4::AsObject(document)["PlayerStateEncryptionKey"] = 1;
+    if (resume.IsKeyFromFile) ue4::AsObject(document)["PlayerStateEncryptionKey"] = 1;
     // The game still writes to a file of which there is nothing to tell yet.
     if (document.empty()) ue4::AsObject(document)["GameAlive"] = 1;
     QueueText(parser.TakeText());

@@ -9,6 +9,7 @@
 #include <unordered_map>
 #include <vector>
 
+#include "games/corvane/corvane-lib/src/ue4/local-file-replay-streamer.h"
 #include "games/corvane/napi-module/watcher/file-status.h"
 #include "games/corvane/napi-module/watcher/folder-watcher.h"
 
@@ -32,17 +33,11 @@ class WatchSession {
     void Abandon() { m_abandoned = true; }
 
   private:
-    // What the container reader carries from one parse of a growing file to the next.
-    struct ReplayState {
-        std::uint32_t resumePosition = 0;
-        bool resumeFlag = false;
-    };
-
     void OnReport(const std::wstring& path, ::util::FileStatus status);
     void DeliverReplay(const std::wstring& path);
 
     const std::vector<std::uint8_t> m_key;
-    std::unordered_map<std::wstring, ReplayState> m_states;  // by full path; kept when a file is erased
+    std::unordered_map<std::wstring, ue4::ResumeState> m_states;  // by full path; kept when a file is erased
     std::atomic<bool> m_abandoned = false;
     ::util::FolderWatcher m_watcher;  // the last member: stopped before the others go
 };

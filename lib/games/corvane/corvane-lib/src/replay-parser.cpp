@@ -14,12 +14,10 @@ namespace orvel::corvane {
 ReplayParser::ReplayParser(const std::wstring& path)
     : FArchiveReader(path, CppUtilities::LittleEndian, false) {}
 
-void ReplayParser::ParseReplay(std::uint32_t& resumePosition, bool& resumeFlag,
-                               std::vector<std::uint8_t> key) {
+void ReplayParser::ParseReplay(ue4::ResumeState& resume, std::vector<std::uint8_t> key) {
     const util::ConsoleFlush flush;
     try {
-        m_streamer.ReadReplayInfo(*this, m_fileInfo, m_document.json, resumePosition, resumeFlag,
-                                  std::move(key));
+        m_streamer.ReadReplayInfo(std::move(key), resume);
         ParsePayloads();
     } catch (const ue4::ReplayException& exception) {
         util::WriteConsole("[ orvel::corvane::ReplayParser::ParseReplay ] [Replay Exception] " +
@@ -29,8 +27,8 @@ void ReplayParser::ParseReplay(std::uint32_t& resumePosition, bool& resumeFlag,
 }
 
 void ReplayParser::ParsePayloads() {
-    EncryptionKey = m_fileInfo.EncryptionKey;
-    if (!std::exchange(m_headerDone, true) && m_fileInfo.HeaderChunkIndex != -1) ParseHeaderChunk();
+    EncryptionKey = FileInfo().EncryptionKey;
+    if (!std::exchange(m_headerDone, true) && FileInfo().HeaderChunkIndex != -1) ParseHeaderChunk();
     if (!std::exchange(m_eventsDone, true)) ParseEvents();
 }
 
@@ -50,8 +48,8 @@ void ReplayParser::Salvage() {
 void ReplayParser::ParseHeaderChunk() {
     // Whatever was read last may have run into the end of the file: the chunk table's scan always does.
     Reader().clear();
-    const auto index = static_cast<std::size_t>(m_fileInfo.HeaderChunkIndex);
-    Reader().seekg(m_fileInfo.Chunks[index].DataOffset);
+    const auto index = static_cast<std::size_t>(FileInfo().HeaderChunkIndex);
+    Reader().seekg(FileInfo().Chunks[index].DataOffset);
     m_facts.headerRefusal = ReadNetworkDemoHeader(*this, m_header);
     if (m_facts.headerRefusal.empty()) {
         m_document.json["header"] = HeaderObject(m_header);
@@ -64,13 +62,13 @@ void ReplayParser::ParseHeaderChunk() {
 void ReplayParser::ParseEvents() {
     Reader().clear();
     const auto isKnown = [](const auto& info) { return FindEventKind(info) != nullptr; };
-    m_events.Reserve(static_cast<std::size_t>(std::ranges::count_if(m_fileInfo.Events, isKnown)));
-    for (const ue4::FLocalFileEventInfo& info : m_fileInfo.Events) ParseEvent(info);
+    m_events.Reserve(static_cast<std::size_t>(std::ranges::count_if(FileInfo().Events, isKnown)));
+    for (const ue4::FLocalFileEventInfo& info : FileInfo().Events) ParseEvent(info);
 }
 
 void ReplayParser::ParseEvent(const ue4::FLocalFileEventInfo& info) {
     constexpr std::uint8_t kPlain = 1;
-    const std::uint8_t mode = m_fileInfo.bEncrypted ? kPayloadEncrypted : kPlain;
+    const std::uint8_t mode = FileInfo().bEncrypted ? kPayloadEncrypted : kPlain;
     Reader().seekg(info.DataOffset);
     const std::vector<std::uint8_t>& payload =
         ReadPayload(static_cast<std::uint32_t>(info.SizeInBytes), mode);

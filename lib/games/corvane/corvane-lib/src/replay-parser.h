@@ -33,15 +33,12 @@ class ReplayParser : public ue4::FArchiveReader {
     // Before the parse: the facts are to have the names of bots as well.
     void WantBotNames() { m_wantsBotNames = true; }
 
-    // Reads the whole replay into the document. To be called once.
-    //
-    //     resumePosition, resumeFlag   the caller's for each file, at first 0 and false; what for is told at
-    //                                  ReadReplayInfo
-    //     key                          the AES key for encrypted payloads if the file has none; may be empty
+    // Reads the whole replay into the document. To be called once. key: the AES key for encrypted payloads if
+    // the file has none; may be empty.
     //
     // Throws what reading throws: ReplayException (after a line on standard output), std::ios_base::failure
     // if the header is cut short, char* for a broken container. The document then holds what was read before.
-    void ParseReplay(std::uint32_t& resumePosition, bool& resumeFlag, std::vector<std::uint8_t> key);
+    void ParseReplay(ue4::ResumeState& resume, std::vector<std::uint8_t> key);
 
     // After a ParseReplay that has thrown: reads what it has not come to, and throws nothing but
     // std::bad_alloc. The document then holds all that can be read.
@@ -56,7 +53,7 @@ class ReplayParser : public ue4::FArchiveReader {
     // so.
     std::string TakeText(nlohmann::json::error_handler_t handler = nlohmann::json::error_handler_t::strict);
 
-    const ue4::ReplayFileInfo& FileInfo() const { return m_fileInfo; }
+    const ue4::ReplayFileInfo& FileInfo() const { return m_streamer.Info(); }
     const NetworkDemoHeader& Header() const { return m_header; }
     const ReplayFacts& Facts() const { return m_facts; }
 
@@ -67,10 +64,9 @@ class ReplayParser : public ue4::FArchiveReader {
     void ParseEvents();
     void ParseEvent(const ue4::FLocalFileEventInfo& info);
 
-    ue4::FLocalFileNetworkReplayStreamer m_streamer;
-    ue4::ReplayFileInfo m_fileInfo;
-    NetworkDemoHeader m_header;
     ue4::Document m_document;
+    ue4::FLocalFileNetworkReplayStreamer m_streamer{*this, m_document.json};
+    NetworkDemoHeader m_header;
     bool m_wantsBotNames = false;
     bool m_headerDone = false;
     bool m_eventsDone = false;

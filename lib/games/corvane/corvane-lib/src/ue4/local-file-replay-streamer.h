@@ -1,4 +1,4 @@
-// The container of a replay file: its information block and chunk table.
+// The container of a replay file: its information block and its table of chunks.
 //
 // Information block, from offset 0 (encodings as in ue4-binary-streams.h):
 //
@@ -14,7 +14,20 @@
 //     bEncrypted      boolean      FileVersion >= 6
 //     EncryptionKey   byte array   FileVersion >= 6
 //
-// The chunk table (chunk-table.h) follows it and ends with the file.
+// The chunks follow it, one after the other, up to the end of the file:
+//
+//     ChunkType    uint32   0 header, 1 and 2 network data and checkpoints, 3 event, 0xFFFFFFFF cleared
+//     SizeInBytes  int32    of the payload
+//     payload
+//
+// The payload of an event chunk begins with the event's description:
+//
+//     Id           string
+//     Group        string
+//     Metadata     string
+//     Time1        uint32
+//     Time2        uint32
+//     SizeInBytes  int32    of the event's data, which follows
 #pragma once
 
 #include <cstdint>
@@ -27,24 +40,65 @@
 
 namespace ue4 {
 
+// What the next parse of the same, growing file goes on from. At first as it is here.
+struct ResumeState {
+    // Where the scan of the table starts; 0 is the table's beginning. A parse leaves the low 32 bits of the
+    // file's size.
+    std::uint32_t Offset = 0;
+    // The file has held a key. From then on its key is taken even if it is all zeros.
+    bool IsKeyFromFile = false;
+};
+
 class FLocalFileNetworkReplayStreamer {
   public:
-    // Reads the container from the archive's start into info and adds "ReplayFileMeta" to the document. No
-    // payload is read. A file with another magic number is no failure: it has no chunks and gets no
-    // "ReplayFileMeta".
+    // Both must outlive the object.
+    FLocalFileNetworkReplayStreamer(FStreamReader& archive, nlohmann::json& document)
+        : m_archive(archive), m_document(document) {}
+
+    // Reads the container from the archive's start and adds "ReplayFileMeta" to the document. Payloads other
+    // than event descriptions are passed over, not read. A file with another magic number is no failure: it
+    // has no chunks and gets no "ReplayFileMeta".
     //
-    //     resumeOffset   in: where the scan of the table starts, 0 for the table's beginning; out: the low 32
-    //                    bits of the file's size. A later call on a file that has grown thus scans only what
-    //                    was added.
-    //     keyFromFile    set once a file holds a key; while it is set, the file's key is taken even if it is
-    //                    all zeros
-    //     key            the caller's key; in effect (FileVersion >= 6) unless the file's own key is
+    // key: the caller's, in effect (FileVersion >= 6) unless the file's own key is.
+    //
+    // The table ends where the file does, be it in the middle of a chunk (the game is still writing it), and
+    // at the first chunk that cannot belong to a table written in file order: one with a negative size, one
+    // that cannot be sought past, or an event with which all events together are larger than the file by more
+    // than a mebibyte.
     //
     // A broken container throws a plain C string of static duration (type char*): what is wrong, or the
     // stream's failure text if the information block is cut short. ReplayException passes. What was read
     // before stays.
-    void ReadReplayInfo(FStreamReader& archive, ReplayFileInfo& info, nlohmann::json& document,
-                        std::uint32_t& resumeOffset, bool& keyFromFile, std::vector<std::uint8_t> key);
+    void ReadReplayInfo(std::vector<std::uint8_t> key, ResumeState& resume);
+
+    // What was read; the defaults before.
+    const ReplayFileInfo& Info() const { return m_info; }
+
+  private:
+    // What is done at the beginning of a chunk's payload. False if the chunk cannot belong to the table.
+    using PayloadStep = bool (FLocalFileNetworkReplayStreamer::*)(const ReplayChunkInfo& chunk);
+    struct ChunkType {
+        std::uint32_t value;
+        PayloadStep step;
+    };
+    static const ChunkType kChunkTypes[];
+
+    bool ReadInformationBlock(std::vector<std::uint8_t> key, ResumeState& resume);
+    void SettleKey(std::vector<std::uint8_t> key, ResumeState& resume);
+
+    void ReadChunkTable();
+    ReplayChunkInfo ReadChunkHead(std::int64_t offset);
+    bool ReadChunkPayload(const ReplayChunkInfo& chunk);
+    bool NoteHeader(const ReplayChunkInfo& chunk);
+    bool ReadEvent(const ReplayChunkInfo& chunk);
+    bool ReportCleared(const ReplayChunkInfo& chunk);
+
+    void Validate(ResumeState& resume);
+
+    FStreamReader& m_archive;
+    nlohmann::json& m_document;
+    ReplayFileInfo m_info;
+    std::int64_t m_eventBytes = 0;  // of all events so far, their descriptions included
 };
 
 }  // namespace ue4

@@ -42,7 +42,7 @@ struct ReplayFileInfo {
     std::uint32_t LengthInMS = 0;
     std::uint32_t NetworkVersion = 0;
     std::uint32_t Changelist = 0;
-    std::string FriendlyName;  // as stored, with its whitespace
+    std::string FriendlyName;     // as stored, with its whitespace
     std::uint64_t Timestamp = 0;  // as the game wrote it
     std::int64_t TotalDataSizeInBytes = 0;
     bool bIsLive = false;  // the game is still recording
