@@ -148,6 +148,13 @@ TemporaryFile::~TemporaryFile() {
     std::filesystem::remove(path, ignored);
 }
 
+TemporaryFolder::TemporaryFolder() : path(UniquePath()) { std::filesystem::create_directory(path); }
+
+TemporaryFolder::~TemporaryFolder() {
+    std::error_code ignored;
+    std::filesystem::remove_all(path, ignored);
+}
+
 std::wstring TemporaryFile::WidePath() const { return orvel::util::platform::WideFromPath(path); }
 
 }  // namespace corvane_test

@@ -94,4 +94,15 @@ class TemporaryFile {
     const std::filesystem::path path;
 };
 
+// An empty folder, for as long as the object lives.
+class TemporaryFolder {
+  public:
+    TemporaryFolder();
+    ~TemporaryFolder();
+    TemporaryFolder(const TemporaryFolder&) = delete;
+    TemporaryFolder& operator=(const TemporaryFolder&) = delete;
+
+    const std::filesystem::path path;
+};
+
 }  // namespace corvane_test

@@ -77,7 +77,6 @@ TEST(LargeNumbers, are_not_believed) {
         const ReadResult result = Read(one.bytes);
         EXPECT_EQ(result.outcome, one.outcome) << result.text;
         EXPECT_LE(result.peakBytes, one.maxPeak);
-        EXPECT_LT(result.seconds, 5);
     }
 }
 

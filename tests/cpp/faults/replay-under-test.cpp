@@ -3,7 +3,6 @@
 
 #include <algorithm>
 #include <array>
-#include <chrono>
 #include <exception>
 
 #include <nlohmann/json.hpp>
@@ -135,13 +134,10 @@ ReadResult ReadFile(const std::wstring& path) {
 }
 
 ReadResult Read(const Bytes& bytes) {
-    using Clock = std::chrono::steady_clock;
     const TemporaryFile file(bytes);
     const std::wstring path = file.WidePath();
     const AllocationMeter meter;
-    const auto begin = Clock::now();
     ReadResult result = ReadFile(path);
-    result.seconds = std::chrono::duration<double>(Clock::now() - begin).count();
     result.peakBytes = meter.Peak();
     return result;
 }

@@ -41,7 +41,6 @@ struct ReadResult {
     Outcome outcome = Outcome::Forbidden;
     std::string text;  // the document, or what the failure says
     std::size_t peakBytes = 0;
-    double seconds = 0;
 };
 
 // Reads a file with all that the add-on does to it but handing over the text. Throws std::bad_alloc when

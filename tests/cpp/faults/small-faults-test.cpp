@@ -1,4 +1,5 @@
-// Every small fault of a replay: cut at every byte, every byte changed, every 32-bit field at the edges.
+// Every small fault of a replay: cut at every byte, every byte changed, every 32-bit field at the edges. A
+// read that never ends ends with the time limit of the whole program.
 #include <array>
 
 #include <gmock/gmock.h>
@@ -13,9 +14,6 @@ using nlohmann::json;
 
 constexpr std::size_t kMebibyte = 1024 * 1024;
 
-// Far above what any of them takes, sanitizers and Wine included; far below what a person takes for a hang.
-constexpr double kMaxSeconds = 5;
-
 using Sections = std::vector<Section>;
 
 class SmallFaults : public testing::TestWithParam<std::pair<const char*, Sections>> {
@@ -24,7 +22,6 @@ class SmallFaults : public testing::TestWithParam<std::pair<const char*, Section
     static ReadResult ReadChecked(const Bytes& bytes) {
         ReadResult result = Read(bytes);
         EXPECT_NE(result.outcome, Outcome::Forbidden) << result.text;
-        EXPECT_LT(result.seconds, kMaxSeconds);
         if (result.outcome == Outcome::Document) {
             EXPECT_EQ(json::parse(result.text).dump(1), result.text);
         }

@@ -17,9 +17,9 @@ namespace fs = std::filesystem;
 namespace platform = orvel::util::platform;
 
 TEST(ListFolderLinux, links_are_no_folders_dangling_ones_have_no_time_and_every_name_leads_back_to_its_file) {
-    const fs::path folder = fs::temp_directory_path() / "corvane-list-folder-linux-test";
-    fs::remove_all(folder);
-    fs::create_directories(folder / "sub");
+    const corvane_test::TemporaryFolder temporary;
+    const fs::path& folder = temporary.path;
+    fs::create_directory(folder / "sub");
     fs::create_directory_symlink(folder / "sub", folder / "link");
     fs::create_symlink(folder / "nothing", folder / "dangling");
     fs::create_symlink(folder / "loop", folder / "loop");
@@ -40,7 +40,6 @@ TEST(ListFolderLinux, links_are_no_folders_dangling_ones_have_no_time_and_every_
         isFolder,
         (std::map<std::wstring, bool>{
             {L"sub", true}, {L"link", false}, {L"dangling", false}, {L"loop", false}, {noText, false}}));
-    fs::remove_all(folder);
 }
 
 TEST(PathFromWide, only_bytes_from_0x80_are_restored) {
