@@ -56,8 +56,9 @@ TEST(EngineString, is_read_as_this_formats_readers_do) {
 TEST(PayloadReader, gives_zeros_from_the_first_value_that_is_not_whole) {
     const Bytes bytes = Writer().U8(7).I32(-2).F32(1.5F).Fill(6, 9).bytes;
     ue4::PayloadReader payload(bytes);
-    EXPECT_EQ(std::tuple(payload.ReadByte(), payload.ReadInt32(), payload.ReadFloat()),
-              std::tuple(7, -2, 1.5F));
+    EXPECT_EQ(payload.ReadByte(), 7);
+    EXPECT_EQ(payload.ReadInt32(), -2);
+    EXPECT_EQ(payload.ReadFloat(), 1.5F);
     payload.Skip(3);
     EXPECT_FALSE(payload.Failed());
     EXPECT_EQ(payload.ReadUInt32(), 0U);
