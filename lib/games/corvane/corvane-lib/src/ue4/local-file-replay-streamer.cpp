@@ -142,8 +142,8 @@ void FLocalFileNetworkReplayStreamer::SettleKey(std::vector<std::uint8_t> key, R
     const auto isSet = [](std::uint8_t byte) { return byte != 0; };
     if (std::ranges::any_of(fileKey, isSet)) resume.IsKeyFromFile = true;
     if (resume.IsKeyFromFile) m_info.EncryptionKey = std::move(fileKey);
-    orvel::util::WriteConsole(
-        "\n");  // once stood a line about the key here; programs that read the output expect it
+    // An empty line for each block with a key is part of the output on purpose.
+    orvel::util::WriteConsole("\n");
 }
 
 void FLocalFileNetworkReplayStreamer::ReadChunkTable() {
@@ -221,8 +221,7 @@ void FLocalFileNetworkReplayStreamer::Validate(ResumeState& resume) {
     CheckCheckpoints(m_info);
     m_info.bIsValid = true;
     resume.Offset = static_cast<std::uint32_t>(m_info.TotalDataSizeInBytes);
-    // Never so. The line stays for a reader that also checks chunks of data and checkpoints, which this one
-    // leaves empty.
+    // Always valid by now: a check that is added above and does not throw must not go unsaid.
     if (!m_info.bIsValid) {
         orvel::util::WriteConsole(
             "[ ue4::FLocalFileNetworkReplayStreamer::ReadReplayInfo ] INVALID REPLAY FILE\n");
