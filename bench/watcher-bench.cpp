@@ -58,7 +58,7 @@ std::int64_t g_sum = 0;  // keeps what is only listed from being optimised away
 
 void Measure(const fs::path& parent, int files, const char* separator) {
     const std::wstring folder = MakeFolder(parent, files);
-    util::FolderSnapshot snapshot(folder, util::RealFileSystem());
+    orvel::util::FolderSnapshot snapshot(folder, orvel::util::RealFileSystem());
     const auto cycle = [&] { snapshot.Update([](const std::wstring&, util::FileStatus) { ++g_sum; }); };
     const auto listing = [&] { g_sum += bench::SumOfSystemListing(folder); };
     const auto queries = [&] {

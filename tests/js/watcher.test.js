@@ -5,7 +5,7 @@ const assert = require('node:assert/strict');
 const fs = require('node:fs');
 const path = require('node:path');
 const { after, describe, it } = require('node:test');
-const { DemoFolder, Watch, addonPath, idOf, sleep } = require('../support/demo-folder.js');
+const { DemoFolder, Watch, addonPath, idOf } = require('../support/demo-folder.js');
 const w = require('../support/replay-writer.js');
 
 const addon = require(addonPath);
@@ -56,17 +56,17 @@ describe('the watcher', { concurrency: 1 }, () => {
     const keyForAll = Uint8Array.from(key).buffer;
     const watch = new Watch(addon).start(keyForAll, 'ignored');
     new Uint8Array(keyForAll).fill(0xff); // the watcher has its own copy
-    const byId = async (count) => new Map((await watch.take(count)).map((p) => [idOf(p), p]));
+    const byId = (payloads) => new Map(payloads.map((payload) => [idOf(payload), payload]));
     const grow = () => names.forEach((name) => demo.grow(name));
 
     for (const [name, [id, bytes]] of Object.entries(files)) demo.write(name, id, bytes);
     fs.mkdirSync(demo.path('folder.replay'));
-    await watch.none();
+    assert.deepEqual(await watch.settle(demo), []);
 
     // Modified for the first time: all carry "Creation".
     grow();
     fs.writeFileSync(demo.path('folder.replay', 'inside'), ''); // a folder that is modified is no replay
-    const first = await byId(5);
+    const first = byId(await watch.settle(demo));
     assert.deepEqual(new Set(first.keys()), new Set([1, 2, 3, 4, undefined]));
     for (const [name, [id]] of Object.entries(files).slice(0, 5)) {
       const { document, text } = first.get(id);
@@ -83,7 +83,8 @@ describe('the watcher', { concurrency: 1 }, () => {
 
     // Modified again: only what the file's state says, and for the file of which nothing is known "GameAlive".
     grow();
-    const second = await byId(5);
+    const second = byId(await watch.settle(demo));
+    assert.equal(second.size, 5);
     assert.deepEqual(second.get(undefined).document, { GameAlive: 1 });
     for (const [id, { document }] of second) {
       assert.equal('Creation' in document, false);
@@ -94,62 +95,71 @@ describe('the watcher', { concurrency: 1 }, () => {
 
     // Erased, and created again: its state outlives it, so the next payload has no "Creation".
     fs.rmSync(demo.path(names[0]));
-    await watch.none();
+    assert.deepEqual(await watch.settle(demo), []);
     demo.write(names[0], 1);
-    await watch.none();
+    assert.deepEqual(await watch.settle(demo), []);
     demo.grow(names[0]);
     demo.grow(bystander);
-    const third = await byId(2);
+    const third = byId(await watch.settle(demo));
     assert.equal('Creation' in third.get(1).document, false);
     assert.equal(third.get(9).document.Creation.timestamp, 9);
   });
 
   it('spaces payloads by 100 ms; Stop waits for those that are due, but not for the spaces', async () => {
-    const names = Array.from({ length: 200 }, (_, i) => `many ${i}.replay`);
-    names.forEach((name, i) => demo.write(name, 1000 + i));
+    const ids = Array.from({ length: 200 }, (_, i) => 1000 + i);
+    ids.forEach((id) => demo.write(`many ${id}.replay`, id));
     const watch = new Watch(addon).start();
-    names.forEach((name) => demo.grow(name));
+    ids.forEach((id) => demo.grow(`many ${id}.replay`));
     const few = await watch.take(10);
     const gaps = few.slice(1).map((payload, i) => payload.at - few[i].at);
     assert.ok(gaps.sort((a, b) => a - b)[4] >= 100, `${gaps}`);
     const began = performance.now();
     addon.StopCorvaneWatcher();
     assert.ok(performance.now() - began < 12_000); // with them it would be 19 s
-    const ids = [...few, ...(await watch.take(190))].map(idOf).sort((a, b) => a - b);
+    const all = [...few, ...(await watch.take(190))].map(idOf);
     assert.deepEqual(
+      all.sort((a, b) => a - b),
       ids,
-      names.map((_, i) => 1000 + i),
     );
-    names.forEach((name) => fs.rmSync(demo.path(name)));
+    demo.clear();
+    demo.create();
   });
 
   it('tells nothing after Stop, and starts afresh then', async () => {
     demo.write('a.replay', 20);
-    for (let i = 0; i < 2; ++i) {
-      const watch = new Watch(addon).start();
+    const watches = Array.from({ length: 3 }, () => new Watch(addon));
+    for (const watch of watches) {
+      watch.start();
       demo.grow('a.replay');
       assert.ok('Creation' in (await watch.take(1))[0].document);
       addon.StopCorvaneWatcher();
       addon.StopCorvaneWatcher();
       demo.grow('a.replay');
-      await watch.none();
     }
+    assert.deepEqual(
+      watches.map(({ payloads }) => payloads),
+      [[], [], []],
+    );
   });
 
-  it('gives a callback that takes over each replay from its start', async () => {
-    const names = ['a.replay', 'b.replay', 'c.replay'];
-    names.forEach((name, i) => demo.write(name, 23 + i));
+  it('gives a callback that takes over what was not told yet, and each replay from its start', async () => {
+    const ids = Array.from({ length: 20 }, (_, i) => 40 + i);
+    ids.forEach((id) => demo.write(`${id}.replay`, id));
     const first = new Watch(addon).start();
-    const grow = () => names.forEach((name) => demo.grow(name));
+    const grow = () => ids.forEach((id) => demo.grow(`${id}.replay`));
     grow();
-    await first.take(3);
+    assert.equal((await first.settle(demo)).length, 20);
     grow();
-    await first.take(1);
+    const told = await first.take(1);
     const second = new Watch(addon).start(); // in the middle of a cycle
-    grow();
-    for (const { document } of await second.take(3))
-      assert.ok('Creation' in document && 'header' in document);
-    assert.equal((await first.take(2)).length, 2);
+    const rest = await second.settle(demo);
+    assert.ok(rest.every(({ document }) => 'Creation' in document && 'header' in document));
+    const all = [...told, ...first.payloads, ...rest].map(idOf);
+    assert.deepEqual(
+      all.sort((a, b) => a - b),
+      ids,
+    );
+    assert.ok(rest.length > 10, `${rest.length}`);
   });
 
   it('can be started again and again inside deliveries', async () => {
@@ -184,19 +194,25 @@ describe('the watcher', { concurrency: 1 }, () => {
     fs.rmSync(demo.demos);
 
     demo.create();
-    await idle.none();
-    demo.write('a.replay', 30);
     const running = new Watch(addon).start();
-    demo.grow('a.replay');
-    await running.take(1);
+    await running.settle(demo);
     fs.renameSync(demo.demos, demo.demos + ' aside');
     const next = new Watch(addon).start();
     assert.deepEqual((await next.take(1))[0].document, err);
-    await sleep(600); // at least one cycle without the folder: what was in it is erased
     fs.renameSync(demo.demos + ' aside', demo.demos);
-    await sleep(1200); // and one with it: created
-    demo.grow('a.replay');
-    assert.equal(idOf((await next.take(1))[0]), 30);
-    assert.deepEqual(running.payloads, []);
+    await next.settle(demo);
+    assert.deepEqual([running.payloads, idle.payloads], [[], []]);
   });
+
+  // Names that are not valid UTF-8 exist on Linux alone.
+  if (process.platform === 'linux') {
+    it('sees files whose names are no text', async () => {
+      const file = w.bytes(Buffer.from(demo.path('no text ')), w.u8(0xff), Buffer.from('.replay'));
+      fs.writeFileSync(file, w.replay({ FileVersion: 5 }));
+      const watch = new Watch(addon).start();
+      fs.appendFileSync(file, w.chunk(w.CHUNK.replayData, Buffer.alloc(8)));
+      const [{ document }] = await watch.take(1);
+      assert.equal(document.Creation.fileName, demo.path('no text \ufffd.replay'));
+    });
+  }
 });

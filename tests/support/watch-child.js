@@ -1,6 +1,7 @@
 'use strict';
 // node watch-child.js SCENARIO ARGUMENT...: a process that watches the demo folder and ends in the way of the scenario.
 
+const { createHook } = require('node:async_hooks');
 const fs = require('node:fs');
 const path = require('node:path');
 const { setTimeout: sleep } = require('node:timers/promises');
@@ -29,6 +30,16 @@ const scenarios = {
     }, Number(milliseconds));
   },
 
+  // process.exit() while workers load the add-on and get its errors.
+  exitDuringErrors(milliseconds) {
+    const workers = Array.from(
+      { length: 4 },
+      () => new Worker(__filename, { workerData: { isWrong: true } }),
+    );
+    const online = workers.map((worker) => new Promise((resolve) => worker.once('online', resolve)));
+    Promise.all(online).then(() => setTimeout(() => process.exit(7), Number(milliseconds)));
+  },
+
   async stopped() {
     create();
     start();
@@ -39,22 +50,42 @@ const scenarios = {
     say('stopped');
   },
 
+  stoppedByHook() {
+    createHook({ init: (id, type) => type === 'fnReplayData' && stop() }).enable();
+    start();
+    stop();
+    say('stopped');
+  },
+
+  // A name of so many control characters makes a text of six times as many; what comes after it is told.
+  async tooLong(bytes) {
+    create();
+    start((text) => {
+      say(`${text.length > 10}`);
+      stop();
+    });
+    const name = Buffer.alloc(Number(bytes), 1);
+    fs.writeFileSync(file, w.replay({ FileVersion: 5, FriendlyName: w.bytes(w.i32(name.length), name) }));
+    for (let i = 0; i < 20; ++i) await sleep(100);
+  },
+
   noFolder() {
     start((text) => say(JSON.stringify(JSON.parse(text))));
   },
 
-  async throws() {
+  throws() {
     create();
     const thrown = new Error('thrown by the callback');
-    process.on('uncaughtException', (error) => say(error === thrown ? 'the error' : `another: ${error}`));
+    let count = 0;
+    process.on('uncaughtException', (error) => {
+      say(error === thrown ? 'the error' : `another: ${error}`);
+      if (++count === 2) stop();
+      else grow();
+    });
     start(() => {
       throw thrown;
     });
-    for (let i = 0; i < 2; ++i) {
-      grow();
-      await sleep(1200);
-    }
-    stop();
+    grow();
   },
 
   throwsUnhandled() {
@@ -89,11 +120,9 @@ const scenarios = {
       const worker = new Worker(__filename, { workerData: { exitsItself, milliseconds } });
       const ended = new Promise((resolve) => worker.once('exit', resolve));
       await new Promise((resolve) => worker.once('message', resolve));
-      const began = Date.now();
       if (!exitsItself) worker.terminate();
       const code = await ended;
       if (code !== (exitsItself ? 5 : 1)) say(`worker ${i} ended with ${code}`);
-      if (Date.now() - began > 2000) say(`worker ${i} took ${Date.now() - began} ms to end`);
     }
     await new Promise((resolve) => start(resolve));
     clearInterval(growing);
@@ -102,7 +131,14 @@ const scenarios = {
   },
 };
 
-async function worker({ exitsItself, milliseconds }) {
+async function worker({ isWrong, exitsItself, milliseconds }) {
+  while (isWrong) {
+    try {
+      require(addonPath).ReadCorvaneDemo();
+    } catch {
+      delete require.cache[addonPath];
+    }
+  }
   start(() => {});
   await sleep(milliseconds);
   parentPort.postMessage('watching');

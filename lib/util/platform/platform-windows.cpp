@@ -115,7 +115,8 @@ std::ptrdiff_t DiskFile::ReadAt(std::int64_t position, char* to, std::size_t cou
 
 std::optional<std::filesystem::path> LocalApplicationDataFolder() {
     wchar_t folder[MAX_PATH];
-    if (FAILED(SHGetFolderPathW(nullptr, CSIDL_LOCAL_APPDATA, nullptr, SHGFP_TYPE_CURRENT, folder))) {
+    // S_FALSE stands for a folder that is known but not there, and leaves the path empty.
+    if (SHGetFolderPathW(nullptr, CSIDL_LOCAL_APPDATA, nullptr, SHGFP_TYPE_CURRENT, folder) != S_OK) {
         return std::nullopt;
     }
     return std::filesystem::path(folder);

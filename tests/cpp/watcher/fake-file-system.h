@@ -2,6 +2,7 @@
 #pragma once
 
 #include <algorithm>
+#include <atomic>
 #include <functional>
 #include <map>
 #include <mutex>
@@ -13,7 +14,7 @@
 #include "games/corvane/napi-module/watcher/file-system.h"
 
 // Any thread may use it.
-class FakeFileSystem final : public util::FileSystem {
+class FakeFileSystem final : public orvel::util::FileSystem {
   public:
     struct Node {
         std::int64_t time;
@@ -40,11 +41,9 @@ class FakeFileSystem final : public util::FileSystem {
         });
     }
 
-    // How often a path's time was asked for other than by listing.
-    int TimeQueries() const {
-        const std::lock_guard lock(m_mutex);
-        return m_timeQueries;
-    }
+    // How often a path's time was asked for other than by listing, and how often a folder was listed.
+    int TimeQueries() const { return m_timeQueries; }
+    int Listings() const { return m_listings; }
 
     static std::wstring Generic(std::wstring path) {
         std::replace(path.begin(), path.end(), L'\\', L'/');
@@ -53,6 +52,7 @@ class FakeFileSystem final : public util::FileSystem {
 
     std::error_code ListFolder(const std::wstring& systemPath, const Visitor& visit) override {
         const std::wstring folder = Generic(systemPath);
+        ++m_listings;
         {
             const std::lock_guard lock(m_mutex);
             const auto listed = m_nodes.find(folder);
@@ -79,7 +79,8 @@ class FakeFileSystem final : public util::FileSystem {
     }
 
   private:
-    mutable std::mutex m_mutex;
+    std::mutex m_mutex;
     std::map<std::wstring, Node> m_nodes;
-    int m_timeQueries = 0;
+    std::atomic<int> m_timeQueries = 0;
+    std::atomic<int> m_listings = 0;
 };

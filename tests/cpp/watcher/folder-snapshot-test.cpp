@@ -12,11 +12,11 @@
 
 namespace {
 
+using orvel::util::FileStatus;
+using orvel::util::FolderSnapshot;
 using testing::ElementsAre;
 using testing::IsEmpty;
 using testing::UnorderedElementsAre;
-using util::FileStatus;
-using util::FolderSnapshot;
 
 class FolderSnapshotTest : public testing::Test {
   protected:

@@ -1,5 +1,7 @@
 #include "games/corvane/napi-module/delivery-channel.h"
 
+#include <algorithm>
+#include <cstdio>
 #include <mutex>
 #include <utility>
 
@@ -45,16 +47,26 @@ void RaiseUncaught(napi_env env) {
     }
 }
 
-// Called by Node-API on the environment's thread for each queued text. Failures other than the callback's own
-// can only come from an environment that is ending.
+// False if the text is longer than a JavaScript string can be. The length is passed because V8 ends the
+// process when it has to find out such a length itself.
+bool MakeString(napi_env env, const std::string& text, napi_value* result) {
+    const std::size_t length = std::min(text.find('\0'), text.size());
+    if (napi_create_string_utf8(env, text.data(), length, result) == napi_ok) return true;
+    std::fprintf(stderr,
+                 "[ orvel::corvane::MakeString ] Dropping a result of %zu bytes: no string can hold it\n",
+                 length);
+    return false;
+}
+
+// Called by Node-API on the environment's thread for each queued text.
 void CallJavaScript(napi_env env, napi_value callback, void*, void* data) {
     const std::unique_ptr<std::string> text(static_cast<std::string*>(data));
     if (env == nullptr || callback == nullptr) return;
     napi_value receiver;
     napi_value argument = nullptr;
     if (napi_get_undefined(env, &receiver) != napi_ok) return;
+    if (text && !MakeString(env, *text, &argument)) return;
     const std::size_t count = text ? 1 : 0;
-    if (text && napi_create_string_utf8(env, text->c_str(), NAPI_AUTO_LENGTH, &argument) != napi_ok) return;
     if (napi_call_function(env, receiver, callback, count, &argument, nullptr) != napi_ok) RaiseUncaught(env);
 }
 

@@ -25,7 +25,8 @@ struct ReleaseChannel {
 using OwnedChannel = std::unique_ptr<DeliveryChannel, ReleaseChannel>;
 
 // Makes a channel to a callback. onEnvironmentEnd gets it if the environment ends before the channel does, on
-// the environment's own thread. Throws Napi::Error. To be called on the environment's thread.
+// the environment's own thread. Throws Napi::Error. To be called on the environment's thread, without a lock:
+// it runs the application's own JavaScript, if that has an async hook.
 OwnedChannel OpenChannel(Napi::Env env, Napi::Function callback,
                          DeliveryChannel::EnvironmentEnd onEnvironmentEnd);
 
@@ -37,7 +38,8 @@ void SetCurrentChannel(OwnedChannel next);
 bool IsCurrentChannel(const DeliveryChannel* channel);
 
 // Queues a text, in UTF-8, for the current channel's callback, which gets it as a string up to its first zero
-// byte. Does not wait. Without a current channel, or when its environment is ending, the text is dropped.
+// byte. Does not wait. Without a current channel, or when its environment is ending, the text is dropped; so
+// is one that is longer than a JavaScript string can be, with a line on standard error.
 void QueueText(std::string text);
 
 }  // namespace orvel::corvane

@@ -39,11 +39,17 @@ WatchSession::WatchSession(std::wstring folder, std::vector<std::uint8_t> key)
     : m_key(std::move(key)), m_watcher(std::move(folder)) {}
 
 void WatchSession::Start() {
-    m_watcher.Start([this](const std::wstring& path, ::util::FileStatus status) { OnReport(path, status); });
+    m_watcher.Start([this](const std::wstring& path, util::FileStatus status) { OnReport(path, status); });
 }
 
-void WatchSession::OnReport(const std::wstring& path, ::util::FileStatus status) {
-    if (m_abandoned || status != ::util::FileStatus::modified) return;
+void WatchSession::Replace(WatchSession& other) {
+    other.m_watcher.Abandon();
+    other.m_watcher.Stop();
+    m_watcher.GoOnFrom(other.m_watcher);
+}
+
+void WatchSession::OnReport(const std::wstring& path, util::FileStatus status) {
+    if (status != util::FileStatus::modified) return;
     try {
         if (!IsReplayFile(path)) return;
         DeliverReplay(path);

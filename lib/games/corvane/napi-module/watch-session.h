@@ -2,7 +2,6 @@
 // document to the current delivery channel.
 #pragma once
 
-#include <atomic>
 #include <chrono>
 #include <cstdint>
 #include <string>
@@ -10,7 +9,7 @@
 #include <vector>
 
 #include "games/corvane/corvane-lib/src/ue4/local-file-replay-streamer.h"
-#include "games/corvane/napi-module/watcher/file-status.h"
+#include "games/corvane/napi-module/watcher/file-system.h"
 #include "games/corvane/napi-module/watcher/folder-watcher.h"
 
 namespace orvel::corvane {
@@ -29,17 +28,20 @@ class WatchSession {
     // Throws std::system_error if there can be no thread.
     void Start();
 
-    // Nobody can receive anything any more: what is still to be reported is dropped unparsed. Any thread.
-    void Abandon() { m_abandoned = true; }
+    // Nobody can receive anything any more: what is still to be reported is not even parsed. Any thread.
+    void Abandon() { m_watcher.Abandon(); }
+
+    // Ends the other session, and has its own report what the other one had not reported yet. To be called
+    // before Start.
+    void Replace(WatchSession& other);
 
   private:
-    void OnReport(const std::wstring& path, ::util::FileStatus status);
+    void OnReport(const std::wstring& path, util::FileStatus status);
     void DeliverReplay(const std::wstring& path);
 
     const std::vector<std::uint8_t> m_key;
     std::unordered_map<std::wstring, ue4::ResumeState> m_states;  // by full path; kept when a file is erased
-    std::atomic<bool> m_abandoned = false;
-    ::util::FolderWatcher m_watcher;  // the last member: stopped before the others go
+    util::FolderWatcher m_watcher;                                // the last member: stopped before the others go
 };
 
 }  // namespace orvel::corvane

@@ -5,8 +5,6 @@
 #include <filesystem>
 #include <memory>
 #include <mutex>
-#include <optional>
-#include <system_error>
 #include <thread>
 #include <utility>
 #include <vector>
@@ -51,15 +49,6 @@ void OnEnvironmentEnd(void* channel) {
     EndWatching(watching);
 }
 
-std::optional<std::filesystem::path> LocateDemoFolder() {
-    auto folder = ::util::LocateGameFolder();
-    if (!folder) return std::nullopt;
-    *folder /= std::filesystem::path("Saved") / "Demos";
-    std::error_code error;
-    if (!std::filesystem::exists(*folder, error)) return std::nullopt;
-    return folder;
-}
-
 void DeliverFolderError(OwnedChannel channel, bool watching) {
     SetCurrentChannel(std::move(channel));
     QueueText(DocumentText({{"err", kFolderError}}));
@@ -69,17 +58,16 @@ void DeliverFolderError(OwnedChannel channel, bool watching) {
 }
 
 void StartWatching(Napi::Env env, Napi::Function callback, std::vector<std::uint8_t> key) {
+    OwnedChannel channel = OpenChannel(env, callback, OnEnvironmentEnd);
     Watching& watching = TheWatching();
     const std::lock_guard lock(watching.mutex);
-    OwnedChannel channel = OpenChannel(env, callback, OnEnvironmentEnd);
-    const auto folder = LocateDemoFolder();
+    const auto folder = util::LocateDemoFolder();
     if (!folder) return DeliverFolderError(std::move(channel), watching.session != nullptr);
 
-    // The new session has its snapshot before the old one ends: what changes meanwhile is the new one's to
-    // report as well. The old one's last results still go to the old callback, since the new one is to get
-    // each replay from its start.
+    // The new callback gets each replay from its start, also those whose change the old session was yet to
+    // report. The result that the old one is working on still goes to the old callback.
     auto next = std::make_unique<WatchSession>(util::platform::WideFromPath(*folder), std::move(key));
-    watching.session.reset();
+    if (watching.session) next->Replace(*watching.session);
     SetCurrentChannel(std::move(channel));
     watching.session = std::move(next);
     try {

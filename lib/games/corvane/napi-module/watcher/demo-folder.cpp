@@ -1,18 +1,27 @@
 #include "games/corvane/napi-module/watcher/demo-folder.h"
 
 #include <system_error>
+#include <utility>
 
 #include "util/platform/platform.h"
 
-namespace util {
+namespace orvel::util {
+namespace {
 
-std::optional<std::filesystem::path> LocateGameFolder() {
-    auto folder = orvel::util::platform::LocalApplicationDataFolder();
-    if (!folder) return std::nullopt;
-    *folder /= "CorvaneGame";
-    std::error_code error;  // what cannot be looked at counts as not there
-    if (!std::filesystem::exists(*folder, error)) return std::nullopt;
-    return folder;
+using Folder = std::optional<std::filesystem::path>;
+
+// The folder below another one. What cannot be looked at counts as not there.
+Folder Below(Folder parent, const std::filesystem::path& name) {
+    if (!parent) return std::nullopt;
+    *parent /= name;
+    std::error_code error;
+    return std::filesystem::exists(*parent, error) ? std::move(parent) : std::nullopt;
 }
 
-}  // namespace util
+}  // namespace
+
+Folder LocateGameFolder() { return Below(platform::LocalApplicationDataFolder(), "CorvaneGame"); }
+
+Folder LocateDemoFolder() { return Below(LocateGameFolder(), std::filesystem::path("Saved") / "Demos"); }
+
+}  // namespace orvel::util

@@ -4,10 +4,14 @@
 #include <filesystem>
 #include <optional>
 
-namespace util {
+namespace orvel::util {
 
-// The folder "CorvaneGame" in the user's local application data folder; nothing if there is none. Looks
-// afresh at every call.
+// Both look afresh at every call.
+
+// The folder "CorvaneGame" in the user's local application data folder; nothing if there is none.
 std::optional<std::filesystem::path> LocateGameFolder();
 
-}  // namespace util
+// The game's folder for replays, "Saved", "Demos" in the one above; nothing if it is not there.
+std::optional<std::filesystem::path> LocateDemoFolder();
+
+}  // namespace orvel::util

@@ -1,9 +1,7 @@
 #include "games/corvane/napi-module/watcher/file-system.h"
 
-namespace util {
+namespace orvel::util {
 namespace {
-
-namespace platform = orvel::util::platform;
 
 class OperatingSystem final : public FileSystem {
   public:
@@ -21,4 +19,4 @@ constinit OperatingSystem operatingSystem;
 
 FileSystem& RealFileSystem() { return operatingSystem; }
 
-}  // namespace util
+}  // namespace orvel::util

@@ -1,4 +1,5 @@
-// The file system as a watched folder needs it, so that tests can put their own in its place.
+// The file system as a watched folder needs it, so that tests can put their own in its place, and what a
+// watcher reports of it.
 #pragma once
 
 #include <cstdint>
@@ -11,9 +12,25 @@
 
 namespace util {
 
+// What happened to a file or folder.
+enum class FileStatus : std::uint8_t {
+    created = 0,   // met for the first time
+    modified = 1,  // met again with another last-write time, be it a later or an earlier one
+    erased = 2,    // no longer there
+};
+
+}  // namespace util
+
+namespace orvel::util {
+
+using ::util::FileStatus;
+
+// path: the full path, in UTF-16 units.
+using FileStatusCallback = std::function<void(const std::wstring& path, FileStatus status)>;
+
 class FileSystem {
   public:
-    using Visitor = std::function<void(const orvel::util::platform::FolderEntry&)>;
+    using Visitor = std::function<void(const platform::FolderEntry&)>;
 
     // Both as platform.h describes them.
     virtual std::error_code ListFolder(const std::wstring& folder, const Visitor& visit) = 0;
@@ -26,4 +43,4 @@ class FileSystem {
 // The operating system's. It has no state, so any thread may use it, and is never destroyed.
 FileSystem& RealFileSystem();
 
-}  // namespace util
+}  // namespace orvel::util

@@ -4,12 +4,12 @@
 
 #include "util/platform/platform.h"
 
-namespace util {
+namespace orvel::util {
 namespace {
 
 namespace fs = std::filesystem;
-using orvel::util::platform::FolderEntry;
-using orvel::util::platform::WideToUtf8;
+using platform::FolderEntry;
+using platform::WideToUtf8;
 
 bool SaysGone(const std::error_code& error) {
     return error == std::errc::no_such_file_or_directory || error == std::errc::not_a_directory;
@@ -38,6 +38,13 @@ void FolderSnapshot::Update(const FileStatusCallback& report) {
     ReportErased(report);
     ReportPresent(report);
     if (m_failure) throw m_failure->error;
+}
+
+void FolderSnapshot::GoOnFrom(const FolderSnapshot& ended) {
+    for (auto& [path, record] : m_paths) {
+        const auto reported = ended.m_paths.find(path);
+        if (reported != ended.m_paths.end()) record.lastWriteTime = reported->second.lastWriteTime;
+    }
 }
 
 void FolderSnapshot::Look() {
@@ -82,7 +89,7 @@ void FolderSnapshot::NoteFailure(const std::wstring& folder, const std::error_co
 }
 
 void FolderSnapshot::ReportErased(const FileStatusCallback& report) {
-    for (auto recorded = m_paths.begin(); recorded != m_paths.end();) {
+    for (auto recorded = m_paths.begin(); recorded != m_paths.end() && !m_abandoned;) {
         // Not to have been listed is no proof: its folder may have become unreadable.
         std::error_code error;
         const bool present = recorded->second.lastSeen == m_look ||
@@ -99,6 +106,7 @@ void FolderSnapshot::ReportErased(const FileStatusCallback& report) {
 
 void FolderSnapshot::ReportPresent(const FileStatusCallback& report) {
     for (const Difference& entry : m_differences) {
+        if (m_abandoned) return;
         std::error_code error;
         const auto time = m_timesAreOld ? m_fileSystem.LastWriteTime(entry.path, error) : entry.lastWriteTime;
         if (!time) continue;
@@ -109,4 +117,4 @@ void FolderSnapshot::ReportPresent(const FileStatusCallback& report) {
     }
 }
 
-}  // namespace util
+}  // namespace orvel::util

@@ -5,6 +5,7 @@
 // whether it still exists before listing anew would double it.
 #pragma once
 
+#include <atomic>
 #include <cstdint>
 #include <filesystem>
 #include <optional>
@@ -13,10 +14,9 @@
 #include <unordered_map>
 #include <vector>
 
-#include "games/corvane/napi-module/watcher/file-status.h"
 #include "games/corvane/napi-module/watcher/file-system.h"
 
-namespace util {
+namespace orvel::util {
 
 // Not for several threads at a time. The file system must outlive it.
 class FolderSnapshot {
@@ -34,6 +34,13 @@ class FolderSnapshot {
     // for as long as it cannot be said to be gone. Any other failure to list is thrown as
     // std::filesystem::filesystem_error after all differences that were found have been reported.
     void Update(const FileStatusCallback& report);
+
+    // From now on nothing is reported; what has not been reported is not recorded either. Any thread.
+    void Abandon() { m_abandoned = true; }
+
+    // Goes on where another snapshot of the folder has ended: what that one has recorded counts as reported,
+    // and what it has not is a difference to this one.
+    void GoOnFrom(const FolderSnapshot& ended);
 
   private:
     struct Record {
@@ -61,6 +68,7 @@ class FolderSnapshot {
     const std::wstring m_folder;
     std::unordered_map<std::wstring, Record> m_paths;
     FileSystem& m_fileSystem;
+    std::atomic<bool> m_abandoned = false;
 
     // The latest look: its number, what it met with another time than the recorded one or none, the first
     // failure to list, and whether a report has taken time since, so that the times may be out of date.
@@ -70,4 +78,4 @@ class FolderSnapshot {
     bool m_timesAreOld = false;
 };
 
-}  // namespace util
+}  // namespace orvel::util

@@ -5,7 +5,7 @@
 
 #include "util/console.h"
 
-namespace util {
+namespace orvel::util {
 
 FolderWatcher::FolderWatcher(std::wstring folder, FileSystem& fileSystem, std::chrono::milliseconds delay)
     : m_delay(delay), m_snapshot(std::move(folder), fileSystem) {}
@@ -46,9 +46,9 @@ void FolderWatcher::RunCycle(const FileStatusCallback& callback) {
     try {
         m_snapshot.Update(callback);
     } catch (const std::exception& failure) {
-        const orvel::util::ConsoleFlush flush;
-        orvel::util::WriteConsole("[ util::FolderWatcher::RunCycle ] " + std::string(failure.what()) + "\n");
+        const ConsoleFlush flush;
+        WriteConsole("[ orvel::util::FolderWatcher::RunCycle ] " + std::string(failure.what()) + "\n");
     }
 }
 
-}  // namespace util
+}  // namespace orvel::util

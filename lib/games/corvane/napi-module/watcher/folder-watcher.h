@@ -11,11 +11,10 @@
 #include <string>
 #include <thread>
 
-#include "games/corvane/napi-module/watcher/file-status.h"
 #include "games/corvane/napi-module/watcher/file-system.h"
 #include "games/corvane/napi-module/watcher/folder-snapshot.h"
 
-namespace util {
+namespace orvel::util {
 
 // Constructed, started once, stopped once, destroyed: all by one thread, or by threads that take turns.
 class FolderWatcher {
@@ -43,6 +42,13 @@ class FolderWatcher {
     // time. Not to be called by the callback.
     void Stop();
 
+    // No report is made any more: a Stop then waits for the callback that runs, at most. Any thread.
+    void Abandon() { m_snapshot.Abandon(); }
+
+    // To be called before Start. Reports what a watcher of the same folder, which is stopped, had not
+    // reported when it was abandoned.
+    void GoOnFrom(const FolderWatcher& stopped) { m_snapshot.GoOnFrom(stopped.m_snapshot); }
+
     // For the callback: sleeps until the time has passed or the watcher is being stopped.
     void Pause(std::chrono::milliseconds time);
 
@@ -51,11 +57,11 @@ class FolderWatcher {
     void RunCycle(const FileStatusCallback& callback);
 
     const std::chrono::milliseconds m_delay;
-    FolderSnapshot m_snapshot;  // the polling thread's while it runs
+    FolderSnapshot m_snapshot;  // but for Abandon the polling thread's while it runs
     std::thread m_thread;
     std::atomic<bool> m_running = false;
     std::mutex m_pauseMutex;
     std::condition_variable m_stopping;
 };
 
-}  // namespace util
+}  // namespace orvel::util
