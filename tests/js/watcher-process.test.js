@@ -15,8 +15,6 @@ function run(...scenario) {
 }
 
 const noFolder = `{"err":"Couldn't locate Corvane's Demo Directory."}\n`;
-// More than a JavaScript string holds, once six characters stand for each byte.
-const tooLong = process.arch === 'ia32' ? 45e6 : 90e6;
 const endings = [
   {
     title: 'ends by itself once it is stopped, after what was due',
@@ -34,12 +32,6 @@ const endings = [
     what: ['throwsUnhandled'],
     status: 1,
     stderr: /Error: thrown by the callback/,
-  },
-  {
-    title: 'drops a text that no string can hold',
-    what: ['tooLong', tooLong],
-    stdout: /^true\n$/,
-    stderr: /^\[ .* \] Dropping a result of [0-9]+ bytes: no string can hold it\n$/,
   },
   { title: 'outlives workers that watch', what: ['workers', 30], stdout: /^\n*done\n$/ },
   { title: 'outlives workers that take over', what: ['workers', 30, 'addon first'], stdout: /^\n*done\n$/ },

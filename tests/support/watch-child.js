@@ -57,16 +57,24 @@ const scenarios = {
     say('stopped');
   },
 
-  // A name of so many control characters makes a text of six times as many; what comes after it is told.
-  async tooLong(bytes) {
+  // A key of so many bytes, in a file without blocks, makes a text of three times as many. Another replay is told
+  // afterwards.
+  tooLong(bytes) {
+    const [long, hidden] = [`${file}.replay`, `${file}.tmp`];
+    const head = w.infoBlock({ EncryptionKey: Buffer.of(1), keySize: Number(bytes) });
+    fs.writeFileSync(hidden, head);
+    fs.truncateSync(hidden, head.length + Number(bytes) - 1);
+    fs.utimesSync(hidden, 1, 1);
+    fs.writeFileSync(long, '');
     create();
-    start((text) => {
-      say(`${text.length > 10}`);
-      stop();
+    let count = 0;
+    start(() => {
+      say('payload');
+      if (++count === 2) stop();
+      else grow();
     });
-    const name = Buffer.alloc(Number(bytes), 1);
-    fs.writeFileSync(file, w.replay({ FileVersion: 5, FriendlyName: w.bytes(w.i32(name.length), name) }));
-    for (let i = 0; i < 20; ++i) await sleep(100);
+    fs.renameSync(hidden, long);
+    grow();
   },
 
   noFolder() {
