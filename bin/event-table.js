@@ -58,4 +58,4 @@ function eventTable(events, lineWidth) {
   return [textTable(COLUMNS, eliminations, lineWidth), ...summaries].join('');
 }
 
-module.exports = { eventTable };
+module.exports = { clock, eventTable };

@@ -6,9 +6,9 @@
 //     { path, key, maxDocumentBytes, facts, salvage }
 //                      reads a replay; answers { text }, the document in UTF-8, and if they are wanted { facts }, JSON text
 //                      as well; or { code, reason, hint }
-//     { key, maxDocumentBytes }
-//                      watches the demo folder; answers { watching: true }, then { payload } for each result, or once
-//                      { code, reason, hint }
+//     { folder, key, maxDocumentBytes }
+//                      watches the folder, or the demo folder; answers { watching: true } or { code, reason, hint }, then
+//                      { path, text } or { path, code, reason, hint } for each result
 
 const fs = require('node:fs');
 const loadAddon = require('../load-addon.js');
@@ -32,11 +32,17 @@ function failure({ code, message, hint }) {
 
 // More than the limit never reaches the application, which would have to hold it twice and to parse it.
 function limited({ text, facts }, maxDocumentBytes) {
-  if (text.length <= maxDocumentBytes) return facts === undefined ? { text } : { text, facts };
+  const bytes = Buffer.byteLength(text);
+  if (bytes <= maxDocumentBytes) return facts === undefined ? { text } : { text, facts };
   return {
     code: 'ERR_DOCUMENT_TOO_LARGE',
-    reason: `${text.length} bytes; maxDocumentBytes is ${maxDocumentBytes}`,
+    reason: `${bytes} bytes; maxDocumentBytes is ${maxDocumentBytes}`,
   };
+}
+
+function readFailure(error, path) {
+  const { reason, ...rest } = failure(error);
+  return { ...rest, reason: (rest.code === 'ERR_UNREADABLE' && openFailure(path)) || reason };
 }
 
 function read({ path, key, maxDocumentBytes, facts = false, salvage = false }) {
@@ -44,16 +50,18 @@ function read({ path, key, maxDocumentBytes, facts = false, salvage = false }) {
     const result = loadAddon().readReplayDocument(path, key, { facts, salvage });
     return limited(facts ? result : { text: result }, maxDocumentBytes);
   } catch (error) {
-    const { reason, ...rest } = failure(error);
-    return { ...rest, reason: (rest.code === 'ERR_UNREADABLE' && openFailure(path)) || reason };
+    return readFailure(error, path);
   }
 }
 
-function watch({ key }) {
+function watch({ folder, key, maxDocumentBytes }) {
+  const onResult = (text, path, code) => {
+    const result = code ? readFailure({ code, message: text }, path) : limited({ text }, maxDocumentBytes);
+    answer({ path, ...result });
+  };
   try {
-    loadAddon().StartCorvaneWatcher((payload) => answer({ payload }), key);
-    // Without a demo folder the first payload says so, and is on its way by then: the parent hears of it first.
-    setTimeout(() => answer({ watching: true }), 100);
+    loadAddon().watchFolder(onResult, key, folder);
+    answer({ watching: true });
   } catch (error) {
     answer(failure(error));
   }

@@ -2,7 +2,7 @@
 
 import { EventEmitter } from 'node:events';
 import type { ReplayDocument, ReplayFileMeta, WatcherReplay } from '../index.js';
-import type { Match, MatchOptions } from './match.js';
+import type { Elimination, Match, MatchOptions } from './match.js';
 
 export * from './match.js';
 export * from './report.js';
@@ -53,14 +53,24 @@ export type ReplayPath = string | URL;
 /** 16, 24 or 32 bytes. Not used on a replay that carries a key of its own. */
 export type ReplayKey = ArrayBufferLike | ArrayBufferView;
 
-export interface WatchOptions {
+export interface LimitOptions {
   key?: ReplayKey;
   signal?: AbortSignal;
   /** A larger document is refused, in bytes of JSON. Default: 64 MiB, or less if the heap of the application is small. */
   maxDocumentBytes?: number;
 }
 
-export interface ReadOptions extends WatchOptions {
+export interface WatchOptions extends LimitOptions {
+  /** Watched with all folders in it. Default: the game's demo folder. A folder that is not there is waited for. */
+  folder?: ReplayPath;
+}
+
+export interface WatchMatchesOptions extends WatchOptions, MatchOptions {
+  /** A match whose file has not changed for so many milliseconds has ended. Default: 60,000. */
+  endAfterMs?: number;
+}
+
+export interface ReadOptions extends LimitOptions {
   /** Milliseconds until the result is there, once the file's turn has come. */
   timeout?: number;
 }
@@ -99,9 +109,18 @@ export type ReplayPaths<Path extends ReplayPath = ReplayPath> =
   | (Iterable<Path> & object)
   | AsyncIterable<Path>;
 
+/** `path`: the file. A failure that is of no file has none. */
 export type WatchResult =
-  | { document: WatcherReplay; error?: never }
-  | { document?: never; error: ReplayError };
+  | { path: string; document: WatcherReplay; error?: never }
+  | { path?: string; document?: never; error: ReplayError };
+
+/**
+ * 'start': the replay is told for the first time. 'events': something was added to it. 'end': the game has closed the
+ * file, or has not written to it for `endAfterMs`. `added`: those of the match's eliminations that are new.
+ */
+export type MatchUpdate =
+  | { path: string; type: 'start' | 'events' | 'end'; match: Match; added: Elimination[]; error?: never }
+  | { path?: string; type: 'error'; match?: never; added?: never; error: ReplayError };
 
 /** Reads one replay in a child process. */
 export function readReplay(path: ReplayPath, options?: ReadOptions): Promise<ReadDocument>;
@@ -139,12 +158,15 @@ export function readMatches<Path extends ReplayPath>(
  */
 export function closeClient(): Promise<void>;
 
-/** Watches the game's demo folder in a child process, which is started again when a replay has ended it. */
+/** Watches a folder in a child process, which is started again if it ends. */
 export function watchReplays(options?: WatchOptions): ReplayWatch;
 
+/** The matches of a folder while they are recorded. Watching begins with the first result that is asked for. */
+export function watchMatches(options?: WatchMatchesOptions): AsyncGenerator<MatchUpdate, void, undefined>;
+
 export interface ReplayWatchEvents {
-  /** A replay changed. */
-  replay: [document: WatcherReplay];
+  /** A replay was made or changed. */
+  replay: [document: WatcherReplay, path: string];
   /** A replay could not be read, or the folder is missing; watching goes on, unless 'close' follows. */
   error: [error: ReplayError];
   /** A child process watches from now on: after the start, and after each restart. */
@@ -190,6 +212,7 @@ export class ReplayClient {
   readMatches: typeof readMatches;
   readReplays: typeof readReplays;
   readReplayTexts: typeof readReplayTexts;
+  watchMatches: typeof watchMatches;
   watchReplays: typeof watchReplays;
   /** Ends what is under way with `ERR_ABORTED` and closes the watches. Resolves when no child process is left. */
   close(): Promise<void>;

@@ -13,5 +13,6 @@ export const {
   readReplays,
   readReplayTexts,
   renderReport,
+  watchMatches,
   watchReplays,
 } = installed('./client/main.js');

@@ -27,5 +27,6 @@ module.exports = {
   readReplayTexts: (paths, options) => shared.readReplayTexts(paths, options),
   // Loaded when it is first called: most applications make no report.
   renderReport: (matches, options) => require('./report.js').renderReport(matches, options),
+  watchMatches: (options) => shared.watchMatches(options),
   watchReplays: (options) => shared.watchReplays(options),
 };

@@ -20,14 +20,14 @@ const DEFAULT_DOCUMENT_BYTES = Math.min(2 ** 26, Math.floor(v8.getHeapStatistics
 const invalid = (reason) => new ReplayError('ERR_INVALID_ARGUMENT', reason);
 
 // The absolute path: a child keeps the working folder in which it was started.
-function filePath(value) {
+function filePath(value, name = 'path') {
   if (typeof value === 'string' && value !== '') return path.resolve(value);
   try {
     if (value instanceof URL) return fileURLToPath(value);
   } catch (error) {
     throw invalid(error.message);
   }
-  throw invalid('path must be a string or a file: URL');
+  throw invalid(`${name} must be a string or a file: URL`);
 }
 
 // A copy, since reading starts later; empty when there is no key.
@@ -46,10 +46,10 @@ function abortSignal(signal) {
   throw invalid('signal must be an AbortSignal');
 }
 
-function timeoutMs(timeout) {
-  if (timeout === undefined) return undefined;
-  if (typeof timeout === 'number' && timeout > 0 && timeout <= MAX_TIMER_MS) return timeout;
-  throw invalid(`timeout must be a number of milliseconds, above 0 and at most ${MAX_TIMER_MS}`);
+function milliseconds(value, name) {
+  if (value === undefined) return undefined;
+  if (typeof value === 'number' && value > 0 && value <= MAX_TIMER_MS) return value;
+  throw invalid(`${name} must be a number of milliseconds, above 0 and at most ${MAX_TIMER_MS}`);
 }
 
 function documentBytes(limit = DEFAULT_DOCUMENT_BYTES) {
@@ -94,21 +94,36 @@ const checked = ({ key, signal, timeout, maxDocumentBytes, ...more }) => ({
   ...more,
   key: keyBuffer(key),
   signal: abortSignal(signal),
-  timeout: timeoutMs(timeout),
+  timeout: milliseconds(timeout, 'timeout'),
   maxDocumentBytes: documentBytes(maxDocumentBytes),
 });
 
 // more: names of options that the caller checks.
 const limits = (given, more = []) => checked(members(given, [...READ, ...more]));
-const watchLimits = (given) => checked(members(given, WATCH));
+
+// folder: undefined for the demo folder. more: names of options that the caller checks.
+function watchLimits(given, more = []) {
+  const { folder, ...rest } = checked(members(given, [...WATCH, 'folder', ...more]));
+  return { ...rest, folder: folder === undefined ? undefined : filePath(folder, 'folder') };
+}
+
+// What the watching of matches is told. endAfterMs: undefined for the default.
+function matchWatchLimits(given) {
+  const { endAfterMs, damageNames, ...rest } = watchLimits(given, ['endAfterMs', 'damageNames']);
+  const end = milliseconds(endAfterMs, 'endAfterMs');
+  return { ...rest, endAfterMs: end, damageNames: namesOf(damageNames) };
+}
+
+function namesOf(damageNames) {
+  if (damageNames === undefined || Object(damageNames) === damageNames) return damageNames;
+  throw invalid('damageNames must be an object');
+}
 
 // What the reading of a match is told.
 function matchLimits(given, more = []) {
   const { salvage = false, damageNames, ...rest } = limits(given, ['salvage', 'damageNames', ...more]);
   if (typeof salvage !== 'boolean') throw invalid('salvage must be true or false');
-  if (damageNames !== undefined && Object(damageNames) !== damageNames)
-    throw invalid('damageNames must be an object');
-  return { ...rest, salvage, damageNames };
+  return { ...rest, salvage, damageNames: namesOf(damageNames) };
 }
 
 const clientOptions = (given) => members(given, ['concurrency', 'execPath']);
@@ -120,6 +135,7 @@ module.exports = {
   filePath,
   limits,
   matchLimits,
+  matchWatchLimits,
   pathList,
   watchLimits,
 };

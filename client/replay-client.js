@@ -7,6 +7,7 @@ const { disposable, readInOrder } = require('./in-order.js');
 const { matchOf } = require('./match.js');
 const { ReplayError } = require('./replay-error.js');
 const { ReplayWatch } = require('./replay-watch.js');
+const { watchMatches } = require('./match-watch.js');
 
 // What a child's answer comes to: each is given { text, facts?, code, reason, hint } and the name of the file.
 function textOf({ text, code, reason, hint }, name) {
@@ -87,12 +88,19 @@ class ReplayClient {
     return this.#readMany('match', matchOfAnswer, paths, options.matchLimits, limits);
   }
 
-  // A ReplayWatch over the demo folder. Throws ERR_INVALID_ARGUMENT.
-  watchReplays(limits) {
-    const { signal, ...readLimits } = options.watchLimits(limits);
-    const readAgain = (path, stop) => read(this.#pool, documentOf, path, { ...readLimits, signal: stop });
-    const watchOptions = { ...readLimits, signal, readAgain, execPath: this.#execPath };
-    const watch = this.#added(() => new ReplayWatch(watchOptions));
+  // A ReplayWatch over a folder. Throws ERR_INVALID_ARGUMENT.
+  watchReplays(given) {
+    return this.#watch(options.watchLimits(given));
+  }
+
+  // The matches of a folder while they are recorded: match-watch.js. Throws ERR_INVALID_ARGUMENT.
+  watchMatches(given) {
+    const { endAfterMs, damageNames, ...limits } = options.matchWatchLimits(given);
+    return disposable(watchMatches(() => this.#watch(limits), { endAfterMs, damageNames }));
+  }
+
+  #watch(limits) {
+    const watch = this.#added(() => new ReplayWatch({ ...limits, execPath: this.#execPath }));
     watch.once('close', () => this.#open.delete(watch));
     return watch;
   }

@@ -39,8 +39,8 @@ const FAILURES = {
   ],
   ERR_CORVANE_ADDON: ['the native add-on could not be loaded', 'See docs/troubleshooting.md.'],
   ERR_NO_DEMO_FOLDER: [
-    'there is no demo folder',
-    'The game makes it with its first replay; it is waited for.',
+    'the folder to watch is not there',
+    'The game makes its folder with its first replay; it is waited for.',
   ],
   ERR_INVALID_ARGUMENT: ['invalid argument', 'See docs/api.md.'],
 };

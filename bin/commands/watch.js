@@ -1,16 +1,37 @@
 'use strict';
-// corvane-replay watch: what the game adds to its replays, while it runs.
+// corvane-replay watch: replays while they are recorded.
 
-const { watchReplays } = require('../../client');
+const { Option } = require('commander');
+const { watchMatches, watchReplays } = require('../../client');
 const { withKey } = require('../command-options.js');
-const { exitStatus, failureText } = require('../failures.js');
+const { exitStatus, failureText, usageFailure } = require('../failures.js');
+const { updateText } = require('../match-update-text.js');
 
-async function run({ key, output, terminal, signal }) {
+const FORMATS = ['text', 'ndjson', 'documents'];
+
+// The match as a whole at its start and its end only: between them it would be the same again and again.
+function updateJson({ path, type, match, added }) {
+  return JSON.stringify(type === 'events' ? { path, type, added } : { path, type, match, added });
+}
+
+function formatOf({ format, endAfterMatch }, isTerminal) {
+  if (format === 'documents' && endAfterMatch)
+    throw usageFailure('--end-after-match goes with --format text or ndjson');
+  return format ?? (isTerminal ? 'text' : endAfterMatch ? 'ndjson' : 'documents');
+}
+
+async function run({ options, key, output, terminal, signal }) {
+  const format = formatOf(options, output.stream.isTTY);
+  const watched = { key, signal, folder: options.folder };
+  const results = format === 'documents' ? watchReplays(watched) : watchMatches(watched);
   let status = 0;
-  for await (const { document, error } of watchReplays({ key, signal })) {
-    if (error) terminal.write(failureText(error));
-    else await output.writeJson(JSON.stringify(document) + '\n');
+  for await (const result of results) {
+    const { document, error, type } = result;
     status = error ? exitStatus(error) : 0;
+    if (error) terminal.write(failureText(error));
+    else if (format === 'text') await output.write(updateText(result));
+    else await output.writeJson((document ? JSON.stringify(document) : updateJson(result)) + '\n');
+    if (type === 'end' && options.endAfterMatch) break;
   }
   // Interrupting is how watching ends; else it was the last failure that ended it.
   return signal.aborted ? 0 : status;
@@ -19,8 +40,18 @@ async function run({ key, output, terminal, signal }) {
 module.exports = {
   order: 90,
   define: (command) =>
-    withKey(command).description(
-      'print a line of JSON for each change of a replay in the demo folder, until interrupted',
-    ),
+    withKey(command)
+      .description(
+        'print what is added to the replays of a folder while they are recorded, until interrupted',
+      )
+      .option('--folder <folder>', "folder to watch, with all in it (default: the game's demo folder)")
+      .addOption(
+        new Option(
+          '--format <format>',
+          'text: for people (default on a terminal); ndjson: the start, the additions and the end of each match, a ' +
+            'line of JSON each; documents: what each change added, as the replay has it (default elsewhere)',
+        ).choices(FORMATS),
+      )
+      .option('--end-after-match', 'end when a match has ended'),
   run,
 };

@@ -39,32 +39,13 @@ function record(watch) {
 const next = (emitter, name) => new Promise((resolve) => emitter.once(name, resolve));
 const deliver = (n) => ({ deliver: { n } });
 
-test('a replay that ends the child is named with its own failure, or delivered if it is whole by then', async () => {
-  const broken = file('content.broken');
-  const completed = file('content.completed');
-  fs.writeFileSync(broken, 'ERR_CORRUPT the reason');
-  fs.writeFileSync(completed, '{"n":"completed"}');
-  const watch = startWatch([
-    [deliver(1), { endBecauseOf: broken }],
-    [{ endBecauseOf: completed }],
-    [deliver(2)],
-  ]);
+test('a replay that cannot be read is an error with its name, and watching goes on', async () => {
+  const watch = startWatch([[deliver(1), { fail: 'a\nb.replay' }, deliver(2)]]);
   const seen = record(watch);
   const error = await next(watch, 'error');
-  assert.deepEqual([error.name, error.path, error.reason], ['ReplayError', broken, 'the reason']);
-  assert.ok(await eventually(() => seen.length === 4));
-  assert.deepEqual(seen, [1, 'ERR_CORRUPT', 'completed', 2]);
-});
-
-test('what was written to it while no child watched is delivered once', async () => {
-  const growing = file('content.growing');
-  fs.writeFileSync(growing, 'ERR_CORRUPT half of it');
-  const watch = startWatch([[{ endBecauseOf: growing }], [{ sleep: 400 }, deliver(2)]]);
-  const seen = record(watch);
-  await next(watch, 'error');
-  fs.writeFileSync(growing, '{"n":"all of it"}');
+  assert.deepEqual([error.name, error.path, error.reason], ['ReplayError', 'a\nb.replay', 'the reason']);
   assert.ok(await eventually(() => seen.length === 3));
-  assert.deepEqual(seen, ['ERR_CORRUPT', 'all of it', 2]);
+  assert.deepEqual(seen, [1, 'ERR_CORRUPT', 2]);
 });
 
 test('a child that ends over and over is started again after pauses that double', async () => {
@@ -85,12 +66,11 @@ test('a child that ends over and over is started again after pauses that double'
 });
 
 test('a missing demo folder is told once, and waited for by the same child', async () => {
-  const missing = { deliver: { err: "Couldn't locate Corvane's Demo Directory." } };
-  const watch = startWatch([[missing], [missing], [{ sleep: 400 }, deliver(1)]]);
+  const watch = startWatch(['no folder', 'no folder', [deliver(1)]]);
   const seen = record(watch);
   watch.on('watching', () => seen.push('watching'));
   const error = await next(watch, 'error');
-  assert.match(error.reason, /^Couldn't locate/);
+  assert.equal(error.reason, 'no folder');
   const [child] = livingChildren();
   const { pid } = await next(watch, 'replay');
   assert.deepEqual([seen, pid], [['ERR_NO_DEMO_FOLDER', 'watching', 1], child.pid]);
@@ -103,11 +83,11 @@ test('iterating gives documents and errors; leaving the loop closes the watch', 
   ]);
   const closed = next(watch, 'close');
   const seen = [];
-  for await (const { document, error } of watch) {
-    seen.push(document?.n ?? error.code);
+  for await (const { path: name, document, error } of watch) {
+    seen.push(name, document?.n ?? error.code);
     if (document?.n === 2) break;
   }
-  assert.deepEqual(seen, [1, 'ERR_CHILD_LOST', 2]);
+  assert.deepEqual(seen, ['the path', 1, undefined, 'ERR_CHILD_LOST', 'the path', 2]);
   await closed;
 });
 
@@ -148,10 +128,14 @@ test('a failure that nobody listens for is a warning, and no end of the applicat
   assert.equal(warning.code, 'ERR_CHILD_LOST');
 });
 
-test('a key reaches the watcher and the reading of what ended it; a wrong one is refused at once', async () => {
+test('key and folder reach the child; wrong ones are refused at once', async () => {
   const key = Buffer.from('000102030405060708090a0b0c0d0e0f', 'hex');
-  const watch = startWatch([[{ endBecauseOf: file('key') }]], { key });
+  const watch = startWatch([[deliver(1)]], { key, folder: 'here' });
   const document = await next(watch, 'replay');
-  assert.equal(document.key, key.toString('hex'));
-  assert.throws(() => client.watchReplays({ key: 'text' }), { code: 'ERR_INVALID_ARGUMENT' });
+  assert.deepEqual([document.key, document.folder], [key.toString('hex'), path.resolve('here')]);
+  for (const options of [{ key: 'text' }, { folder: 1 }]) {
+    assert.throws(() => client.watchReplays(options), { code: 'ERR_INVALID_ARGUMENT' });
+    assert.throws(() => client.watchMatches(options), { code: 'ERR_INVALID_ARGUMENT' });
+  }
+  assert.throws(() => client.watchMatches({ endAfterMs: 0 }), { code: 'ERR_INVALID_ARGUMENT' });
 });

@@ -10,11 +10,12 @@ const { start } = require('../support/run.js');
 
 const root = path.join(__dirname, '..', '..');
 
-// What each example prints; the one that watches an empty folder nothing.
+// What each example prints; those that watch a folder in which nothing happens print nothing.
 const EXPECTED = [
   /^1263\.1 s, 5 eliminations$/,
   /^ERR_UNREADABLE nothing-there\.replay$/,
   /^match\.replay 9\nnothing-there\.replay ERR_UNREADABLE\nmatch-encrypted\.replay \d+$/,
+  /^$/,
   /^$/,
   /^true$/,
   /^\S+$/m,
@@ -24,7 +25,7 @@ const examples = [
   ...fs.readFileSync(path.join(root, 'docs', 'api.md'), 'utf8').matchAll(/^```js\n(.*?)^```$/gms),
 ];
 
-// The one that watches does so for an hour.
+// Those that watch do so for an hour.
 const shortened = (code) => code.replace('3_600_000', '1_000');
 
 // DemoFolder sets the environment.

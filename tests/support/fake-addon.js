@@ -5,8 +5,6 @@
 const fs = require('node:fs');
 const path = require('node:path');
 
-const ENDING = '[ orvel::corvane::WatchSession::OnReport ] Ending the process over';
-
 const document = (fields) => Buffer.from(JSON.stringify({ pid: process.pid, ...fields }));
 
 function sleep(ms) {
@@ -55,19 +53,18 @@ function readReplayDocument(file, key) {
 }
 
 // CORVANE_FAKE_WATCH names a file with what the watchers do, one line each, of which a start takes the first: its steps
-// in JSON. { deliver: DOCUMENT }, { sleep: MS }, { endBecauseOf: FILE } or { end: STATUS }.
-function StartCorvaneWatcher(deliver) {
+// in JSON. { deliver: DOCUMENT }, { fail: FILE }, { sleep: MS } or { end: STATUS }; "no folder" fails the start itself.
+function watchFolder(callback, key, folder) {
   const [line, ...rest] = fs.readFileSync(process.env.CORVANE_FAKE_WATCH, 'utf8').split('\n');
   fs.writeFileSync(process.env.CORVANE_FAKE_WATCH, rest.join('\n'));
   const steps = JSON.parse(line || '[]');
+  if (steps === 'no folder') throw Object.assign(new Error(steps), { code: 'ERR_NO_DEMO_FOLDER' });
+  const told = { pid: process.pid, key: Buffer.from(key).toString('hex'), folder };
   const next = () => {
     const step = steps.shift();
     if (step === undefined) return;
-    if ('deliver' in step) deliver(JSON.stringify({ ...step.deliver, pid: process.pid }));
-    if ('endBecauseOf' in step) {
-      fs.writeSync(2, `${ENDING} ${step.endBecauseOf}\nthe reason\n`);
-      process.exit(3);
-    }
+    if ('deliver' in step) callback(JSON.stringify({ ...step.deliver, ...told }), 'the path');
+    if ('fail' in step) callback('the reason', step.fail, 'ERR_CORRUPT');
     if ('end' in step) process.exit(step.end);
     setTimeout(next, step.sleep ?? 0);
   };
@@ -75,4 +72,4 @@ function StartCorvaneWatcher(deliver) {
   setInterval(() => {}, 60_000);
 }
 
-module.exports = { readReplayDocument, StartCorvaneWatcher };
+module.exports = { readReplayDocument, watchFolder };

@@ -6,6 +6,7 @@ import {
   readMatch,
   readReplay,
   readReplays,
+  watchMatches,
   watchReplays,
 } from 'corvane_napi/client';
 
@@ -37,10 +38,15 @@ const attackers: (string | null)[] = eliminations.map(({ attacker }) => attacker
 own.kills;
 
 const watch = watchReplays({ key: new ArrayBuffer(32) });
-watch.on('replay', ({ Creation }) => Creation?.fileName).once('error', (error) => error.path?.length);
+watch
+  .on('replay', ({ Creation }, path) => Creation?.fileName ?? path.length)
+  .once('error', (error) => error.path?.length);
 // @ts-expect-error no such event
 watch.on('data', () => {});
 for await (const { document, error } of watch) console.log(document?.GameAlive, error?.code);
+
+for await (const { type, match, error } of watchMatches({ folder: '.', endAfterMs: 1000 }))
+  console.log(type, match?.players.length, error?.code);
 
 const client: ReplayClient = new ReplayClient({ execPath: process.execPath, concurrency: 1 });
 const closed: Promise<void> = client.close();

@@ -12,15 +12,18 @@ void Publish(Napi::Env env, Napi::Object exports, const char* name,
     exports.Set(name, Napi::Function::New(env, function, name));
 }
 
+// Not enumerable: corvane_napi/client's own, no function of the module's interface.
+void PublishInternal(Napi::Env env, Napi::Object exports, const char* name,
+                     Napi::Value (*function)(const Napi::CallbackInfo&)) {
+    exports.DefineProperty(Napi::PropertyDescriptor::Value(name, Napi::Function::New(env, function, name)));
+}
+
 Napi::Object Publish(Napi::Env env, Napi::Object exports) {
     Publish(env, exports, "ReadCorvaneDemo", orvel::corvane::ReadCorvaneDemo);
     Publish(env, exports, "StartCorvaneWatcher", orvel::corvane::StartCorvaneWatcher);
     Publish(env, exports, "StopCorvaneWatcher", orvel::corvane::StopCorvaneWatcher);
-    // Not enumerable: corvane_napi/client's own, no function of the module's interface.
-    constexpr char kReadReplayDocument[] = "readReplayDocument";
-    exports.DefineProperty(Napi::PropertyDescriptor::Value(
-        kReadReplayDocument,
-        Napi::Function::New(env, orvel::corvane::ReadReplayDocument, kReadReplayDocument)));
+    PublishInternal(env, exports, "readReplayDocument", orvel::corvane::ReadReplayDocument);
+    PublishInternal(env, exports, "watchFolder", orvel::corvane::WatchFolder);
     return exports;
 }
 

@@ -4,6 +4,7 @@
 #include <cstdio>
 #include <mutex>
 #include <utility>
+#include <vector>
 
 namespace orvel::corvane {
 namespace {
@@ -58,16 +59,32 @@ bool MakeString(napi_env env, const std::string& text, napi_value* result) {
     return false;
 }
 
-// Called by Node-API on the environment's thread for each queued text.
+// The callback's arguments. False if they cannot be made.
+bool MakeArguments(napi_env env, WatchResult& result, std::vector<napi_value>& arguments) {
+    if (!MakeString(env, result.text, &arguments.emplace_back())) {
+        if (!result.path) return false;
+        result.code = "ERR_OUT_OF_MEMORY";
+        if (!MakeString(env, "no string can hold the document", &arguments.back())) return false;
+    }
+    if (!result.path) return true;
+    const std::u16string path(result.path->begin(), result.path->end());
+    if (napi_create_string_utf16(env, path.data(), path.size(), &arguments.emplace_back()) != napi_ok) {
+        return false;
+    }
+    return result.code == nullptr || MakeString(env, result.code, &arguments.emplace_back());
+}
+
+// Called by Node-API on the environment's thread for each queued result.
 void CallJavaScript(napi_env env, napi_value callback, void*, void* data) {
-    const std::unique_ptr<std::string> text(static_cast<std::string*>(data));
+    const std::unique_ptr<WatchResult> result(static_cast<WatchResult*>(data));
     if (env == nullptr || callback == nullptr) return;
     napi_value receiver;
-    napi_value argument = nullptr;
+    std::vector<napi_value> arguments;
     if (napi_get_undefined(env, &receiver) != napi_ok) return;
-    if (text && !MakeString(env, *text, &argument)) return;
-    const std::size_t count = text ? 1 : 0;
-    if (napi_call_function(env, receiver, callback, count, &argument, nullptr) != napi_ok) RaiseUncaught(env);
+    if (result && !MakeArguments(env, *result, arguments)) return;
+    if (napi_call_function(env, receiver, callback, arguments.size(), arguments.data(), nullptr) != napi_ok) {
+        RaiseUncaught(env);
+    }
 }
 
 }  // namespace
@@ -105,8 +122,8 @@ bool IsCurrentChannel(const DeliveryChannel* channel) {
     return channel == current.channel;
 }
 
-void QueueText(std::string text) {
-    auto queued = std::make_unique<std::string>(std::move(text));
+void QueueResult(WatchResult result) {
+    auto queued = std::make_unique<WatchResult>(std::move(result));
     Current& current = TheCurrent();
     const std::lock_guard lock(current.mutex);
     if (current.channel == nullptr) return;

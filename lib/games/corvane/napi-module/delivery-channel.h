@@ -3,6 +3,7 @@
 #pragma once
 
 #include <memory>
+#include <optional>
 #include <string>
 
 #include <napi.h>
@@ -37,9 +38,16 @@ OwnedChannel OpenChannel(Napi::Env env, Napi::Function callback,
 void SetCurrentChannel(OwnedChannel next);
 bool IsCurrentChannel(const DeliveryChannel* channel);
 
-// Queues a text, in UTF-8, for the current channel's callback, which gets it as a string up to its first zero
-// byte. Does not wait. Without a current channel, or when its environment is ending, the text is dropped; so
-// is one that is longer than a JavaScript string can be, with a line on standard error.
-void QueueText(std::string text);
+// What a callback is called with.
+struct WatchResult {
+    std::string text;                       // UTF-8; the callback gets a string up to the first zero byte
+    std::optional<std::wstring> path = {};  // the text's file: the callback gets it and the code as well
+    const char* code = nullptr;             // why there is no document; then the text is the reason
+};
+
+// Queues a result for the current channel's callback. Does not wait. Without a current channel, or when its
+// environment is ending, the result is dropped. So is a text that is longer than a JavaScript string can be,
+// with a line on standard error; for a callback that gets codes it becomes ERR_OUT_OF_MEMORY.
+void QueueResult(WatchResult result);
 
 }  // namespace orvel::corvane

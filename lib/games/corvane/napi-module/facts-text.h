@@ -18,13 +18,9 @@
 #include <string>
 
 #include "games/corvane/corvane-lib/src/replay-parser.h"
+#include "games/corvane/napi-module/replay-failure.h"
 
 namespace orvel::corvane {
-
-struct ReadFailure {
-    const char* code;  // see read-replay-document.h
-    std::string reason;
-};
 
 // In UTF-8; what is not UTF-8 in the file is U+FFFD here.
 std::string FactsText(const ReplayParser& parser, const std::optional<ReadFailure>& failure);

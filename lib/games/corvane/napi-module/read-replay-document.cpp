@@ -3,11 +3,9 @@
 
 #include <algorithm>
 #include <cstdint>
-#include <ios>
 #include <memory>
 #include <new>
 #include <optional>
-#include <stdexcept>
 #include <string>
 #include <utility>
 #include <vector>
@@ -18,22 +16,12 @@
 #include "games/corvane/napi-module/arguments.h"
 #include "games/corvane/napi-module/document-text.h"
 #include "games/corvane/napi-module/facts-text.h"
+#include "games/corvane/napi-module/replay-failure.h"
 
 namespace orvel::corvane {
 namespace {
 
 constexpr char kArgumentError[] = "Expected 2 required arguments [path, ArrayBuffer: key, <options>]";
-
-// A failure with its code.
-class Refusal : public std::runtime_error {
-  public:
-    explicit Refusal(ReadFailure failure)
-        : std::runtime_error(failure.reason), m_failure(std::move(failure)) {}
-    const ReadFailure& Failure() const { return m_failure; }
-
-  private:
-    ReadFailure m_failure;
-};
 
 struct Options {
     bool facts = false;
@@ -45,44 +33,6 @@ struct Reading {
     std::string facts;  // if they are wanted
 };
 
-constexpr char kCorrupt[] = "ERR_CORRUPT";
-constexpr char kCut[] = "the file ends too early";
-
-// Only inside a catch block: what the exception that is being handled says about the file. isCut: reading ran
-// into the end of the file.
-ReadFailure CurrentFailure(bool isCut) {
-    try {
-        throw;
-    } catch (const Refusal& failure) {
-        return failure.Failure();
-    } catch (const ue4::ReplayException& failure) {
-        const bool noKey = failure.cause() == ue4::ReplayException::Cause::MissingKey;
-        return {noKey ? "ERR_KEY_REQUIRED" : kCorrupt, failure.what()};
-    } catch (const std::bad_alloc& failure) {
-        return {"ERR_OUT_OF_MEMORY", failure.what()};
-    } catch (const std::exception& failure) {
-        return {kCorrupt, isCut ? kCut : failure.what()};
-    } catch (const char* text) {
-        return {kCorrupt, isCut ? kCut : text};
-    } catch (...) {
-        return {kCorrupt, "a failure of an unknown kind"};
-    }
-}
-
-Napi::Error ErrorOf(Napi::Env env, const ReadFailure& failure) {
-    Napi::Error error = Napi::Error::New(env, failure.reason);
-    error.Set("code", failure.code);
-    return error;
-}
-
-std::unique_ptr<ReplayParser> Open(const std::wstring& path) {
-    try {
-        return std::make_unique<ReplayParser>(path);
-    } catch (const std::ios_base::failure& failure) {
-        throw Refusal({"ERR_UNREADABLE", failure.what()});
-    }
-}
-
 // The parser skips a payload that cannot be decrypted with a line on standard output. Here that line has no
 // reader, and a document without some of its events would pass for a whole one.
 void CheckDecryption(const ReplayParser& parser) {
@@ -91,9 +41,9 @@ void CheckDecryption(const ReplayParser& parser) {
     if (event == skipped.end()) return;
     const ue4::ReplayFileInfo& info = parser.FileInfo();
     const std::int32_t bytes = info.Events[static_cast<std::size_t>(event->index)].SizeInBytes;
-    throw Refusal({kCorrupt, "Decryption failed: " + std::to_string(bytes) + " bytes of event " +
-                                 std::to_string(event->index) + ", a key of " +
-                                 std::to_string(info.EncryptionKey.size())});
+    throw Refusal({"ERR_CORRUPT", "Decryption failed: " + std::to_string(bytes) + " bytes of event " +
+                                      std::to_string(event->index) + ", a key of " +
+                                      std::to_string(info.EncryptionKey.size())});
 }
 
 bool IsReplay(ReplayParser& parser) { return parser.Document().contains("ReplayFileMeta"); }
@@ -119,7 +69,7 @@ std::string TextOf(ReplayParser& parser, bool salvage, std::optional<ReadFailure
 }
 
 Reading Read(const std::wstring& path, std::vector<std::uint8_t> key, Options options) {
-    const std::unique_ptr<ReplayParser> parser = Open(path);
+    const std::unique_ptr<ReplayParser> parser = OpenReplay(path);
     if (options.facts) parser->WantBotNames();
     std::optional<ReadFailure> failure;
     try {

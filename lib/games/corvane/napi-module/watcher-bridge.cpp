@@ -5,6 +5,9 @@
 #include <filesystem>
 #include <memory>
 #include <mutex>
+#include <optional>
+#include <string>
+#include <system_error>
 #include <thread>
 #include <utility>
 #include <vector>
@@ -12,6 +15,8 @@
 #include "games/corvane/napi-module/arguments.h"
 #include "games/corvane/napi-module/delivery-channel.h"
 #include "games/corvane/napi-module/document-text.h"
+#include "games/corvane/napi-module/replay-failure.h"
+#include "games/corvane/napi-module/watch-results.h"
 #include "games/corvane/napi-module/watch-session.h"
 #include "games/corvane/napi-module/watcher/demo-folder.h"
 #include "util/platform/platform.h"
@@ -21,6 +26,8 @@ namespace {
 
 constexpr char kArgumentError[] =
     "Expected 2 required arguments [jsCallbackFn, ArrayBuffer: encKey, <interval>]";
+constexpr char kFolderArgumentError[] =
+    "Expected 2 required arguments [callback, ArrayBuffer: key, <folder>]";
 constexpr char kFolderError[] = "Couldn't locate Corvane's Demo Directory.";
 
 // The watching of this process, and the lock under which environments begin and end it. The watcher's thread
@@ -49,24 +56,23 @@ void OnEnvironmentEnd(void* channel) {
     EndWatching(watching);
 }
 
+std::unique_ptr<WatchSession> Session(const std::filesystem::path& folder,
+                                      std::unique_ptr<WatchResults> results) {
+    return std::make_unique<WatchSession>(util::platform::WideFromPath(folder), std::move(results));
+}
+
 void DeliverFolderError(OwnedChannel channel, bool watching) {
     SetCurrentChannel(std::move(channel));
-    QueueText(DocumentText({{"err", kFolderError}}));
+    QueueResult({DocumentText({{"err", kFolderError}})});
     // A watcher that runs delivers to the new callback from now on; without one, this was all.
     if (!watching) SetCurrentChannel(nullptr);
     std::this_thread::sleep_for(kDeliveryPause);
 }
 
-void StartWatching(Napi::Env env, Napi::Function callback, std::vector<std::uint8_t> key) {
-    OwnedChannel channel = OpenChannel(env, callback, OnEnvironmentEnd);
-    Watching& watching = TheWatching();
-    const std::lock_guard lock(watching.mutex);
-    const auto folder = util::LocateDemoFolder();
-    if (!folder) return DeliverFolderError(std::move(channel), watching.session != nullptr);
-
-    // The new callback gets each replay from its start, also those whose change the old session was yet to
-    // report. The result that the old one is working on still goes to the old callback.
-    auto next = std::make_unique<WatchSession>(util::platform::WideFromPath(*folder), std::move(key));
+// Makes a new session the current one, and its results those of the channel. The new callback gets each
+// replay from its start, also those whose change the old session was yet to report; the result that the old
+// one is working on still goes to the old callback.
+void Begin(Watching& watching, std::unique_ptr<WatchSession> next, OwnedChannel channel) {
     if (watching.session) next->Replace(*watching.session);
     SetCurrentChannel(std::move(channel));
     watching.session = std::move(next);
@@ -76,6 +82,35 @@ void StartWatching(Napi::Env env, Napi::Function callback, std::vector<std::uint
         EndWatching(watching);
         throw;
     }
+}
+
+void StartWatching(Napi::Env env, Napi::Function callback, std::vector<std::uint8_t> key) {
+    OwnedChannel channel = OpenChannel(env, callback, OnEnvironmentEnd);
+    Watching& watching = TheWatching();
+    const std::lock_guard lock(watching.mutex);
+    const auto folder = util::LocateDemoFolder();
+    if (!folder) return DeliverFolderError(std::move(channel), watching.session != nullptr);
+    Begin(watching, Session(*folder, ResultsForApplication(std::move(key))), std::move(channel));
+}
+
+// folder: nothing for the demo folder.
+std::filesystem::path Existing(const std::optional<std::wstring>& folder) {
+    if (!folder) {
+        if (const auto demos = util::LocateDemoFolder()) return *demos;
+        throw Refusal({"ERR_NO_DEMO_FOLDER", kFolderError});
+    }
+    const std::filesystem::path path = util::platform::PathFromWide(*folder);
+    std::error_code error;
+    if (std::filesystem::exists(path, error)) return path;
+    throw Refusal({"ERR_NO_DEMO_FOLDER", error ? error.message() : "there is no such folder"});
+}
+
+void StartClientWatching(Napi::Env env, Napi::Function callback, std::vector<std::uint8_t> key,
+                         const std::optional<std::wstring>& folder) {
+    OwnedChannel channel = OpenChannel(env, callback, OnEnvironmentEnd);
+    Watching& watching = TheWatching();
+    const std::lock_guard lock(watching.mutex);
+    Begin(watching, Session(Existing(folder), ResultsForClient(std::move(key))), std::move(channel));
 }
 
 }  // namespace
@@ -94,6 +129,26 @@ Napi::Value StartCorvaneWatcher(const Napi::CallbackInfo& info) {
         throw;
     } catch (const std::exception& failure) {
         throw Napi::Error::New(env, failure.what());
+    }
+    return env.Undefined();
+}
+
+Napi::Value WatchFolder(const Napi::CallbackInfo& info) {
+    const Napi::Env env = info.Env();
+    const bool named = info.Length() == 3 && info[2].IsString();
+    if (info.Length() < 2 || !info[0].IsFunction() || !info[1].IsArrayBuffer() ||
+        (info.Length() > 2 && !named && !info[2].IsUndefined())) {
+        throw Napi::TypeError::New(env, kFolderArgumentError);
+    }
+    const auto folder = named ? std::optional(PathOf(info[2])) : std::nullopt;
+    try {
+        StartClientWatching(env, info[0].As<Napi::Function>(), BytesOf(info[1]), folder);
+    } catch (const Napi::Error&) {
+        throw;
+    } catch (const std::filesystem::filesystem_error& failure) {
+        throw ErrorOf(env, {"ERR_UNREADABLE", failure.what()});
+    } catch (...) {
+        throw ErrorOf(env, CurrentFailure(false));
     }
     return env.Undefined();
 }

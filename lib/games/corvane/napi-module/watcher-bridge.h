@@ -18,6 +18,13 @@ namespace orvel::corvane {
 // as it was, or if there can be no thread; then nothing watches.
 Napi::Value StartCorvaneWatcher(const Napi::CallbackInfo& info);
 
+// WatchFolder(callback, key, folder), corvane_napi/client's own: the same for any folder, undefined being the
+// demo folder. callback is called with a text, the path of the file that it is from, and undefined or the
+// code of an error; with a code the text is the reason why the file cannot be read, which ends nothing. A
+// replay that is created is told as well, and one that is moved is not told again. Throws an Error with a
+// code: ERR_NO_DEMO_FOLDER if the folder is not there, ERR_UNREADABLE if it cannot be listed.
+Napi::Value WatchFolder(const Napi::CallbackInfo& info);
+
 // Waits for the parse that is being made and the results that are due; they still reach the callback. Then
 // nothing of the watcher keeps the process alive. Does nothing if no watcher runs. Returns undefined.
 Napi::Value StopCorvaneWatcher(const Napi::CallbackInfo& info);

@@ -1,0 +1,30 @@
+'use strict';
+// What happens in a match that is being recorded, as lines for people.
+
+const path = require('node:path');
+const { clock } = require('./event-table.js');
+const { printable } = require('./failures.js');
+
+const playerText = ({ id, name }) => printable(id ?? name ?? '') || '?';
+
+function eliminationText({ timeMs, kind, attacker, victim, distanceM }) {
+  const did = kind === 'knock' ? 'knocked down' : 'eliminated';
+  const distance = distanceM === null ? '' : ` over ${distanceM.toFixed(1)} m`;
+  return `${clock(timeMs)} ${playerText(attacker)} ${did} ${playerText(victim)}${distance}`;
+}
+
+function endText({ eliminations, team }) {
+  const place = team?.place ? `, place ${team.place} of ${team.of ?? '?'}` : '';
+  return `the match has ended: ${eliminations.length} knocks and eliminations${place}`;
+}
+
+// update: what watchMatches yields. A line for each thing, each with the name of the file.
+function updateText({ path: file, type, match, added }) {
+  const lines = added.map(eliminationText);
+  if (type === 'start')
+    lines.unshift(`a match begins${match.map === null ? '' : ` on ${printable(match.map)}`}`);
+  if (type === 'end') lines.push(endText(match));
+  return lines.map((line) => `${printable(path.basename(file))}: ${line}\n`).join('');
+}
+
+module.exports = { updateText };

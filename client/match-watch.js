@@ -1,0 +1,144 @@
+'use strict';
+// The matches of a folder while they are recorded: what a watch tells of each file, as a match that grows.
+
+const { setTimeout: sleep } = require('node:timers/promises');
+const { matchOf } = require('./match.js');
+
+// The game writes to a replay every few seconds for as long as it records.
+const QUIET_MS = 60_000;
+
+// One replay, under whatever name. Its document is what the watch has told of it so far, put together.
+class Recording {
+  #known = 0; // events that have been told
+  #wasLive = false;
+
+  get recordedAt() {
+    return this.document.ReplayFileMeta.Timestamp;
+  }
+
+  // The events of a document without "Creation" follow those that are there; with it, they are all.
+  take(path, document) {
+    const events = document.Creation ? [] : (this.document.events ?? []);
+    this.document = { ...this.document, ...document, events: [...events, ...(document.events ?? [])] };
+    this.path = path;
+  }
+
+  // True once, when the game has closed the file.
+  hasClosed() {
+    const isLive = Boolean(this.document.ReplayFileMeta.bIsLive);
+    const hasClosed = this.#wasLive && !isLive;
+    this.#wasLive = isLive;
+    return hasClosed;
+  }
+
+  // The match as it is now, and those of its eliminations that have not been told.
+  tell(type, damageNames) {
+    const { events = [] } = this.document;
+    const match = matchOf(this.document, { path: this.path, damageNames });
+    const news = new Set(events.slice(this.#known));
+    const ordered = events.filter(({ evtName }) => evtName === 'playerElim');
+    ordered.sort((a, b) => a.eventMeta.time1 - b.eventMeta.time1);
+    const added = match.eliminations.filter((_, i) => news.has(ordered[i]));
+    this.#known = events.length;
+    return { path: this.path, type, match, added };
+  }
+
+  get hasNews() {
+    return (this.document.events?.length ?? 0) !== this.#known;
+  }
+}
+
+class Recordings {
+  #all = new Map(); // path -> Recording
+  #quietAt = new Map(); // Recording that has not ended -> when it counts as ended, oldest first
+  #options;
+
+  constructor(options) {
+    this.#options = options;
+  }
+
+  // What one result of the watch means.
+  *take({ path, document, error }) {
+    if (error) return yield { path: path ?? error.path, type: 'error', error };
+    // A file of which nothing is known yet need not be a replay.
+    if (document.ReplayFileMeta === undefined) return;
+    const known = this.#find(path, document);
+    const recording = known ?? (document.Creation && new Recording());
+    if (recording === undefined) return;
+    recording.take(path, document);
+    this.#all.set(path, recording);
+    this.#wake(recording);
+    if (known === undefined) yield this.#tell(recording, 'start');
+    else if (recording.hasNews) yield this.#tell(recording, 'events');
+    if (recording.hasClosed()) yield this.#end(recording);
+  }
+
+  // Milliseconds to the next end for want of changes; undefined if there is none to come.
+  get patience() {
+    const [next] = this.#quietAt.values();
+    return next === undefined ? undefined : Math.max(next - performance.now(), 0);
+  }
+
+  *endQuiet() {
+    for (const [recording, at] of this.#quietAt) {
+      if (at > performance.now()) return;
+      yield this.#end(recording);
+    }
+  }
+
+  // A replay that is not told from its start is known, though perhaps by another name.
+  #find(path, { Creation, ReplayFileMeta: { Timestamp } }) {
+    const known = this.#all.get(path);
+    if (known?.recordedAt === Timestamp) return known;
+    const moved = Creation
+      ? undefined
+      : [...this.#all.values()].find((each) => each.recordedAt === Timestamp);
+    if (moved) this.#all.delete(moved.path);
+    return moved;
+  }
+
+  #wake(recording) {
+    this.#quietAt.delete(recording);
+    this.#quietAt.set(recording, performance.now() + this.#options.endAfterMs);
+  }
+
+  #end(recording) {
+    this.#quietAt.delete(recording);
+    return this.#tell(recording, 'end');
+  }
+
+  #tell(recording, type) {
+    return recording.tell(type, this.#options.damageNames);
+  }
+}
+
+// The promise's value, or undefined after so many milliseconds.
+async function within(promise, ms) {
+  if (ms === undefined) return promise;
+  const timer = new AbortController();
+  const timeout = sleep(ms, undefined, { signal: timer.signal }).catch(() => {});
+  return Promise.race([promise, timeout]).finally(() => timer.abort());
+}
+
+// watch(): starts an async iterable of { path, document } and { path, error }. Yields { path, type, match, added } for each
+// replay: 'start' when it is first told, 'events' for each addition, 'end'; and { path, type: 'error', error }.
+async function* watchMatches(watch, { endAfterMs = QUIET_MS, damageNames } = {}) {
+  const recordings = new Recordings({ endAfterMs, damageNames });
+  const iterator = watch()[Symbol.asyncIterator]();
+  try {
+    for (let next = iterator.next(); ; ) {
+      const result = await within(next, recordings.patience);
+      if (result?.done) return;
+      if (result === undefined) {
+        yield* recordings.endQuiet();
+      } else {
+        next = iterator.next();
+        yield* recordings.take(result.value);
+      }
+    }
+  } finally {
+    await iterator.return();
+  }
+}
+
+module.exports = { watchMatches };

@@ -1,0 +1,83 @@
+'use strict';
+// Watching a folder through the client and the built add-on: results with their files, and the matches that they make.
+
+const assert = require('node:assert/strict');
+const fs = require('node:fs');
+const path = require('node:path');
+const { after, test } = require('node:test');
+const { livingChildren } = require('../support/client-processes.js');
+const { addonPath } = require('../support/reads.js');
+const { temporaryFolder } = require('../support/run.js');
+const w = require('../support/replay-writer.js');
+const { ReplayClient } = require('../../client');
+const { watchMatches } = require('../../client/match-watch.js');
+
+process.env.CORVANE_ADDON = addonPath;
+const key = Buffer.from('000102030405060708090a0b0c0d0e0f', 'hex');
+const client = new ReplayClient();
+after(async () => {
+  await client.close();
+  assert.deepEqual(livingChildren(), []);
+});
+
+const folder = temporaryFolder();
+const file = (name) => path.join(folder, name);
+const elimination = (Time1, name) =>
+  w.eventChunk({ Time1, data: w.encrypt(w.playerElim({ killer: { type: 16, id: name } }), key) });
+const info = { Timestamp: 638_000_000_000_000_000n, bEncrypted: 1 };
+// As a whole, since the watch may look at any moment.
+function put(name, ...parts) {
+  fs.writeFileSync(file('unfinished'), w.bytes(...parts));
+  fs.renameSync(file('unfinished'), file(name));
+}
+
+test('a match is told from its start to its end, whatever its file is called', async () => {
+  put('before.replay', w.replay());
+  const watch = client.watchReplays({ folder, key });
+  await new Promise((resolve) => watch.once('watching', resolve));
+  const told = watchMatches(() => watch);
+  const next = async () => {
+    const { path: name, type, match, added, error } = (await told.next()).value;
+    const what = match && [match.eliminations.length, added.map(({ timeMs }) => timeMs)];
+    return [path.basename(name), type, ...(what ?? [error.code])];
+  };
+
+  put('a.replay', w.replay({ ...info, bIsLive: 1 }), w.headerChunk(), elimination(20, 'Zoë'));
+  assert.deepEqual(await next(), ['a.replay', 'start', 1, [20]]);
+  fs.appendFileSync(file('a.replay'), elimination(10, 'A'));
+  assert.deepEqual(await next(), ['a.replay', 'events', 2, [10]]);
+  fs.renameSync(file('a.replay'), file('b.replay'));
+  fs.appendFileSync(file('b.replay'), elimination(30, 'B'));
+  assert.deepEqual(await next(), ['b.replay', 'events', 3, [30]]);
+
+  put('broken.replay', w.replay().subarray(0, 10));
+  assert.deepEqual(await next(), ['broken.replay', 'error', 'ERR_CORRUPT']);
+
+  const game = fs.openSync(file('b.replay'), 'r+');
+  fs.writeSync(game, w.u32(0), 0, 4, w.infoBlock({ FileVersion: 1, FriendlyName: '' }).length - 4);
+  fs.closeSync(game);
+  assert.deepEqual(await next(), ['b.replay', 'end', 3, []]);
+
+  // Another replay under the name of one is told from its start.
+  put('b.replay', w.replay({ ...info, Timestamp: 1n }), w.headerChunk(), elimination(5, 'C'));
+  assert.deepEqual(await next(), ['b.replay', 'start', 1, [5]]);
+  await told.return();
+});
+
+test('a match ends when its file has not changed for a while; a result without a document is none', async () => {
+  const document = (events, more) => ({ ReplayFileMeta: { Timestamp: 7 }, events, ...more });
+  const results = [
+    { path: 'a', document: { Creation: {} } },
+    { path: 'a', document: document([], { Creation: {} }) },
+    { path: 'a', document: { GameAlive: 1 } },
+    { path: 'unknown', document: { ReplayFileMeta: { Timestamp: 8 } } },
+  ];
+  const never = new Promise(() => {});
+  const iterator = {
+    next: () => (results.length > 0 ? Promise.resolve({ value: results.shift() }) : never),
+    return() {},
+  };
+  const told = watchMatches(() => ({ [Symbol.asyncIterator]: () => iterator }), { endAfterMs: 50 });
+  const types = [(await told.next()).value.type, (await told.next()).value.type];
+  assert.deepEqual(types, ['start', 'end']);
+});
