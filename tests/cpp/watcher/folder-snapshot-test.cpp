@@ -82,6 +82,13 @@ TEST_F(FolderSnapshotTest, sub_folders_are_entries_and_are_entered) {
     files.Put(L"/demos/sub/deep/x.replay", {4});
     EXPECT_THAT(Reports(snapshot), UnorderedElementsAre(L"modified /demos/sub", L"created /demos/sub/deep",
                                                         L"created /demos/sub/deep/x.replay"));
+    // A file takes the name of a folder.
+    files.Put(L"/demos/sub/deep", {3});
+    files.Put(L"/demos/sub/deep/x.replay", {4, false, {}, std::errc::not_a_directory});
+    EXPECT_THAT(Reports(snapshot), ElementsAre(L"erased /demos/sub/deep/x.replay"));
+    files.Put(L"/demos/sub/deep", {3, true});
+    files.Put(L"/demos/sub/deep/x.replay", {4});
+    EXPECT_THAT(Reports(snapshot), ElementsAre(L"created /demos/sub/deep/x.replay"));
     files.Remove(L"/demos/sub");
     EXPECT_THAT(Reports(snapshot), UnorderedElementsAre(L"erased /demos/sub", L"erased /demos/sub/deep",
                                                         L"erased /demos/sub/deep/x.replay"));
