@@ -24,24 +24,35 @@ function chunkEnds(replay, firstChunk) {
 
 // The information block: five numbers, the name with its length (negative if in UTF-16), then bIsLive, Timestamp,
 // bCompressed, bEncrypted, and the key with its length.
-function informationBlockEnd(replay) {
+function informationBlock(replay) {
   const nameLength = replay.readInt32LE(20);
-  const keyLengthAt = 24 + (nameLength < 0 ? -2 * nameLength : nameLength) + 4 + 8 + 4 + 4;
-  return keyLengthAt + 4 + replay.readInt32LE(keyLengthAt);
+  const liveAt = 24 + (nameLength < 0 ? -2 * nameLength : nameLength);
+  const keyLengthAt = liveAt + 4 + 8 + 4 + 4;
+  return { liveAt, end: keyLengthAt + 4 + replay.readInt32LE(keyLengthAt) };
+}
+
+// While the game records, the file says so.
+function setLive(file, liveAt, isLive) {
+  const descriptor = fs.openSync(file, 'r+');
+  fs.writeSync(descriptor, Buffer.from([isLive ? 1 : 0]), 0, 1, liveAt);
+  fs.closeSync(descriptor);
 }
 
 async function play(milliseconds) {
   const replay = fs.readFileSync(path.join(__dirname, 'match.replay'));
   const file = path.join(demos, 'growing.replay');
-  let written = informationBlockEnd(replay);
+  const { liveAt, end: firstChunk } = informationBlock(replay);
+  let written = firstChunk;
   fs.mkdirSync(demos, { recursive: true });
   fs.writeFileSync(file, replay.subarray(0, written));
+  setLive(file, liveAt, true);
   await sleep(milliseconds);
   for (const end of chunkEnds(replay, written)) {
     await sleep(milliseconds);
     fs.appendFileSync(file, replay.subarray(written, end));
     written = end;
   }
+  setLive(file, liveAt, false);
   await sleep(milliseconds);
   fs.rmSync(file);
 }

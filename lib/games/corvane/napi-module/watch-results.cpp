@@ -76,12 +76,13 @@ class ApplicationResults final : public WatchResults {
     // Says which file the end of the process is due to: nothing else tells.
     static void NameCulprit(const std::wstring& path) {
         const std::string name = util::platform::WideToUtf8(path);
-        std::fprintf(stderr, "[ orvel::corvane::WatchSession::OnReport ] Ending the process over %s\n",
+        std::fprintf(stderr, "[ orvel::corvane::ApplicationResults::Deliver ] Ending the process over %s\n",
                      name.c_str());
     }
 
     const std::vector<std::uint8_t> m_key;
-    std::unordered_map<std::wstring, ReplayState> m_states;  // by full path; kept when a file is erased
+    std::unordered_map<std::wstring, ReplayState>
+        m_states;  // by full path; one that is erased and comes back goes on
 };
 
 class ClientResults final : public WatchResults {

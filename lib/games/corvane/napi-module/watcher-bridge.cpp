@@ -66,6 +66,7 @@ void DeliverFolderError(OwnedChannel channel, bool watching) {
     QueueResult({DocumentText({{"err", kFolderError}})});
     // A watcher that runs delivers to the new callback from now on; without one, this was all.
     if (!watching) SetCurrentChannel(nullptr);
+    // Every delivery takes this time, whichever thread makes it.
     std::this_thread::sleep_for(kDeliveryPause);
 }
 
@@ -122,6 +123,8 @@ Napi::Value StartCorvaneWatcher(const Napi::CallbackInfo& info) {
         return env.Undefined();
     }
     std::vector<std::uint8_t> key = BytesOf(info[1]);
+    // The interval is accepted, so that it must be readable, but the folder is polled every 500 ms in any
+    // case.
     if (info.Length() > 2 && info[2].IsNumber()) info[2].ToNumber().Int64Value();
     try {
         StartWatching(env, info[0].As<Napi::Function>(), std::move(key));
