@@ -14,7 +14,8 @@ function run(...scenario) {
   return start(process.execPath, [script, ...scenario.map(String)], { env, timeout: 60_000 }).ended;
 }
 
-const noFolder = `{"err":"Couldn't locate Corvane's Demo Directory."}\n`;
+const noFolder = /^{"err":"Couldn't locate Corvane's Demo Directory\."}\n$/;
+const ABORTED = process.platform === 'win32' ? 3 : 'SIGABRT';
 const endings = [
   {
     title: 'ends by itself once it is stopped, after what was due',
@@ -28,13 +29,14 @@ const endings = [
   },
   { title: 'gets what its callback throws', what: ['throws'], stdout: /^(the error\n){2,}$/ },
   {
-    title: 'ends by what its callback throws',
-    what: ['throwsUnhandled'],
-    status: 1,
-    stderr: /Error: thrown by the callback/,
+    title: 'is ended by a replay that cannot be parsed, with its name and the reason on standard error',
+    what: ['broken'],
+    status: ABORTED,
+    stderr: /\.replay\nReadReplayInfo: Found multiple header chunks\n/,
   },
   { title: 'outlives workers that watch', what: ['workers', 30], stdout: /^\n*done\n$/ },
   { title: 'outlives workers that take over', what: ['workers', 30, 'addon first'], stdout: /^\n*done\n$/ },
+  { title: 'ends by itself once it was told that there is no folder', what: ['noFolder'], stdout: noFolder },
 ];
 
 describe('a process that watches', { concurrency: 1 }, () => {
@@ -42,35 +44,15 @@ describe('a process that watches', { concurrency: 1 }, () => {
 
   for (const { title, what, status = 0, stdout = /^$/, stderr = /^$/ } of endings) {
     it(title, async () => {
+      if (stdout === noFolder) demo.clear();
       const result = await run(...what);
       assert.match(result.stderr, stderr);
       assert.match(result.stdout, stdout);
-      assert.equal(result.status, status);
+      assert.equal(result.signal ?? result.status, status);
       demo.clear();
       demo.create();
     });
   }
-
-  it('ends by itself once it was told that there is no demo folder', async () => {
-    demo.clear();
-    const { status, stdout, stderr } = await run('noFolder');
-    demo.create();
-    assert.deepEqual([status, stdout, stderr], [0, noFolder, '']);
-  });
-
-  it('is ended by a replay that cannot be parsed, with its name and the reason on standard error', async () => {
-    for (const [how, reason] of [
-      ['empty', /\.replay\nThe Replay file had no data in it\.\n/],
-      ['header', /\.replay\nReadReplayInfo: Found multiple header chunks\n/],
-      ['key', /\.replay\n.*: Data was encrypted, but encryption key was not set\.\n/],
-    ]) {
-      const { status, signal, stderr } = await run('broken', how);
-      assert.ok(signal === 'SIGABRT' || status === 3, `${how}: ${status} ${signal}`);
-      assert.match(stderr, reason);
-      demo.clear();
-      demo.create();
-    }
-  });
 
   it('ends with its own exit code by process.exit(), whatever the add-on is doing', async () => {
     const runs = Array.from({ length: 24 }, (_, i) => ['exit', i * 33]);

@@ -96,23 +96,10 @@ const scenarios = {
     grow();
   },
 
-  throwsUnhandled() {
-    create();
-    start(() => {
-      throw new Error('thrown by the callback');
-    });
-    grow();
-  },
-
-  broken(how) {
+  broken() {
     create();
     start();
-    if (how === 'empty') fs.writeFileSync(file, '');
-    if (how === 'header') create(w.headerChunk(), w.headerChunk());
-    if (how === 'key') {
-      const event = w.eventChunk({ data: w.playerElim() });
-      fs.writeFileSync(file, w.replay({ bEncrypted: 1 }, event));
-    }
+    create(w.headerChunk(), w.headerChunk());
   },
 
   // Workers that watch, each ended at another time, a third of them around the first delivery; then this thread can
