@@ -11,7 +11,7 @@ const KINDS = [
   [8, 'ERR_CHILD_LOST', 'the process that reads replays ended'],
   [9, 'ERR_OUT_OF_MEMORY', 'a document does not fit into memory'],
   [10, 'ERR_CORVANE_ADDON', 'the native add-on cannot be loaded'],
-  [11, 'ERR_NO_DEMO_FOLDER', 'there is no demo folder to watch'],
+  [11, 'ERR_NO_DEMO_FOLDER', 'there is no folder to watch'],
   [12, 'ERR_OUTPUT', 'the output cannot be written'],
   [13, 'ERR_DOCUMENT_TOO_LARGE', 'a document is larger than --max-mib allows'],
   [14, 'ERR_CHILD_START', 'the process that reads replays cannot be started'],
