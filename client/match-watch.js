@@ -120,11 +120,12 @@ async function within(promise, ms) {
   return Promise.race([promise, timeout]).finally(() => timer.abort());
 }
 
-// watch(): starts an async iterable of { path, document } and { path, error }. Yields { path, type, match, added } for each
+// watch(): starts a ReplayWatch, an async iterable of { path, document } and { path, error }. Yields { path, type, match, added } for each
 // replay: 'start' when it is first told, 'events' for each addition, 'end'; and { path, type: 'error', error }.
 async function* watchMatches(watch, { endAfterMs = QUIET_MS, damageNames } = {}) {
   const recordings = new Recordings({ endAfterMs, damageNames });
-  const iterator = watch()[Symbol.asyncIterator]();
+  const results = watch();
+  const iterator = results[Symbol.asyncIterator]();
   try {
     for (let next = iterator.next(); ; ) {
       const result = await within(next, recordings.patience);
@@ -137,7 +138,8 @@ async function* watchMatches(watch, { endAfterMs = QUIET_MS, damageNames } = {})
       }
     }
   } finally {
-    await iterator.return();
+    // Not iterator.return(), which would wait for the result that is asked for already.
+    await results.close();
   }
 }
 

@@ -20,7 +20,7 @@ test('watch tells a match until it has ended', async () => {
   const levels = [['/Game/Maps/Corvane_Isle', 0]];
   const elimination = w.eventChunk({
     Time1: 61_500,
-    data: w.playerElim({ killer: { type: 16, id: 'Zoë\x9b' } }),
+    data: w.playerElim({ killerAt: [300, 400, 0], killer: { type: 16, id: 'Zoë\x9b' } }),
   });
   fs.writeFileSync(
     file,
@@ -45,7 +45,7 @@ test('watch tells a match until it has ended', async () => {
   assert.deepEqual([told.status, told.stderr], [0, '']);
   assert.equal(
     told.stdout,
-    'live.replay: a match begins on Corvane_Isle\nlive.replay: 0:01:01.500 Zoë eliminated ? over 0.0 m\n' +
+    'live.replay: a match begins on Corvane_Isle\nlive.replay: 0:01:01.500 Zoë eliminated ? over 5.0 m\n' +
       'live.replay: the match has ended: 1 knocks and eliminations\n',
   );
   const { status, stdout } = await ndjson.ended;

@@ -75,9 +75,10 @@ test('a match ends when its file has not changed for a while; a result without a
   const never = new Promise(() => {});
   const iterator = {
     next: () => (results.length > 0 ? Promise.resolve({ value: results.shift() }) : never),
-    return() {},
   };
-  const told = watchMatches(() => ({ [Symbol.asyncIterator]: () => iterator }), { endAfterMs: 50 });
+  const told = watchMatches(() => ({ [Symbol.asyncIterator]: () => iterator, close() {} }), {
+    endAfterMs: 50,
+  });
   const types = [(await told.next()).value.type, (await told.next()).value.type];
   assert.deepEqual(types, ['start', 'end']);
 });
