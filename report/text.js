@@ -49,6 +49,7 @@ export const facts = {
     id: 'Match id',
   },
   states: { complete: 'complete', recording: 'still recorded', truncated: 'cut' },
+  unknownState: 'not known',
   mode: 'Mode',
   long: (ms) => `${clock(ms)} long`,
   recorded: dateAndTime,
@@ -213,6 +214,7 @@ export const season = {
   guess:
     'Recording player: {who}, as the most frequent account. The files do not say it; name another with --player.',
   nobody: 'The files do not say which account recorded them. Name it with --player to see whom it met.',
+  noEnds: 'The files have no eliminations.',
   incomplete: (value) =>
     `${count(value, 'match is', 'matches are')} not complete: cut, or still recorded when read. The table of matches says which.`,
 };

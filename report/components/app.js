@@ -34,6 +34,7 @@ const matchFacts = (match) => [
 ];
 
 function seasonFacts(matches, accounts) {
+  if (matches.length === 0) return [];
   const dates = matches
     .filter(({ recordedAt }) => recordedAt !== null)
     .map(({ recordedAt }) => date(recordedAt));

@@ -14,7 +14,7 @@ function rowsOf(match) {
     [words.rows.file, match.file],
     [words.rows.recorded, dateAndTime(match.recordedAt)],
     [words.rows.length, orNull(match.durationMs, clock)],
-    [words.rows.state, orNull(state, (each) => words.states[each])],
+    [words.rows.state, state === null ? words.unknownState : words.states[state]],
     [words.rows.map, spaced(match.map)],
     [words.mode, modeOf(match)],
     ...otherSettings(match).map(([key, value]) => [spaced(key), value ?? '✓']),

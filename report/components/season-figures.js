@@ -1,4 +1,4 @@
-import { clock, number, percent } from '../format.js';
+import { clock, NONE, number, percent } from '../format.js';
 import * as text from '../text.js';
 import { Figures } from './figures.js';
 
@@ -7,7 +7,9 @@ const words = text.season;
 // The recording player's figures over all matches.
 export function SeasonFigures({ totals }) {
   const items = [
-    { value: number(totals.won), unit: text.figures.of(totals.placed), label: words.won },
+    totals.placed > 0
+      ? { value: number(totals.won), unit: text.figures.of(totals.placed), label: words.won }
+      : { value: NONE, label: words.won },
     { value: number(totals.place, totals.place % 1 ? 1 : 0), label: words.place },
     { value: number(totals.eliminations, 1), label: words.eliminations },
     { value: number(totals.most), label: words.most },

@@ -87,17 +87,23 @@ export function SeasonView({ matches, accounts }) {
       <SeasonFigures totals={totals} />
       <Recording matches={matches} />
       <Trends matches={matches} />
-      <div class="pair">
-        <SeasonMap
-          {...{ matches, all, events }}
-          follow={{ players: accounts.slice(0, MOST_TO_FOLLOW), ...following }}
-        />
-        <div class="stack">
-          <Distances {...{ events, followed }} />
-          <AccountsTable {...{ accounts, ...following }} recording={recording.player} />
-        </div>
-      </div>
-      <Matrix {...{ accounts, ...following }} events={all} />
+      {all.length > 0 ? (
+        <>
+          <div class="pair">
+            <SeasonMap
+              {...{ matches, all, events }}
+              follow={{ players: accounts.slice(0, MOST_TO_FOLLOW), ...following }}
+            />
+            <div class="stack">
+              <Distances {...{ events, followed }} />
+              <AccountsTable {...{ accounts, ...following }} recording={recording.player} />
+            </div>
+          </div>
+          <Matrix {...{ accounts, ...following }} events={all} />
+        </>
+      ) : (
+        <p class="aside">{text.season.noEnds}</p>
+      )}
       <MatchesTable matches={matches} />
     </>
   );

@@ -47,6 +47,7 @@ const [middle] = season.slice(20, 21);
 
 const files = {
   hostile: hostileReplay(),
+  'empty-too': w.replay({}, w.headerChunk({})),
   empty: w.replay({ LengthInMS: 90_000 }, w.headerChunk({})),
   cut: matchReplay(7, 48).subarray(0, 7_000),
   text: Buffer.from('no replay'),
@@ -58,6 +59,8 @@ const reports = {
   many: report('many', ['season', 'hostile.replay', 'text.replay', '--title', 'Spring <b>&'], 4),
   cut: report('cut', ['cut.replay']),
   empty: report('empty', ['empty.replay']),
+  allEmpty: report('all-empty', ['empty.replay', 'empty-too.replay']),
+  none: report('none', ['text.replay'], 4),
   hostile: report('hostile', ['hostile.replay']),
 };
 
