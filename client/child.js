@@ -30,9 +30,10 @@ function failure({ code, message, hint }) {
   return { code, reason: message.trim(), hint };
 }
 
-// More than the limit never reaches the application, which would have to hold it twice and to parse it.
+// More than the limit never reaches the application, which would have to hold it twice and to parse it. The facts count
+// too: a file can name any number of unknown events.
 function limited({ text, facts }, maxDocumentBytes) {
-  const bytes = Buffer.byteLength(text);
+  const bytes = Buffer.byteLength(text) + (facts?.length ?? 0);
   if (bytes <= maxDocumentBytes) return facts === undefined ? { text } : { text, facts };
   return {
     code: 'ERR_DOCUMENT_TOO_LARGE',

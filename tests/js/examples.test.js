@@ -18,7 +18,7 @@ const EXPECTED = [
   /^$/,
   /^$/,
   /^true$/,
-  /^\S+$/m,
+  /^\n*\+\+Corvane\+Main$/,
 ];
 
 const examples = [
