@@ -3,7 +3,7 @@
 
 const { createHash } = require('node:crypto');
 const fs = require('node:fs');
-const { OWN, makeSeason, matchReplay } = require('../support/make-season.js');
+const { OWN, makeSeason, matchReplay } = require('../../samples/make-season.js');
 const w = require('../support/replay-writer.js');
 const { inFolder, report } = require('./browser.js');
 

@@ -4,7 +4,7 @@
 const assert = require('node:assert/strict');
 const { after, before, test } = require('node:test');
 const { readMatch, readMatches } = require('../../client');
-const { OWN } = require('../support/make-season.js');
+const { OWN } = require('../../samples/make-season.js');
 const { launch, open, shoot, texts } = require('./browser.js');
 const { middle, reports, season } = require('./report-cases.js');
 

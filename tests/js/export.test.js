@@ -7,7 +7,7 @@ const path = require('node:path');
 const { test } = require('node:test');
 const { DataSet } = require('../../bin/export/data-set.js');
 const { TABLES, addFailure, newCells } = require('../../bin/export/tables.js');
-const { makeSeason, matchReplay } = require('../support/make-season.js');
+const { makeSeason, matchReplay } = require('../../samples/make-season.js');
 const { addonPath } = require('../support/reads.js');
 const { run, start, temporaryFolder } = require('../support/run.js');
 

@@ -7,7 +7,7 @@ const path = require('node:path');
 const { test } = require('node:test');
 const { addonPath } = require('../support/reads.js');
 const { temporaryFolder } = require('../support/run.js');
-const { makeSeason } = require('../support/make-season.js');
+const { makeSeason } = require('../../samples/make-season.js');
 const w = require('../support/replay-writer.js');
 
 process.env.CORVANE_ADDON = addonPath;

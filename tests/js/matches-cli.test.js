@@ -7,7 +7,7 @@ const fs = require('node:fs');
 const path = require('node:path');
 const { test } = require('node:test');
 const { Command } = require('commander');
-const { OWN, makeSeason } = require('../support/make-season.js');
+const { OWN, makeSeason } = require('../../samples/make-season.js');
 const { addonPath } = require('../support/reads.js');
 const { run, temporaryFolder } = require('../support/run.js');
 

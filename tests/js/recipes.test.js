@@ -8,7 +8,7 @@ const fs = require('node:fs');
 const path = require('node:path');
 const { test } = require('node:test');
 const { TABLES } = require('../../bin/export/tables.js');
-const { makeSeason } = require('../support/make-season.js');
+const { makeSeason } = require('../../samples/make-season.js');
 const { addonPath } = require('../support/reads.js');
 const { temporaryFolder } = require('../support/run.js');
 

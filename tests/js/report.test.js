@@ -8,7 +8,7 @@ const { test } = require('node:test');
 const zlib = require('node:zlib');
 const { readMatches, renderReport } = require('../../client');
 const { unpack } = require('../../client/report-columns.js');
-const { OWN, makeSeason } = require('../support/make-season.js');
+const { OWN, makeSeason } = require('../../samples/make-season.js');
 const { addonPath } = require('../support/reads.js');
 const { run, temporaryFolder } = require('../support/run.js');
 

@@ -1,12 +1,12 @@
 'use strict';
-// node tests/support/make-season.js FOLDER [MATCHES [BYTES]]: writes replays of invented matches that look like a season
+// node samples/make-season.js FOLDER [MATCHES [BYTES]]: writes replays of invented matches that look like a season
 // of one player: the same in every run. BYTES: the size of the largest file, the smallest has a tenth of it; the files
 // have holes, so that they take little room on a disk.
 
 const { createHash } = require('node:crypto');
 const fs = require('node:fs');
 const path = require('node:path');
-const w = require('./replay-writer.js');
+const w = require('../tests/support/replay-writer.js');
 
 const MINUTE = 60_000;
 const DAY_TICKS = 24n * 3_600n * 10_000_000n;
