@@ -13,8 +13,7 @@
 
 #include "games/corvane/corvane-lib/src/replay-parser.h"
 #include "games/corvane/corvane-lib/src/ue4/util/json-object.h"
-#include "games/corvane/napi-module/arguments.h"
-#include "games/corvane/napi-module/document-text.h"
+#include "games/corvane/napi-module/conversions.h"
 #include "games/corvane/napi-module/process-end.h"
 
 namespace orvel::corvane {

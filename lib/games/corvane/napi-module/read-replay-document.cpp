@@ -13,8 +13,7 @@
 #include <nlohmann/json.hpp>
 
 #include "games/corvane/corvane-lib/src/replay-parser.h"
-#include "games/corvane/napi-module/arguments.h"
-#include "games/corvane/napi-module/document-text.h"
+#include "games/corvane/napi-module/conversions.h"
 #include "games/corvane/napi-module/facts-text.h"
 #include "games/corvane/napi-module/replay-failure.h"
 

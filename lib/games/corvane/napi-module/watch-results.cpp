@@ -10,8 +10,8 @@
 
 #include "games/corvane/corvane-lib/src/replay-parser.h"
 #include "games/corvane/corvane-lib/src/ue4/util/json-object.h"
+#include "games/corvane/napi-module/conversions.h"
 #include "games/corvane/napi-module/delivery-channel.h"
-#include "games/corvane/napi-module/document-text.h"
 #include "games/corvane/napi-module/process-end.h"
 #include "games/corvane/napi-module/replay-failure.h"
 #include "util/platform/platform.h"

@@ -12,9 +12,10 @@
 #include <utility>
 #include <vector>
 
-#include "games/corvane/napi-module/arguments.h"
+#include <nlohmann/json.hpp>
+
+#include "games/corvane/napi-module/conversions.h"
 #include "games/corvane/napi-module/delivery-channel.h"
-#include "games/corvane/napi-module/document-text.h"
 #include "games/corvane/napi-module/replay-failure.h"
 #include "games/corvane/napi-module/watch-results.h"
 #include "games/corvane/napi-module/watch-session.h"
@@ -63,7 +64,7 @@ std::unique_ptr<WatchSession> Session(const std::filesystem::path& folder,
 
 void DeliverFolderError(OwnedChannel channel, bool watching) {
     SetCurrentChannel(std::move(channel));
-    QueueResult({DocumentText({{"err", kFolderError}})});
+    QueueResult({nlohmann::json({{"err", kFolderError}}).dump(1)});
     // A watcher that runs delivers to the new callback from now on; without one, this was all.
     if (!watching) SetCurrentChannel(nullptr);
     // Every delivery takes this time, whichever thread makes it.

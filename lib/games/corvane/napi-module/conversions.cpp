@@ -1,4 +1,6 @@
-#include "games/corvane/napi-module/arguments.h"
+#include "games/corvane/napi-module/conversions.h"
+
+#include "util/platform/platform.h"
 
 namespace orvel::corvane {
 
@@ -11,6 +13,13 @@ std::vector<std::uint8_t> BytesOf(const Napi::Value& arrayBuffer) {
     auto buffer = arrayBuffer.As<Napi::ArrayBuffer>();
     const auto* bytes = static_cast<const std::uint8_t*>(buffer.Data());
     return {bytes, bytes + buffer.ByteLength()};
+}
+
+nlohmann::json CreationMember(const std::wstring& path, std::uint64_t timestamp) {
+    nlohmann::json creation = nlohmann::json::object();
+    creation["timestamp"] = timestamp;
+    creation["fileName"] = util::platform::WideToUtf8(path);
+    return creation;
 }
 
 }  // namespace orvel::corvane
