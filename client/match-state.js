@@ -6,6 +6,7 @@ const STATES = { complete: 'complete', live: 'recording', cut: 'truncated', fail
 const REASONS = {
   undecryptable: 'cannot be decrypted',
   tooShort: 'are too short',
+  broken: 'cannot be read',
 };
 
 // Without facts only the file's own word is known: that it is being recorded.

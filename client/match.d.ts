@@ -55,7 +55,7 @@ export interface SkippedEvents {
   /** The kind of the events; of an unknown one `group/metadata`. */
   name: string;
   count: number;
-  reason: 'undecryptable' | 'tooShort' | 'unknown';
+  reason: 'undecryptable' | 'tooShort' | 'broken' | 'unknown';
 }
 
 /**

@@ -185,6 +185,9 @@ void BinaryReader::seekg(std::int64_t position) {
 
 std::uint64_t BinaryReader::remaining() {
     if (!m_stream.good()) return 0;
+    if (m_window != nullptr) {
+        return static_cast<std::uint64_t>(std::max<std::int64_t>(m_window->Size() - m_window->Position(), 0));
+    }
     const std::int64_t here = tellg();
     // No position: a stream over memory, whose buffer holds all there is.
     if (here < 0)

@@ -58,8 +58,7 @@ class BinaryReader {
     // The position in bytes from the stream's start; -1 if the stream has none.
     std::int64_t tellg();
     void seekg(std::int64_t position);
-    // The number of bytes from here to the end; 0 for a stream that has failed. Costs a few system calls on a
-    // file.
+    // The number of bytes from here to the end; 0 for a stream that has failed.
     std::uint64_t remaining();
     // Treats the data as run out: eofbit and failbit.
     void runOut();

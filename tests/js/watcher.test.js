@@ -156,10 +156,11 @@ describe('the watcher', { concurrency: 1 }, () => {
     assert.ok(rest.every(({ document }) => 'Creation' in document && 'header' in document));
     const all = [...told, ...first.payloads, ...rest].map(idOf);
     assert.deepEqual(
-      all.sort((a, b) => a - b),
+      [...new Set(all)].sort((a, b) => a - b),
       ids,
     );
-    assert.ok(rest.length > 10, `${rest.length}`);
+    // The one that was being read goes to both.
+    assert.ok(all.length <= ids.length + 1 && rest.length > 10, `${all.length}, ${rest.length}`);
   });
 
   it('can be started again and again inside deliveries', async () => {

@@ -95,7 +95,8 @@ TEST(FolderWatcher, what_an_abandoned_watcher_has_not_reported_is_reported_by_th
     second.GoOnFrom(first);
     second.Start([&](const std::wstring&, FileStatus status) { calls += status == FileStatus::modified; });
     second.Stop();
-    EXPECT_EQ(calls, 50);
+    // All of them, the one too that the first watcher was reporting: who heard of it is not known.
+    EXPECT_EQ(calls, 1 + 50);
 }
 
 TEST(FolderWatcher, a_cycle_that_fails_says_so_in_one_line_and_the_next_one_works) {

@@ -42,6 +42,8 @@ const char* ReasonText(SkipReason reason) {
             return "tooShort";
         case SkipReason::Unknown:
             return "unknown";
+        case SkipReason::Broken:
+            return "broken";
     }
     return "unknown";
 }

@@ -8,7 +8,7 @@
 //     cutAt      where the chunk begins that the file does not hold as a whole; null: none
 //     failure    { code, reason } of what a salvaged document was read in spite of; else null
 //     skipped    [{ name, count, reason }] of events that the document lacks; reason: "undecryptable",
-//                "tooShort", "unknown"; name: the kind's, of an unknown one its group and metadata
+//                "tooShort", "unknown", "broken"; name: the kind's, of an unknown one its group and metadata
 //     warnings   what else is missing or unusual, a text each
 //     texts      { FriendlyName, branch, levels, GameSpecificData, names } as the file has them, with their
 //                whitespace; names: [position in "events", "killedBot" or "killerBot", text] of named bots

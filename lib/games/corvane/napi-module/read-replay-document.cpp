@@ -1,7 +1,6 @@
 // readReplayDocument: path and key in; the document's text and facts, or a coded error, out.
 #include "games/corvane/napi-module/read-replay-document.h"
 
-#include <algorithm>
 #include <cstdint>
 #include <memory>
 #include <new>
@@ -31,19 +30,6 @@ struct Reading {
     std::string text;
     std::string facts;  // if they are wanted
 };
-
-// The parser skips a payload that cannot be decrypted with a line on standard output. Here that line has no
-// reader, and a document without some of its events would pass for a whole one.
-void CheckDecryption(const ReplayParser& parser) {
-    const auto& skipped = parser.Facts().skipped;
-    const auto event = std::ranges::find(skipped, SkipReason::Undecryptable, &SkippedEvent::reason);
-    if (event == skipped.end()) return;
-    const ue4::ReplayFileInfo& info = parser.FileInfo();
-    const std::int32_t bytes = info.Events[static_cast<std::size_t>(event->index)].SizeInBytes;
-    throw Refusal({"ERR_CORRUPT", "Decryption failed: " + std::to_string(bytes) + " bytes of event " +
-                                      std::to_string(event->index) + ", a key of " +
-                                      std::to_string(info.EncryptionKey.size())});
-}
 
 bool IsReplay(ReplayParser& parser) { return parser.Document().contains("ReplayFileMeta"); }
 

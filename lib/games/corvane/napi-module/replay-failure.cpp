@@ -1,5 +1,7 @@
 #include "games/corvane/napi-module/replay-failure.h"
 
+#include <algorithm>
+#include <cstdint>
 #include <ios>
 #include <new>
 
@@ -17,6 +19,17 @@ std::unique_ptr<ReplayParser> OpenReplay(const std::wstring& path) {
     } catch (const std::ios_base::failure& failure) {
         throw Refusal({"ERR_UNREADABLE", failure.what()});
     }
+}
+
+void CheckDecryption(const ReplayParser& parser) {
+    const auto& skipped = parser.Facts().skipped;
+    const auto event = std::ranges::find(skipped, SkipReason::Undecryptable, &SkippedEvent::reason);
+    if (event == skipped.end()) return;
+    const ue4::ReplayFileInfo& info = parser.FileInfo();
+    const std::int32_t bytes = info.Events[static_cast<std::size_t>(event->index)].SizeInBytes;
+    throw Refusal({"ERR_CORRUPT", "Decryption failed: " + std::to_string(bytes) + " bytes of event " +
+                                      std::to_string(event->index) + ", a key of " +
+                                      std::to_string(info.EncryptionKey.size())});
 }
 
 ReadFailure CurrentFailure(bool isCut) {

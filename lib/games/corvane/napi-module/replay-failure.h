@@ -31,6 +31,10 @@ class Refusal : public std::runtime_error {
 // A parser over the file. Throws a Refusal if the file cannot be opened.
 std::unique_ptr<ReplayParser> OpenReplay(const std::wstring& path);
 
+// Throws a Refusal if an event could not be decrypted. The parser skips such an event with a line on standard
+// output. Where that line has no reader, a document without the event would pass for a whole one.
+void CheckDecryption(const ReplayParser& parser);
+
 // Only inside a catch block: what the exception that is being handled says about the file. isCut: reading ran
 // into the end of the file.
 ReadFailure CurrentFailure(bool isCut);

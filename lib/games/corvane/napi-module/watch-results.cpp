@@ -130,6 +130,7 @@ class ClientResults final : public WatchResults {
             parser = OpenReplay(path);
             Parse(*parser, state, m_key);
         }
+        CheckDecryption(*parser);
         return ResultText(*parser, path, state, isFirst);
     }
 

@@ -72,8 +72,8 @@ void DeliverFolderError(OwnedChannel channel, bool watching) {
 }
 
 // Makes a new session the current one, and its results those of the channel. The new callback gets each
-// replay from its start, also those whose change the old session was yet to report; the result that the old
-// one is working on still goes to the old callback.
+// replay from its start, also those whose change the old session was yet to report or is reporting; a result
+// that the old one is working on goes to the old callback as well.
 void Begin(Watching& watching, std::unique_ptr<WatchSession> next, OwnedChannel channel) {
     if (watching.session) next->Replace(*watching.session);
     SetCurrentChannel(std::move(channel));
@@ -151,6 +151,8 @@ Napi::Value WatchFolder(const Napi::CallbackInfo& info) {
         throw;
     } catch (const std::filesystem::filesystem_error& failure) {
         throw ErrorOf(env, {"ERR_UNREADABLE", failure.what()});
+    } catch (const std::system_error& failure) {  // no thread
+        throw ErrorOf(env, {"ERR_OUT_OF_MEMORY", failure.what()});
     } catch (...) {
         throw ErrorOf(env, CurrentFailure(false));
     }

@@ -22,7 +22,8 @@ Napi::Value StartCorvaneWatcher(const Napi::CallbackInfo& info);
 // demo folder. callback is called with a text, the path of the file that it is from, and undefined or the
 // code of an error; with a code the text is the reason why the file cannot be read, which ends nothing. A
 // replay that is created is told as well, and one that is moved is not told again. Throws an Error with a
-// code: ERR_NO_DEMO_FOLDER if the folder is not there, ERR_UNREADABLE if it cannot be listed.
+// code: ERR_NO_DEMO_FOLDER if the folder is not there, ERR_UNREADABLE if it cannot be listed,
+// ERR_OUT_OF_MEMORY if there can be no thread.
 Napi::Value WatchFolder(const Napi::CallbackInfo& info);
 
 // Waits for the parse that is being made and the results that are due; they still reach the callback. Then

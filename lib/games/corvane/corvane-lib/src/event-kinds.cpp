@@ -29,6 +29,7 @@ namespace {
 // An event's members in the document's order, with the two that every event has.
 template <std::size_t Count>
 constexpr auto Members(const EventMember (&own)[Count]) {
+    static_assert(Count + 2 <= EventText::kMostMembers);
     std::array<EventMember, Count + 2> all{EventMember{"evtName", EventMember::Name},
                                            EventMember{"eventMeta", EventMember::Times}};
     std::copy(own, own + Count, all.begin() + 2);

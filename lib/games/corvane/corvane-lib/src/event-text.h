@@ -73,12 +73,14 @@ class EventText {
     // All events, a comma after each. Nothing is left.
     std::string Take() { return std::move(m_text); }
 
+    // Of one event, with "evtName" and "eventMeta".
+    static constexpr std::size_t kMostMembers = 16;
+
   private:
     static constexpr std::size_t kCommonBytes = 448;  // an elimination with long numbers
     static constexpr std::size_t kMostReserved = 150'000;
     // An event is put together here and appended as a whole; texts longer than kShortText go past it.
     static constexpr std::size_t kShortText = 64;
-    static constexpr std::size_t kMostMembers = 16;
     static constexpr std::size_t kBlockBytes = kMostMembers * (MemberKey::kBytes + kShortText + 8);
 
     void Put(const MemberKey& key);

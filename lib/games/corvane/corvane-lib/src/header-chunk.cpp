@@ -5,6 +5,7 @@
 #include <utility>
 
 #include "games/corvane/corvane-lib/src/ue4/util/json-object.h"
+#include "util/byte-order.h"
 
 namespace orvel::corvane {
 namespace {
@@ -32,15 +33,11 @@ void ReadList(ue4::FStreamReader& archive, ReadElement readElement) {
 EngineVersion ReadEngineVersion(ue4::FStreamReader& archive) {
     std::array<char, 12> block{};
     archive.Reader().read(block.data(), block.size());
-    const auto word = [&block](std::size_t at) {
-        return static_cast<std::uint16_t>(static_cast<unsigned char>(block[at]) |
-                                          static_cast<unsigned char>(block[at + 1]) << 8);
-    };
     EngineVersion version;
-    version.Major = word(0);
-    version.Minor = word(2);
-    version.Patch = word(4);
-    version.Changelist = word(8) | static_cast<std::uint32_t>(word(10)) << 16;
+    version.Major = util::LoadLittleEndian<std::uint16_t>(&block[0]);
+    version.Minor = util::LoadLittleEndian<std::uint16_t>(&block[2]);
+    version.Patch = util::LoadLittleEndian<std::uint16_t>(&block[4]);
+    version.Changelist = util::LoadLittleEndian<std::uint32_t>(&block[8]);
     archive.ReadStoredString(version.Branch);
     return version;
 }
@@ -80,7 +77,7 @@ std::string ReadNetworkDemoHeader(ue4::FStreamReader& archive, NetworkDemoHeader
     if (header.Version >= kVersionEngineVersion) {
         header.EngineVersion = ReadEngineVersion(archive);
     } else {
-        header.EngineVersion.Changelist = archive.ReadUInt32();
+        header.EngineVersion.Changelist = static_cast<std::uint32_t>(archive.ReadInt32());
     }
     ReadLevels(archive, header);
     if (header.Version >= kVersionFlags) header.Flags = archive.ReadUInt32();
@@ -89,7 +86,8 @@ std::string ReadNetworkDemoHeader(ue4::FStreamReader& archive, NetworkDemoHeader
 }
 
 nlohmann::json HeaderObject(const NetworkDemoHeader& header) {
-    nlohmann::json object = nlohmann::json::object();
+    ue4::Document owner(nlohmann::json::object());
+    nlohmann::json& object = owner.json;
     object["magic"] = header.Magic;
     object["NetworkVersion"] = header.Version;
     object["NetworkChecksum"] = header.NetworkChecksum;
@@ -107,7 +105,7 @@ nlohmann::json HeaderObject(const NetworkDemoHeader& header) {
         levels.push_back(ue4::WithoutWhitespace(level.Name));
     nlohmann::json& gameData = object["GameSpecificData"] = nlohmann::json::array();
     for (const std::string& data : header.GameSpecificData) gameData.push_back(ue4::WithoutWhitespace(data));
-    return object;
+    return std::move(owner.json);
 }
 
 }  // namespace orvel::corvane

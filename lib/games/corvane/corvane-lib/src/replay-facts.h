@@ -13,6 +13,7 @@ enum class SkipReason : std::uint8_t {
     Undecryptable,
     TooShort,  // for its kind, or empty
     Unknown,   // neither its metadata nor its group names a kind
+    Broken,    // reading it failed
 };
 
 // An event of the file that the document does not show.

@@ -22,6 +22,7 @@ void ReplayParser::ParseReplay(ue4::ResumeState& resume, std::vector<std::uint8_
     } catch (const ue4::ReplayException& exception) {
         util::WriteConsole("[ orvel::corvane::ReplayParser::ParseReplay ] [Replay Exception] " +
                            std::string(exception.what()) + "\n");
+        // A copy, so that what leaves the parser is a ReplayException and nothing derived from it.
         throw ue4::ReplayException(exception);
     }
 }
@@ -29,19 +30,28 @@ void ReplayParser::ParseReplay(ue4::ResumeState& resume, std::vector<std::uint8_
 void ReplayParser::ParsePayloads() {
     EncryptionKey = FileInfo().EncryptionKey;
     if (!std::exchange(m_headerDone, true) && FileInfo().HeaderChunkIndex != -1) ParseHeaderChunk();
-    if (!std::exchange(m_eventsDone, true)) ParseEvents();
+    if (!m_eventsDone) ParseEvents();
 }
 
 void ReplayParser::Salvage() {
     const util::ConsoleFlush flush;
+    if (!m_eventsDone && m_nextEvent != 0) NoteUnread();
     while (!m_eventsDone) {
         try {
             ParsePayloads();
         } catch (const std::bad_alloc&) {
             throw;
         } catch (...) {
-            // What failed is left out; a failure of the next step tells nothing new.
+            NoteUnread();
         }
+    }
+}
+
+void ReplayParser::NoteUnread() {
+    if (m_nextEvent != 0) {
+        m_facts.skipped.push_back({FileInfo().Events[m_nextEvent - 1].Index, SkipReason::Broken});
+    } else {
+        m_facts.headerRefusal = "the header cannot be read";
     }
 }
 
@@ -61,13 +71,18 @@ void ReplayParser::ParseHeaderChunk() {
 
 void ReplayParser::ParseEvents() {
     Reader().clear();
-    const auto isKnown = [](const auto& info) { return FindEventKind(info) != nullptr; };
-    m_events.Reserve(static_cast<std::size_t>(std::ranges::count_if(FileInfo().Events, isKnown)));
-    for (const ue4::FLocalFileEventInfo& info : FileInfo().Events) ParseEvent(info);
+    const auto& events = FileInfo().Events;
+    const auto isShown = [](const auto& info) {
+        return info.SizeInBytes != 0 && FindEventKind(info) != nullptr;
+    };
+    if (m_nextEvent == 0) m_events.Reserve(static_cast<std::size_t>(std::ranges::count_if(events, isShown)));
+    while (m_nextEvent < events.size()) ParseEvent(events[m_nextEvent++]);
+    m_eventsDone = true;
 }
 
 void ReplayParser::ParseEvent(const ue4::FLocalFileEventInfo& info) {
-    constexpr std::uint8_t kPlain = 1;
+    constexpr std::uint8_t kPlain =
+        1;  // a bit without a meaning of its own: neither encrypted nor compressed
     const std::uint8_t mode = FileInfo().bEncrypted ? kPayloadEncrypted : kPlain;
     Reader().seekg(info.DataOffset);
     const std::vector<std::uint8_t>& payload =

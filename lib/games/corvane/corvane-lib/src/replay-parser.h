@@ -60,6 +60,8 @@ class ReplayParser : public ue4::FArchiveReader {
   private:
     // The header and the events, each once.
     void ParsePayloads();
+    // What the step that has failed leaves out.
+    void NoteUnread();
     void ParseHeaderChunk();
     void ParseEvents();
     void ParseEvent(const ue4::FLocalFileEventInfo& info);
@@ -69,6 +71,7 @@ class ReplayParser : public ue4::FArchiveReader {
     NetworkDemoHeader m_header;
     bool m_wantsBotNames = false;
     bool m_headerDone = false;
+    std::size_t m_nextEvent = 0;
     bool m_eventsDone = false;
     EventText m_events;
     ReplayFacts m_facts;

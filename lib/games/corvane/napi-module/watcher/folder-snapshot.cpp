@@ -111,9 +111,13 @@ void FolderSnapshot::ReportPresent(const FileStatusCallback& report) {
         const auto time = m_timesAreOld ? m_fileSystem.LastWriteTime(entry.path, error) : entry.lastWriteTime;
         if (!time) continue;
         const auto [recorded, isNew] = m_paths.try_emplace(entry.path, Record{*time, m_look});
-        if (!isNew && std::exchange(recorded->second.lastWriteTime, *time) == *time) continue;
+        const std::int64_t before = std::exchange(recorded->second.lastWriteTime, *time);
+        if (!isNew && before == *time) continue;
         m_timesAreOld = true;
         report(recorded->first, isNew ? FileStatus::created : FileStatus::modified);
+        // Abandoned meanwhile: the snapshot that goes on from this one reports the change again, since what
+        // came of this report may have reached nobody.
+        if (m_abandoned && !isNew) recorded->second.lastWriteTime = before;
     }
 }
 

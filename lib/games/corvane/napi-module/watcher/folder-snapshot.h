@@ -35,7 +35,8 @@ class FolderSnapshot {
     // std::filesystem::filesystem_error after all differences that were found have been reported.
     void Update(const FileStatusCallback& report);
 
-    // From now on nothing is reported; what has not been reported is not recorded either. Any thread.
+    // From now on nothing is reported. What has not been reported, or is being reported, is not recorded
+    // either. Any thread.
     void Abandon() { m_abandoned = true; }
 
     // Goes on where another snapshot of the folder has ended: what that one has recorded counts as reported,
