@@ -44,9 +44,11 @@ const usageFailure = (message) => failureOf('ERR_INVALID_ARGUMENT', message);
 const endsRun = ({ code }) => code === 'ERR_CORVANE_ADDON';
 
 // The error as lines for standard error.
-function failureText({ message, hint }) {
+function failureText({ code, message, hint }) {
   const advice = hint && !message.includes(hint) ? `. ${hint}` : '';
-  return `corvane-replay: ${message}${advice}\n`.split('\n').map(printable).join('\n');
+  const lines = `corvane-replay: ${message}${advice}`.split('\n').map(printable);
+  // Of the others a line end is that of a file's name, which must not look like another message.
+  return lines.join(code === 'ERR_CORVANE_ADDON' ? '\n' : ' ') + '\n';
 }
 
 module.exports = {

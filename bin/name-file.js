@@ -18,19 +18,26 @@ function cells(line) {
   return found;
 }
 
+// Without inherited members: a replay may call its map "constructor".
+function lookup(entries) {
+  const names = Object.create(null);
+  for (const [key, name] of entries) names[key] = String(name);
+  return names;
+}
+
 function parsed(text, file) {
   try {
-    if (text.trimStart().startsWith('{')) return JSON.parse(text);
+    if (text.trimStart().startsWith('{')) return lookup(Object.entries(JSON.parse(text)));
   } catch (error) {
     throw usageFailure(`${file} is no JSON: ${error.message}`);
   }
   const rows = text.split(/\r?\n/).map(cells);
-  return Object.fromEntries(rows.filter(([key, name]) => key && name).map(([key, name]) => [key, name]));
+  return lookup(rows.filter(([key, name]) => key && name));
 }
 
 // The names in a file: lines of CSV with a number or account and its name, or a JSON object of them. {} without a file.
 function namesOf(file) {
-  if (file === undefined) return {};
+  if (file === undefined) return lookup([]);
   try {
     return parsed(fs.readFileSync(file, 'utf8').replace(/^\ufeff/, ''), file);
   } catch (error) {

@@ -41,7 +41,16 @@ function program(onRun) {
     command.action(() =>
       onRun((context) => {
         const options = command.opts();
-        return run({ args: command.processedArgs, options, key: keyOf(options), ...context });
+        const usesKey = command.options.some(({ long }) => long === '--key-file');
+        const withHelp = (error) => {
+          if (error.code === 'ERR_INVALID_ARGUMENT') error.hint = `See corvane-replay ${name} --help`;
+          throw error;
+        };
+        const start = async () => {
+          const key = usesKey ? keyOf(options) : undefined;
+          return run({ args: command.processedArgs, options, key, ...context });
+        };
+        return start().catch(withHelp);
       }),
     );
   }

@@ -56,7 +56,7 @@ async function namedReplays(name, onFailure) {
   const found = [];
   for (const match of await matching(name, onFailure)) {
     const isFolder = (await statsOf(match))?.isDirectory();
-    found.push(...(isFolder ? await folderReplays(match, onFailure) : [match]));
+    for (const file of isFolder ? await folderReplays(match, onFailure) : [match]) found.push(file);
   }
   return found;
 }
@@ -75,7 +75,7 @@ async function replayPaths(names, onFailure, signal) {
   const found = [];
   for (const name of names) {
     for (const each of name === '-' ? await standardInput(signal) : [name]) {
-      found.push(...(await namedReplays(each, onFailure)));
+      for (const file of await namedReplays(each, onFailure)) found.push(file);
     }
   }
   return found;

@@ -12,6 +12,12 @@ class Recording {
   #known = 0; // events that have been told
   #wasLive = false;
 
+  isOver = false;
+
+  get isLive() {
+    return Boolean(this.document.ReplayFileMeta.bIsLive);
+  }
+
   get recordedAt() {
     return this.document.ReplayFileMeta.Timestamp;
   }
@@ -67,7 +73,8 @@ class Recordings {
     if (recording === undefined) return;
     recording.take(path, document);
     this.#all.set(path, recording);
-    this.#wake(recording);
+    // What follows an end is a new beginning only if it tells something.
+    if (!recording.isOver || recording.hasNews || recording.isLive) this.#wake(recording);
     if (known === undefined) yield this.#tell(recording, 'start');
     else if (recording.hasNews) yield this.#tell(recording, 'events');
     if (recording.hasClosed()) yield this.#end(recording);
@@ -98,11 +105,13 @@ class Recordings {
   }
 
   #wake(recording) {
+    recording.isOver = false;
     this.#quietAt.delete(recording);
     this.#quietAt.set(recording, performance.now() + this.#options.endAfterMs);
   }
 
   #end(recording) {
+    recording.isOver = true;
     this.#quietAt.delete(recording);
     return this.#tell(recording, 'end');
   }

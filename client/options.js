@@ -136,6 +136,7 @@ module.exports = {
   limits,
   matchLimits,
   matchWatchLimits,
+  members,
   pathList,
   watchLimits,
 };

@@ -96,7 +96,15 @@ class ReplayClient {
   // The matches of a folder while they are recorded: match-watch.js. Throws ERR_INVALID_ARGUMENT.
   watchMatches(given) {
     const { endAfterMs, damageNames, ...limits } = options.matchWatchLimits(given);
-    return disposable(watchMatches(() => this.#watch(limits), { endAfterMs, damageNames }));
+    let watch;
+    const matches = watchMatches(() => (watch = this.#watch(limits)), { endAfterMs, damageNames });
+    const end = matches.return.bind(matches);
+    // The generator itself would wait for the next change first.
+    matches.return = async (value) => {
+      await watch?.close();
+      return end(value);
+    };
+    return disposable(matches);
   }
 
   #watch(limits) {

@@ -4,6 +4,7 @@
 const path = require('node:path');
 const { promisify } = require('node:util');
 const deflate = promisify(require('node:zlib').deflate);
+const { members } = require('./options.js');
 const { RecordingPlayerGuess } = require('./recording-player.js');
 const { ColumnPacker } = require('./report-columns.js');
 const { reportPage } = require('./report-page.js');
@@ -57,8 +58,8 @@ function recordingPlayer(given, guess) {
   return { id: ids[0] ?? given, isGuess: false };
 }
 
-function optionsOf(options = {}) {
-  if (typeof options !== 'object' || options === null) throw invalid('options must be an object');
+function optionsOf(given) {
+  const options = members(given, ['title', 'player', 'names']);
   if (options.title !== undefined && typeof options.title !== 'string')
     throw invalid('title must be a string');
   return { title: options.title, player: accountOf(options.player), names: namesOf(options.names) };
@@ -70,7 +71,10 @@ async function* resultsOf(matches) {
     throw invalid('matches must be a match or an iterable');
   const isMany = Symbol.iterator in matches || Symbol.asyncIterator in matches;
   for await (const each of isMany ? matches : [matches]) {
-    yield each.error || each.match ? each : { path: each.path, match: each };
+    const result = each?.error || each?.match ? each : { path: each?.path, match: each };
+    if (!result.error && !Array.isArray(result.match?.players))
+      throw invalid('matches must hold matches, or results of readMatches');
+    yield result;
   }
 }
 

@@ -1,21 +1,32 @@
 'use strict';
-// corvane-replay events: who eliminated whom, as a table.
+// corvane-replay events: who eliminated whom, as a table, or in a pipe as a line of JSON each.
 
-const { readReplay } = require('../../client');
-const { limitsOf, withKey, withLimits } = require('../command-options.js');
+const { readMatch } = require('../../client');
 const { eventTable } = require('../event-table.js');
+const { printable } = require('../failures.js');
+const { withKey, withLimits } = require('../command-options.js');
+const { readingOf, wantsData, withJson } = require('../matches.js');
 
-async function run({ args: [file], options, key, output, signal }) {
-  const document = await readReplay(file, { key, signal, ...limitsOf(options) });
-  await output.write(eventTable(document.events ?? [], output.stream.columns));
+async function run(context) {
+  const { args, options, output, terminal } = context;
+  const reading = readingOf(context);
+  delete reading.concurrency; // one file is read
+  const { document, warnings } = await readMatch(args[0], reading);
+  for (const text of warnings) terminal.write(`corvane-replay: warning: ${printable(text)}\n`);
+  const events = document.events ?? [];
+  if (options.table || !wantsData(options, output))
+    await output.write(eventTable(events, output.stream.columns));
+  else for (const event of events) await output.writeJson(JSON.stringify(event) + '\n');
   return 0;
 }
 
 module.exports = {
   order: 30,
   define: (command) =>
-    withLimits(withKey(command))
-      .description('print who eliminated whom as a table')
+    withJson(withLimits(withKey(command)))
+      .description('print who eliminated whom: a table, or in a pipe a line of JSON for each event')
+      .option('--salvage', 'take what is whole of a replay that is broken or cut short')
+      .option('--table', 'the table in a pipe, too')
       .argument('<file>', 'replay'),
   run,
 };

@@ -14,7 +14,10 @@ const PART_REPLAYS = 500;
 const PART_EVENTS = 60_000;
 
 // Another attempt may fare better, also if the file is the same.
-const PASSING = ['ERR_TIMEOUT', 'ERR_CHILD_LOST', 'ERR_OUT_OF_MEMORY', 'ERR_KEY_REQUIRED', 'ERR_UNREADABLE'];
+const PASSING = [
+  ...['ERR_TIMEOUT', 'ERR_CHILD_LOST', 'ERR_CHILD_START', 'ERR_OUT_OF_MEMORY', 'ERR_KEY_REQUIRED'],
+  'ERR_UNREADABLE',
+];
 
 function shardOf(text) {
   const [, index, count] = /^(\d+)\/(\d+)$/.exec(text)?.map(Number) ?? [];
@@ -34,8 +37,12 @@ function stampOf(file) {
   return { size: stats?.size ?? null, mtimeMs: stats?.mtimeMs ?? null };
 }
 
-function isUnchanged(known, { size, mtimeMs }) {
-  if (known === undefined || PASSING.includes(known.code)) return false;
+// These options are the advice that comes with the failure.
+const isHelped = (code, { salvage, maxMib }) =>
+  (code === 'ERR_CORRUPT' && salvage) || (code === 'ERR_DOCUMENT_TOO_LARGE' && maxMib !== undefined);
+
+function isUnchanged(known, { size, mtimeMs }, options) {
+  if (known === undefined || PASSING.includes(known.code) || isHelped(known.code, options)) return false;
   return known.size === size && known.mtimeMs === mtimeMs;
 }
 
@@ -102,7 +109,7 @@ async function run(context) {
     .filter((file) => isInShard(file, shard))
     .map((file) => ({ path: file, ...stampOf(file) }));
   const todo = options.update
-    ? replays.filter((replay) => !isUnchanged(dataSet.known(replay.path), replay))
+    ? replays.filter((replay) => !isUnchanged(dataSet.known(replay.path), replay, options))
     : replays;
   const { read, failed } = await exportReplays(todo, dataSet, context, tally);
   const unchanged = replays.length - todo.length;

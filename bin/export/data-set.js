@@ -50,8 +50,9 @@ class DataSet {
     return writing(() => {
       for (const name of [...TABLE_NAMES, '_state'])
         fs.mkdirSync(path.join(this.#folder, name), { recursive: true });
-      if (fs.existsSync(this.#commitFile)) this.#apply(readJson(this.#commitFile));
-      this.#removeTemporaries();
+      const shards = this.#shardsToRepair();
+      for (const shard of shards) this.#complete(shard);
+      for (const shard of shards) this.#removeTemporaries(shard);
       this.#load();
     });
   }
@@ -72,16 +73,37 @@ class DataSet {
         const kept = await this.#writeRest(name, paths);
         if (kept !== undefined) add.push(kept);
       }
-      const commit = { add, remove: [...stale] };
-      this.#replaceFile(this.#commitFile, commit);
+      const commit = { format: this.#formatName, add, remove: [...stale] };
+      this.#replaceFile(this.#commitFile(), commit);
       this.#apply(commit);
       for (const name of stale) this.#parts.delete(name);
       for (const name of add) this.#know(name, readJson(this.#stateFile(name)));
     });
   }
 
-  get #commitFile() {
-    return path.join(this.#folder, '_state', `commit-${this.#shard}.json`);
+  // Without shards nobody else is at work, and what others left is completed, too.
+  #shardsToRepair() {
+    if (this.#shard !== '1of1') return [this.#shard];
+    const names = fs.readdirSync(path.join(this.#folder, '_state'));
+    const found = names.map((name) => /^(?:commit-|\.)(\d+of\d+)[.~]/.exec(name)?.[1]).filter(Boolean);
+    return [...new Set([this.#shard, ...found])];
+  }
+
+  #complete(shard) {
+    const file = this.#commitFile(shard);
+    if (!fs.existsSync(file)) return;
+    const commit = readJson(file);
+    this.#checkFormat(commit.format);
+    this.#apply(commit, shard);
+  }
+
+  #checkFormat(format) {
+    if (format === this.#formatName) return;
+    throw usageFailure(`${this.#folder} holds an export as ${format}, and takes no other format`);
+  }
+
+  #commitFile(shard = this.#shard) {
+    return path.join(this.#folder, '_state', `commit-${shard}.json`);
   }
 
   #stateFile(part) {
@@ -97,8 +119,8 @@ class DataSet {
   }
 
   // Engines and this program pass over such names.
-  #temporary(file) {
-    return path.join(path.dirname(file), `.${this.#shard}~${path.basename(file)}`);
+  #temporary(file, shard = this.#shard) {
+    return path.join(path.dirname(file), `.${shard}~${path.basename(file)}`);
   }
 
   #replaceFile(file, content) {
@@ -108,20 +130,22 @@ class DataSet {
   }
 
   // May be done again after it was interrupted. What comes is there before what it replaces goes.
-  #apply({ add, remove }) {
+  #apply({ add, remove }, shard = this.#shard) {
     for (const file of add.flatMap((part) => this.#filesOf(part))) {
-      const temporary = this.#temporary(file);
+      const temporary = this.#temporary(file, shard);
       if (fs.existsSync(temporary)) fs.renameSync(temporary, file);
+      else if (!fs.existsSync(file))
+        throw failureOf('ERR_OUTPUT', `${file} is missing: another run has written here`);
     }
     for (const file of remove.flatMap((part) => this.#filesOf(part))) fs.rmSync(file, { force: true });
-    fs.rmSync(this.#commitFile, { force: true });
+    fs.rmSync(this.#commitFile(shard), { force: true });
   }
 
-  #removeTemporaries() {
+  #removeTemporaries(shard) {
     for (const name of [...TABLE_NAMES, '_state']) {
       const folder = path.join(this.#folder, name);
       for (const file of fs.readdirSync(folder)) {
-        if (file.startsWith(`.${this.#shard}~`)) fs.rmSync(path.join(folder, file), { force: true });
+        if (file.startsWith(`.${shard}~`)) fs.rmSync(path.join(folder, file), { force: true });
       }
     }
   }
@@ -143,9 +167,7 @@ class DataSet {
   }
 
   #know(part, state) {
-    if (state.format !== this.#formatName) {
-      throw usageFailure(`${this.#folder} holds an export as ${state.format}, and takes no other format`);
-    }
+    this.#checkFormat(state.format);
     this.#parts.set(part, state);
     for (const { path: file, ...was } of state.replays) this.#owners.set(file, { part, ...was });
   }

@@ -9,7 +9,9 @@ const fs = require('node:fs');
 
 const ROW_GROUP = 100_000;
 // What a spreadsheet takes for the beginning of a formula; the wide forms do as well.
-const FORMULA = /^[=+\-@\t\r\uff1d\uff0b\uff0d\uff20]/;
+const FORMULA = /^\s*[=+\-@\t\r\uff1d\uff0b\uff0d\uff20]/;
+// Where the list separator is another one than the comma, a spreadsheet divides a cell there.
+const DIVIDED = /([;\t|]\s*)(?=[=+\-@])/g;
 
 const timestampText = (microseconds) => {
   const ms = Math.floor(microseconds / 1000);
@@ -31,7 +33,7 @@ function csvCell(cell, { type }) {
   if (cell === null) return null;
   if (type === 'timestamp') return timestampText(cell);
   if (type !== 'text') return String(cell);
-  const text = cell.replace(/[\r\n]+/g, ' ');
+  const text = cell.replace(/[\r\n]+/g, ' ').replace(DIVIDED, "$1'");
   return FORMULA.test(text) ? `'${text}` : text;
 }
 

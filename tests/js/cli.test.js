@@ -140,7 +140,7 @@ test('on a terminal the JSON of a name cannot steer it, and says the same', asyn
 test('sample writes a replay to try, and keeps a file that is there', () => {
   assert.equal(cli(['sample']).status, 0);
   const bytes = fs.readFileSync(inFolder('match.replay'));
-  assert.match(cli(['events', 'match.replay']).stdout, /knocked down/);
+  assert.match(cli(['events', 'match.replay']).stdout, /"knocked":true/);
   fs.writeFileSync(inFolder('match.replay'), 'mine');
   assert.equal(cli(['sample', 'match.replay']).status, 12);
   assert.equal(fs.readFileSync(inFolder('match.replay'), 'utf8'), 'mine');
@@ -162,7 +162,7 @@ test('the table of events is aligned, and a name cannot steer the terminal', () 
   ];
   fs.writeFileSync(inFolder('table'), w.replay({}, ...events));
   assert.equal(
-    cli(['events', 'table']).stdout,
+    cli(['events', '--table', 'table']).stdout,
     `       TIME  WHO          DID           WHOM                              DISTANCE  DAMAGE
 0:00:01.234  [31mSøren玩  knocked down  abababababababababababababababab     5.0 m       0
 1:15:10.123  Unnamed Bot  eliminated    ?                                        ?      12

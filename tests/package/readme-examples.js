@@ -64,6 +64,7 @@ function testCommands(host, folder, readme) {
     const program = path.join('node_modules', 'corvane_napi', 'bin', 'corvane-replay.js');
     for (const line of lines.filter((each) => !each.endsWith('watch'))) {
       const [, , ...args] = line.split(' ');
+      if (args[0] === 'events') args.push('--table'); // as on a terminal
       const { status, stdout, stderr } = runIn(host, folder, [program, ...args]);
       assert.equal(status, 0, `${line}\n${stderr}`);
       if (args[0] === 'events') assert.equal(stdout, output);
