@@ -143,7 +143,7 @@ TEST(BinaryReader, a_stream_failure_has_one_text) {
         std::istream stream(buffer);
         stream.exceptions(std::ios_base::failbit | std::ios_base::badbit);
         BinaryReader reader(&stream, LittleEndian, false);
-        EXPECT_THAT([&] { operation(reader); },
+        EXPECT_THAT(([&reader, &run = operation] { run(reader); }),
                     testing::ThrowsMessage<std::ios_base::failure>(testing::StartsWith(text)));
         EXPECT_STREQ(reader.failureText(), text);
     }
