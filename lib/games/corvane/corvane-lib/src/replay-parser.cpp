@@ -106,7 +106,7 @@ std::string ReplayParser::TakeText(nlohmann::json::error_handler_t handler) {
         nlohmann::json& events = m_document.json["events"] = nlohmann::json::array();
         if (isStrict) events.push_back(*m_events.InvalidText());
     }
-    const std::string rest = m_document.json.dump(1, ' ', false, handler);
+    std::string rest = m_document.json.dump(1, ' ', false, handler);
     std::string text = m_events.Take();
     if (text.empty()) return rest;
 
