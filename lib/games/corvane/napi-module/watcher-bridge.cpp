@@ -101,7 +101,7 @@ std::filesystem::path Existing(const std::optional<std::wstring>& folder) {
         if (const auto demos = util::LocateDemoFolder()) return *demos;
         throw Refusal({"ERR_NO_DEMO_FOLDER", kFolderError});
     }
-    const std::filesystem::path path = util::platform::PathFromWide(*folder);
+    std::filesystem::path path = util::platform::PathFromWide(*folder);
     std::error_code error;
     if (std::filesystem::exists(path, error)) return path;
     throw Refusal({"ERR_NO_DEMO_FOLDER", error ? error.message() : "there is no such folder"});
