@@ -1,4 +1,5 @@
-// The add-on's entry: registers the module "corvane_napi" and publishes its three functions.
+// The add-on's entry: registers the module "corvane_napi" and publishes its three functions, and two for the
+// client alone.
 #include <napi.h>
 
 #include "games/corvane/napi-module/read-corvane-demo.h"
