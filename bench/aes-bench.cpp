@@ -60,7 +60,7 @@ bool Decrypt(AesPath path, Text& text) {
                       nullptr) == 0;
 }
 
-// Times decrypt(text) after a look at whether its result is OpenSSL's.
+// Checks that decrypt(text) gives OpenSSL's result, then times it.
 template <typename Function>
 void Run(benchmark::State& state, Text& text, const Function& decrypt) {
     if (!OpenSsl(text).decrypt(text)) return state.SkipWithError("OpenSSL failed");

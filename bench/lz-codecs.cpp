@@ -18,18 +18,18 @@ namespace {
 
 using Span = std::span<const std::uint8_t>;
 
-// Spends on speed what the size may have above zstd-9's, 15 per cent. Longer chains of candidates cost
-// minutes where they no longer fit into the cache.
+// The stream may be 15 per cent larger than zstd-9's; this spends the difference on decoding speed. Longer
+// chains of candidates would cost minutes where they no longer fit into the cache.
 Bytes CompressOwn(Span raw) {
     lz::CompressOptions options;
     if (raw.size() > 1 << 20) options.parse.chain = 24;
     options.parse.command_bits = 18;
-    options.parse.min_distance = 16;  // nearer matches leave the decoder's usual way
+    options.parse.min_distance = 16;  // nearer matches are slower to decode
     options.store_growth = 0.15;
     return lz::Compress(raw, options).bytes;
 }
 
-// With the decoder's memory kept from call to call, as zstd's is.
+// Keeps the decoder's memory from call to call, as zstd does.
 bool DecodeOwn(Span compressed, std::span<std::uint8_t> raw) {
     static std::array<std::uint8_t, OodleLZ_ThreadPhased_BlockDecoderMemorySizeNeeded> memory;
     const auto size = static_cast<std::ptrdiff_t>(raw.size());

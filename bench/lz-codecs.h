@@ -1,4 +1,4 @@
-// The LZ decoders that are measured, and what compresses for each of them.
+// The LZ decoders that are measured, and the compressor of each.
 #pragma once
 
 #include <array>
@@ -15,11 +15,11 @@ using Bytes = std::vector<std::uint8_t>;
 
 struct Codec {
     std::string name;
-    std::string stream;  // what its compressed data is called; zlib and libdeflate decode the same
+    std::string stream;  // the name of its compressed data; zlib and libdeflate decode the same
     Bytes (*compress)(std::span<const std::uint8_t> raw);  // null: another codec's stream
-    // raw has the size that the data was compressed from. False if that is not what came out.
+    // raw has the size of the data before compression. Returns false unless exactly that many bytes come out.
     bool (*decode)(std::span<const std::uint8_t> compressed, std::span<std::uint8_t> raw);
-    std::size_t largest = kSizes.back();  // what it is given to compress at most, for the time that takes
+    std::size_t largest = kSizes.back();  // the most bytes it compresses, since that takes time
 };
 
 const std::vector<Codec>& Codecs();

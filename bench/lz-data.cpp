@@ -1,6 +1,6 @@
-// lz_data DATASET BYTES FOLDER: writes what lz_bench decodes, so many raw bytes of one data set and each
-// codec's compressed form of them. Compressing takes minutes, so it is not part of a measurement, and a file
-// that is there is left as it is.
+// lz_data DATASET BYTES FOLDER: writes the files that lz_bench decodes: the raw bytes of one data set, and
+// each codec's compressed form of them. Compressing takes minutes, so it is not part of a measurement.
+// Existing files stay as they are.
 #include <cstdio>
 #include <filesystem>
 #include <fstream>

@@ -4,7 +4,7 @@
 
 namespace bench {
 
-// The listing brings the times along, be it those of when the files were last closed.
+// The listing includes the times, but only those of each file's last close.
 std::int64_t SumOfSystemListing(const std::wstring& folder) {
     WIN32_FIND_DATAW entry;
     const HANDLE search = FindFirstFileExW((folder + L"\\*").c_str(), FindExInfoBasic, &entry,

@@ -54,7 +54,7 @@ std::vector<double> Medians(const std::vector<std::function<void()>>& functions)
     return medians;
 }
 
-std::int64_t g_sum = 0;  // keeps what is only listed from being optimised away
+std::int64_t g_sum = 0;  // keeps the compiler from removing the listings
 
 void Measure(const fs::path& parent, int files, const char* separator) {
     const std::wstring folder = MakeFolder(parent, files);

@@ -58,7 +58,7 @@ int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
         std::ssize(input));
     std::istream stream(&window);
     stream.exceptions(std::ios_base::failbit | std::ios_base::badbit);
-    // Of a position past the end the other stream says so at once, the window when it is read.
+    // At a position past the end the other stream fails at once, the window only when it is read.
     fuzz::Require(outcome == Run(stream, key, resume) || resume.Offset > input.size(),
                   "a window changes nothing");
 

@@ -1,5 +1,5 @@
-// What the fuzz targets share: input that is handed on in blocks of exactly its size, so that a read past its
-// end is seen, and the failures that a reader of hostile files is allowed.
+// Shared by the fuzz targets: blocks of exactly the input's size, so that a read past the end is seen, and
+// the failures that a reader of hostile files may have.
 #pragma once
 
 #include <algorithm>
@@ -24,7 +24,7 @@ class ExactBlock {
         : m_size(bytes.size()), m_bytes(new std::uint8_t[bytes.size()]) {
         std::copy(bytes.begin(), bytes.end(), m_bytes.get());
     }
-    // For output: of any content.
+    // For output; the content is unspecified.
     explicit ExactBlock(std::size_t size) : m_size(size), m_bytes(new std::uint8_t[size]) {}
 
     std::span<std::uint8_t> Span() { return {m_bytes.get(), m_size}; }
@@ -36,7 +36,7 @@ class ExactBlock {
     std::unique_ptr<std::uint8_t[]> m_bytes;
 };
 
-// Takes a target's settings from the front of its input; what an input is too short for is 0.
+// Takes a target's settings from the front of its input. Settings missing from a short input are 0.
 class Settings {
   public:
     explicit Settings(std::span<const std::uint8_t> input) : m_rest(input) {}
@@ -54,16 +54,16 @@ class Settings {
     std::span<const std::uint8_t> m_rest;
 };
 
-// A promise that did not hold. Aborts, which is what the fuzzer takes for a finding.
+// Aborts if a promise does not hold. The fuzzer reports that as a finding.
 inline void Require(bool holds, const char* what) {
     if (holds) return;
     std::fprintf(stderr, "not so: %s\n", what);
     std::abort();
 }
 
-// Runs what reads a replay. Unreadable replays fail in two ways: std::runtime_error (ReplayException and
+// Runs code that reads a replay. Unreadable replays fail in two ways: std::runtime_error (ReplayException and
 // stream failures among them) and the container's plain C strings. A name that is no UTF-8 makes the dump
-// fail. Everything else that is thrown leaves, and is a finding.
+// fail. Any other exception passes through and is a finding.
 template <typename Read>
 bool ReadsOrFails(Read read) {
     try {

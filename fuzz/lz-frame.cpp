@@ -34,7 +34,7 @@ fuzz::LzOutcome Run(std::uint32_t flags, std::size_t rawLen, std::span<const std
                              .decoderMemorySize = static_cast<std::ptrdiff_t>(memory.size()),
                              .threadPhase = phased ? OodleLZ_Decode_ThreadPhase1 : OodleLZ_Decode_Unthreaded};
     fuzz::LzOutcome outcome;
-    // What the second phase finds when the first one failed.
+    // After a failed phase 1, phase 2 finds zeros.
     std::ranges::fill(memory.Span(), std::uint8_t{0});
     outcome.result = oo2::Decompress(args, path);
     if (phased) {
@@ -51,7 +51,7 @@ fuzz::LzOutcome Run(std::uint32_t flags, std::size_t rawLen, std::span<const std
 int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
     fuzz::Settings settings({data, size});
     const std::uint32_t flags = settings.Take(1);
-    // Of a threaded call the raw length is a block's at most.
+    // A threaded call decodes at most one block.
     const std::size_t limit = (flags & 32) != 0 ? OODLELZ_BLOCK_LEN : kMaxRawLen;
     const std::size_t rawLen = settings.Take(3) % (limit + 1);
     const fuzz::LzOutcome outcome =

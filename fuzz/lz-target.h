@@ -10,7 +10,7 @@
 
 namespace fuzz {
 
-// Every line is formatted, so that a format that does not fit its arguments is found, and goes nowhere.
+// Formats every line, to find formats that do not fit their arguments, and drops it.
 inline void FormatLine(int, const char*, int, const char* format, ...) {
     char text[512];
     std::va_list args;
@@ -21,11 +21,11 @@ inline void FormatLine(int, const char*, int, const char* format, ...) {
 
 struct LzOutcome {
     std::ptrdiff_t result = 0;
-    std::vector<std::uint8_t> raw;  // empty after a failure: what it left does not matter
+    std::vector<std::uint8_t> raw;  // empty after a failure, which leaves unspecified bytes
     bool operator==(const LzOutcome&) const = default;
 };
 
-// run: gives the outcome of the path that it is called with.
+// run(path) returns the outcome of that path.
 template <typename Run>
 LzOutcome OnBothPaths(const Run& run) {
     Oodle_SetLogHook(&FormatLine);

@@ -46,7 +46,8 @@ std::optional<Coded> EncodeContents(ByteSpan raw, ArrayType type) {
     }
 }
 
-// Plain framing decodes slower than the split one, tANS slower still: what they must save to be chosen.
+// Plain framing decodes slower than split framing, and tANS slower still. Each must save this share to be
+// chosen.
 constexpr double kPlainGain = 0.005;
 constexpr double kTansGain = 0.1;
 

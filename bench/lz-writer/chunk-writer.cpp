@@ -70,8 +70,7 @@ struct ArrayChoices {
     ArrayOptions excesses;
 };
 
-// Arrays are stored whose coding saves least for a symbol, until the chunk has grown by as many bytes as it
-// may.
+// Stores the arrays whose coding saves least per symbol, until the chunk has grown by at most `growth` bytes.
 ArrayChoices StoreArrays(const Streams& streams, ByteSpan offset_codes, size_t growth) {
     struct Array {
         ByteSpan raw;
@@ -110,7 +109,7 @@ Coded Payload(const Streams& streams, const OffsetCodes& offsets, bool count_byt
     return out;
 }
 
-// Nothing when it is no smaller than the bytes.
+// Nothing if the chunk is no smaller than its raw bytes.
 std::optional<Coded> EncodeLz(ByteSpan raw, size_t start, size_t size, bool first,
                               const std::vector<Command>& commands, double store_growth) {
     if (size < kMinLzChunk) return std::nullopt;

@@ -9,10 +9,10 @@ namespace lz {
 constexpr size_t kChunkSize = 0x20000;
 constexpr size_t kMinLzChunk = 128;
 
-// The chunk of `size` bytes from `start`, with its header, from commands that cover it (from byte 8 on when
-// `first` is set: nothing has been decoded since the last reset, and the first 8 bytes go ahead of all).
-// store_growth: the share of the chunk by which it may grow for arrays that are stored instead of coded, and
-// so faster to decode.
+// Writes the chunk of `size` bytes from `start`, header included. `commands` cover it. If `first` is set,
+// nothing has been decoded since the last reset: the commands then begin at byte 8, and the first 8 bytes
+// stand in front. store_growth: the share by which the chunk may grow for arrays that are stored, which
+// decode faster.
 Coded EncodeChunk(ByteSpan raw, size_t start, size_t size, bool first, const std::vector<Command>& commands,
                   double store_growth);
 

@@ -1,4 +1,4 @@
-// What the parts of the LZ stream writer hand to one another.
+// The data that the parts of the LZ stream writer pass to each other.
 #pragma once
 
 #include <algorithm>

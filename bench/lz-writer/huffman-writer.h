@@ -7,8 +7,7 @@
 
 namespace lz {
 
-// split: type 4, two halves of three streams. Nothing when this array cannot be coded so (too short, too
-// long).
+// split: type 4, two halves of three streams. Nothing if the array is too short or too long for this coding.
 std::optional<Coded> EncodeHuffman(ByteSpan raw, bool split);
 
 }  // namespace lz

@@ -1,5 +1,5 @@
-// Hash chains with lazy matching. What a match is worth is estimated in bits: what its bytes would cost as
-// literals less what its command and offset cost.
+// Hash chains with lazy matching. The worth of a match is estimated in bits: the cost of its bytes as
+// literals, less the cost of its command and offset.
 #include "lz-writer/parser.h"
 
 #include <cmath>
@@ -13,11 +13,11 @@ constexpr unsigned kMaxHashBits = 19;
 constexpr size_t kHashBytes = 5;            // a match of 4 hardly pays for a new offset
 constexpr double kLiteralBits = 8;          // coded it has fewer, but takes time to decode
 constexpr double kOffsetBits = 4.5;         // of an offset's code, besides its raw bits
-constexpr uint32_t kFarDistance = 1 << 20;  // from here on a match is worth so many bits less: its source is
-constexpr double kFarBits = 20;             // not in the processor's second cache
+constexpr uint32_t kFarDistance = 1 << 20;  // from here on sources are not in the second cache,
+constexpr double kFarBits = 20;             // so a match is worth this many bits less
 constexpr size_t kShortLimit = 16;          // the longest match without an excess
-constexpr size_t kLongMargin = 8;           // a longer one ends so far before the chunk's end
-constexpr double kLazyGain = 1.5;           // bits that a match must save more for each byte that it is later
+constexpr size_t kLongMargin = 8;           // a longer one ends this far before the chunk's end
+constexpr double kLazyGain = 1.5;           // bits that a later match must save more, per byte
 
 unsigned HashBits(size_t size) {
     return std::clamp(static_cast<unsigned>(std::bit_width(size)), kMinHashBits, kMaxHashBits);
@@ -29,8 +29,7 @@ size_t CommonLength(const uint8_t* a, const uint8_t* b, size_t limit) {
     return length;
 }
 
-// The longest match not above `length` that the rules on the chunk's end allow, with `left` bytes to that
-// end.
+// The longest match up to `length` that the rules for the chunk's end allow; `left` bytes remain to that end.
 size_t AllowedLength(size_t length, size_t left) {
     if (length <= kShortLimit) return length;
     return std::max(kShortLimit, std::min(length, left - std::min(left, kLongMargin)));

@@ -1,4 +1,4 @@
-// The order of the checks, the choice of the path and the padding; the cipher itself is in aes/.
+// Checks the arguments, chooses the path and removes the padding. The cipher itself is in aes/.
 #include "util/aes.h"
 
 #include <algorithm>
@@ -12,7 +12,7 @@ const AesImplementation& ImplementationOf(AesPath path) {
     return useNi ? kAesNiImplementation : kAesTableImplementation;
 }
 
-// Writes the last block without its padding to the output, which has room for capacity bytes.
+// Writes the last block without its padding. The output has room for capacity bytes.
 int WriteWithoutPadding(const std::array<std::uint8_t, kAesBlockBytes>& block, std::uint8_t* output,
                         std::size_t capacity, std::uint32_t* paddingLength) {
     const std::size_t padding = block.back();

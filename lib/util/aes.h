@@ -19,14 +19,14 @@ enum AesResult : int {
     kAesInvalidPadding = 4,
 };
 
-// A key that is set up once for any number of calls. Its memory is wiped when the object ends.
+// A key, set up once for any number of calls. Its memory is wiped when the object ends.
 class AesKey {
   public:
-    // key: keyLength bytes, which are not needed afterwards. Unless there are 16, 24 or 32 of them (AES-128,
-    // -192, -256), AesDecrypt refuses the key.
+    // key: keyLength bytes, not needed afterwards. AesDecrypt refuses a key that has not 16, 24 or 32 bytes
+    // (AES-128, -192, -256).
     AesKey(const std::uint8_t* key, std::size_t keyLength, AesPath path = AesPath::Automatic);
 
-    // Null if the length is wrong.
+    // Null if the key's length is wrong.
     const AesDecryptionKey* Expanded() const { return m_expanded ? &*m_expanded : nullptr; }
     const AesImplementation& Implementation() const { return m_implementation; }
 
@@ -35,24 +35,24 @@ class AesKey {
     std::optional<AesDecryptionKey> m_expanded;
 };
 
-// Decrypts inputLength bytes, every 16-byte block on its own. Returns an AesResult; all lengths are in bytes.
+// Decrypts inputLength bytes, each 16-byte block on its own. Returns an AesResult. All lengths are in bytes.
 //
-// Without paddingLength (null) the output gets inputLength bytes, padding included. With it, the value of the
-// last plaintext byte is stored there as soon as that is known, and so many bytes less are written; a value
-// over 16, or padding bytes that differ from it, are kAesInvalidPadding. A value of 0 is accepted and removes
-// nothing. outputCapacity may then be as small as what is left. When kAesInvalidPadding or a capacity that
-// turns out too small ends the call, all blocks but the last have been written.
+// With a null paddingLength the output gets inputLength bytes, padding included. Otherwise *paddingLength
+// gets the value of the last plaintext byte, and the output gets that many bytes less. A value over 16, or
+// padding bytes that differ from it, are kAesInvalidPadding. A value of 0 is accepted and removes nothing.
+// outputCapacity may be as small as what remains. If the call ends with kAesInvalidPadding, or with a
+// capacity that is too small for what remains, all blocks but the last have been written.
 //
 // The output may be the input itself; otherwise the two must not overlap. No pointer needs an alignment. An
-// empty input has no last block: it succeeds with no byte read or written and a padding length of 0, and
-// callers for which that is no success must check first.
+// empty input has no last block: the call succeeds, touches no byte and sets the padding length to 0. Callers
+// for whom that is no success must check first.
 //
-// Any thread. Not meant for secrets that others on the machine may not time: on a processor without AES
+// Any thread. Not for secrets that others on the machine could find out by measuring time: without AES
 // instructions the time depends on the data.
 int AesDecrypt(const std::uint8_t* input, std::size_t inputLength, const AesKey& key, std::uint8_t* output,
                std::size_t outputCapacity, std::uint32_t* paddingLength);
 
-// The same with a key of keyLength bytes that is set up for this call.
+// The same with a key of keyLength bytes, set up for this call.
 int AesDecrypt(const std::uint8_t* input, std::size_t inputLength, const std::uint8_t* key,
                std::size_t keyLength, std::uint8_t* output, std::size_t outputCapacity,
                std::uint32_t* paddingLength);

@@ -1,4 +1,4 @@
-// The reader over standard input streams.
+// Reads values from standard input streams.
 #include "util/binary-reader.h"
 
 #include <algorithm>
@@ -16,7 +16,7 @@ using orvel::util::LoadBigEndian;
 using orvel::util::LoadLittleEndian;
 using orvel::util::WithFailureText;
 
-// Up to here a length is believed without asking the stream for its size, which costs more than the memory.
+// Lengths up to here are believed: asking the stream for its size costs more than the memory.
 constexpr std::uint64_t kBelievedBytes = 4096;
 
 }  // namespace
@@ -97,10 +97,10 @@ std::string BinaryReader::readTerminatedString(char terminator) {
     }
     std::string text;
     WithFailureText(m_stream, [&] {
-        std::array<char, kBelievedBytes + 1> block;  // one for the zero that get() adds
+        std::array<char, kBelievedBytes + 1> block;  // one more for the zero that get() appends
         std::size_t count = 0;
         do {
-            // Looked at first, since to get() nothing before the terminator is a failure.
+            // get() fails if the terminator comes first, so that case is tested before.
             if (m_stream.peek() == std::istream::traits_type::to_int_type(terminator)) break;
             m_stream.get(block.data(), block.size(), terminator);
             count = static_cast<std::size_t>(m_stream.gcount());
@@ -128,7 +128,7 @@ std::optional<std::size_t> BinaryReader::distanceTo(char byte) {
     std::size_t count = 0;
     bool found = false;
     do {
-        // Past the stream's own state: the end of the data is no failure here, but a device that fails is.
+        // Reads the buffer directly: here the end of the data is no failure, but a failing device is.
         try {
             count = static_cast<std::size_t>(m_stream.rdbuf()->sgetn(block.data(), std::ssize(block)));
         } catch (const std::ios_base::failure&) {
@@ -152,7 +152,7 @@ std::wstring BinaryReader::readWString(std::uint32_t count) {
         return {};
     }
     std::wstring text(static_cast<std::size_t>(count), L'\0');
-    // Through a block on the stack, so that the stored form is never held as a whole beside the wide one.
+    // Through a block on the stack, so that the stored form never fills memory beside the wide one.
     std::array<char, 1024> block;
     for (std::span<wchar_t> rest = text; !rest.empty() && !fail();) {
         const std::size_t units = std::min<std::size_t>(rest.size(), block.size() / kUnitBytes);
@@ -189,7 +189,7 @@ std::uint64_t BinaryReader::remaining() {
         return static_cast<std::uint64_t>(std::max<std::int64_t>(m_window->Size() - m_window->Position(), 0));
     }
     const std::int64_t here = tellg();
-    // No position: a stream over memory, whose buffer holds all there is.
+    // Without positions the stream is over memory, and its buffer holds all there is.
     if (here < 0)
         return static_cast<std::uint64_t>(std::max<std::streamsize>(m_stream.rdbuf()->in_avail(), 0));
     return WithFailureText(m_stream, [&] {
@@ -209,7 +209,7 @@ void BinaryReader::clear() {
 }
 
 bool BinaryReader::holds(std::uint64_t length) {
-    // A 32-bit size cannot name more than this, whatever the file holds.
+    // A 32-bit process cannot hold more than this, whatever the file has.
     return std::in_range<std::ptrdiff_t>(length) && length <= remaining();
 }
 

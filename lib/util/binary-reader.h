@@ -1,4 +1,4 @@
-// Fixed-width values, byte runs and strings from a standard input stream.
+// Reads fixed-width values, bytes and strings from a standard input stream.
 #pragma once
 
 #include <concepts>
@@ -14,22 +14,23 @@
 
 namespace CppUtilities {
 
-// The byte order of integers that are read without naming one: 0 is little-endian, anything else big-endian.
+// The byte order of integers for the functions that do not name one: 0 little-endian, any other value
+// big-endian.
 enum Endianess : int { LittleEndian = 0, BigEndian = 1 };
 
 template <typename T>
 concept ByteValue = std::same_as<T, char> || std::same_as<T, std::uint8_t>;
 
-// A reader over a stream. A read that the stream cannot satisfy sets the stream's eofbit and failbit; the
-// stream's exception mask decides whether that throws std::ios_base::failure (its text is the one of
-// stream-failure.h). If it does not throw, integers keep the value they had, integers and strings that are
-// returned are 0 and empty, and all later reads fail too.
+// Reads from a stream. A read that the stream cannot satisfy sets the stream's eofbit and failbit. The
+// stream's exception mask decides whether that throws std::ios_base::failure (with the text of
+// stream-failure.h). If not, integer arguments keep their value, returned integers are 0, returned strings
+// are empty, and all later reads fail too.
 //
-// Lengths may come from hostile files: memory is taken for them only once the stream is known to hold as
-// much, and for a string of more than a page only once its end is found. One thread at a time.
+// Lengths may come from hostile files. So memory is taken only when the stream is known to hold that much;
+// for a string of more than a page, only when its end is found. One thread at a time.
 class BinaryReader {
   public:
-    // stream: not null; it must outlive the reader, or is deleted with it if giveOwnership is true. It keeps
+    // stream: not null. With giveOwnership the reader deletes it, else it must outlive the reader. It keeps
     // its buffer.
     BinaryReader(std::istream* stream, Endianess endianess, bool giveOwnership);
     BinaryReader(const BinaryReader&) = delete;
@@ -41,49 +42,50 @@ class BinaryReader {
     std::int32_t readInt32LE();
     std::int32_t readInt32BE();
 
-    // Exactly length bytes.
+    // Reads exactly length bytes.
     void read(char* buffer, std::streamsize length);
-    // Exactly length bytes; the vector is resized to them, or emptied if the stream does not hold so many.
+    // Reads exactly length bytes. The vector gets this size, or is emptied if the stream does not hold as
+    // many.
     template <ByteValue Byte>
     void read(std::vector<Byte>& bytes, std::uint64_t length);
-    // A string with a 32-bit length in bytes before it.
+    // Reads a string with its 32-bit length in bytes before it.
     void read(std::string& text);
-    // The bytes before the terminator, which is consumed.
+    // Reads the bytes up to the terminator, and the terminator, which is not part of the result.
     std::string readTerminatedString(char terminator = '\0');
     // count 16-bit little-endian units, one per wchar_t.
     std::wstring readWString(std::uint32_t count);
     // Passes over length bytes.
     void skip(std::uint64_t length);
 
-    // The position in bytes from the stream's start; -1 if the stream has none.
+    // The position in bytes from the stream's start; -1 if the stream has no positions.
     std::int64_t tellg();
     void seekg(std::int64_t position);
-    // The number of bytes from here to the end; 0 for a stream that has failed.
+    // The number of bytes from here to the end; 0 if the stream has failed.
     std::uint64_t remaining();
-    // Treats the data as run out: eofbit and failbit.
+    // Acts as if the data had run out: sets eofbit and failbit.
     void runOut();
     void clear();
     bool eof() const { return m_stream.eof(); }
     bool fail() const { return m_stream.fail(); }
-    // The text for the stream's present state; static.
+    // The text for the stream's present state; a static string.
     const char* failureText() const { return orvel::util::StreamFailureText(m_stream.rdstate()); }
 
   private:
     template <typename Word>
     bool readWord(Word& value, bool bigEndian);
-    // The stream's window while the stream is good, so that what lies in it is taken without a call of the
-    // stream, which costs more than the bytes; null for a stream over anything else.
+    // The stream's window, or null if the stream is over something else or not good. Bytes in the window are
+    // taken from there directly: calling the stream costs more than the bytes.
     orvel::util::WindowBuf* window() const { return m_stream.good() ? m_window : nullptr; }
-    // The next length bytes if they lie in the window, which then moves on; else null.
+    // If the next length bytes lie in the window, takes them; else null.
     const char* takeHeld(std::size_t length);
-    // Appends the bytes before the terminator, which is consumed. Only for a stream that has positions.
+    // Appends the bytes up to the terminator, and takes the terminator. Only for streams with positions.
     void appendTerminated(std::string& text, char terminator);
-    // The number of bytes before the next one of this value; nothing if there is none or memory cannot hold
-    // as many. The position stays.
+    // The number of bytes before the next byte of this value; nothing if there is none, or more than memory
+    // can hold. Keeps the position.
     std::optional<std::size_t> distanceTo(char byte);
-    // Whether the stream has so many more bytes.
+    // Whether the stream has at least length more bytes.
     bool holds(std::uint64_t length);
-    // The same, but a small length is believed without asking the stream, which costs more than the memory.
+    // The same, but small lengths are believed: asking the stream costs more than the memory.
     bool isCredible(std::uint64_t length);
 
     std::istream& m_stream;

@@ -1,4 +1,4 @@
-// Numbers from bytes: the one way in which they are loaded.
+// Loads numbers from bytes. All code uses these functions.
 #pragma once
 
 #include <bit>
@@ -7,7 +7,7 @@
 
 namespace orvel::util {
 
-// The bytes that a number has in memory, in the other order.
+// The number with its bytes in the other order.
 template <std::unsigned_integral Word>
 constexpr Word ReverseBytes(Word word) {
     if constexpr (sizeof(Word) == 8) return __builtin_bswap64(word);
@@ -16,7 +16,7 @@ constexpr Word ReverseBytes(Word word) {
     return word;
 }
 
-// sizeof(Word) bytes at any address.
+// Loads sizeof(Word) bytes from any address.
 template <std::unsigned_integral Word>
 Word LoadLittleEndian(const void* bytes) {
     Word word;

@@ -1,16 +1,15 @@
-// Lines for the person who runs the host program.
+// Lines for the person who runs the host.
 #pragma once
 
 #include <string_view>
 
 namespace orvel::util {
 
-// Writes the text to the C library's standard output, whose buffer may keep it until a ConsoleFlush ends: a
-// damaged replay can have a million lines. Any thread; texts of several threads are not mixed.
+// Writes text to the C library's standard output. The lines may stay in its buffer until a ConsoleFlush ends:
+// a damaged replay can have a million lines. Any thread; the texts of several threads do not mix.
 void WriteConsole(std::string_view text);
 
-// Stands in an operation that writes lines, such as a parse: they are out when the operation ends, whichever
-// way it does.
+// Put one into each operation that writes lines, such as a parse. When it ends, the lines are written out.
 struct ConsoleFlush {
     ConsoleFlush() = default;
     ~ConsoleFlush();

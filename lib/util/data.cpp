@@ -7,7 +7,7 @@
 namespace orvel::util::data {
 
 bool decrypt(std::vector<std::uint8_t>& data, const AesKey& key) {
-    // The block routine must not be given nothing: it has a last block.
+    // The cipher has no last block to look at in empty data.
     if (data.empty()) return false;
     if (AesDecrypt(data.data(), data.size(), key, data.data(), data.size(), nullptr) == kAesSuccess)
         return true;
@@ -29,8 +29,8 @@ bool decompress(const std::uint8_t* compressed, std::int32_t compressedSize, std
 }
 
 std::uint64_t largestDecompressedSize(std::uint64_t compressedSize) {
-    // A whole block takes at least its header, 2 bytes, and a quantum that fills it: a header of 3 bytes and
-    // 1 more. The last block may be short, and then take less.
+    // A whole block takes at least its header (2 bytes) and one quantum (3 bytes of header and 1 more). The
+    // last block is shorter and may take less.
     constexpr std::uint64_t kSmallestBlockBytes = 6;
     return (compressedSize / kSmallestBlockBytes + 1) * OODLELZ_BLOCK_LEN;
 }

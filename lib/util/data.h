@@ -1,4 +1,4 @@
-// What is done to the bytes of a chunk payload after they are read: decryption and decompression.
+// Decryption and decompression of payloads.
 #pragma once
 
 #include <cstdint>
@@ -8,17 +8,17 @@
 
 namespace orvel::util::data {
 
-// AES in ECB mode (FIPS-197, SP 800-38A) over all of data in place; padding stays as it is. False, and data
-// is empty, if there was nothing to decrypt or, after a line on standard output, if the length of data is no
-// multiple of 16 or that of the key not 16, 24 or 32. Any thread.
+// Decrypts all of data in place: AES in ECB mode (FIPS-197, SP 800-38A); padding stays. Returns false and
+// empties data if data is empty, or, after a line on standard output, if its length is no multiple of 16 or
+// the key has not 16, 24 or 32 bytes. Any thread.
 bool decrypt(std::vector<std::uint8_t>& data, const AesKey& key);
 
-// Decodes compressedSize bytes into out, whose size the caller has set to the decompressed length. False,
-// after a line on standard output, if that fails; out then holds anything. Any thread.
+// Decodes compressedSize bytes into out, which already has the decompressed size. Returns false, after a line
+// on standard output, if that fails; the content of out is then unspecified. Any thread.
 bool decompress(const std::uint8_t* compressed, std::int32_t compressedSize, std::vector<std::uint8_t>& out);
 
-// No stream of so many bytes decodes to more than this: what is checked before memory is taken for a claimed
-// size.
+// The most bytes that a stream of this size can decode to. Checked before memory is taken for a size that a
+// file claims.
 std::uint64_t largestDecompressedSize(std::uint64_t compressedSize);
 
 }  // namespace orvel::util::data

@@ -4,7 +4,7 @@
 namespace orvel::util {
 
 MemBuf::MemBuf(const std::uint8_t* data, std::size_t size) {
-    // The buffer's interface wants char*, though nothing is ever written through a get area.
+    // std::streambuf asks for char*, but nothing writes through a get area.
     char* first = const_cast<char*>(reinterpret_cast<const char*>(data));
     setg(first, first, first + size);
 }

@@ -1,5 +1,5 @@
-// One wording for stream failures: the standard libraries each have their own text for a stream exception,
-// and what the add-on reports must not depend on which of them it was built with.
+// One text for each stream failure. The standard libraries have different texts, but the add-on must report
+// the same whichever library it is built with.
 #pragma once
 
 #include <ios>
@@ -7,13 +7,13 @@
 
 namespace orvel::util {
 
-// "ios_base::badbit set" or "ios_base::failbit set", whichever the state's worst flag is. The text is static.
+// "ios_base::badbit set" or "ios_base::failbit set", by the worst flag of the state. A static string.
 inline const char* StreamFailureText(std::ios_base::iostate state) {
     return (state & std::ios_base::badbit) != 0 ? "ios_base::badbit set" : "ios_base::failbit set";
 }
 
-// Runs operation(). A std::ios_base::failure that leaves it is replaced by one whose what() begins with the
-// text above for the state that the stream then has. Everything else passes.
+// Runs operation(). Replaces a std::ios_base::failure by one whose what() begins with the text above, for the
+// state the stream then has. Other exceptions pass through.
 template <typename Operation>
 decltype(auto) WithFailureText(const std::ios& stream, Operation&& operation) {
     try {

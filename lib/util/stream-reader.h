@@ -1,4 +1,4 @@
-// The base of every archive reader: a binary reader and the way in which strings are read through it.
+// The base of every archive reader: a binary reader, and how strings are read.
 #pragma once
 
 #include <memory>
@@ -12,7 +12,7 @@ class StreamReader {
   public:
     virtual ~StreamReader() = default;
 
-    // Reads one string in place of what text holds. Here: the binary reader's own length-prefixed form.
+    // Reads one string and replaces text with it. Here: the binary reader's form, with the length in front.
     virtual void ReadString(std::string& text) { m_reader->read(text); }
 
     CppUtilities::BinaryReader& Reader() { return *m_reader; }
@@ -20,7 +20,7 @@ class StreamReader {
   protected:
     StreamReader() = default;
 
-    // Set by the subclass's constructor.
+    // The subclass's constructor sets it.
     std::unique_ptr<CppUtilities::BinaryReader> m_reader;
 };
 

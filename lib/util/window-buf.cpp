@@ -1,4 +1,4 @@
-// The window and its position.
+// Moves the window and the position in it.
 #include "util/window-buf.h"
 
 #include <algorithm>
@@ -22,7 +22,7 @@ std::streamsize WindowBuf::xsgetn(char* to, std::streamsize count) {
     Take(static_cast<std::size_t>(held));
     if (held == count) return count;
     const std::streamsize rest = count - held;
-    // What the window cannot hold goes straight to the caller.
+    // Bytes that do not fit into the window go straight to the caller.
     if (rest < std::ssize(m_window)) return held + std::streambuf::xsgetn(to + held, rest);
     leaveWindow(m_windowEnd);
     return held + readOn(to + held, static_cast<std::size_t>(rest));

@@ -1,4 +1,4 @@
-// A stream buffer over a file that is read by position, through a window that seeks do not empty.
+// A stream buffer over a file. It reads by position into a window, and a seek does not empty the window.
 #pragma once
 
 #include <array>
@@ -11,22 +11,22 @@
 
 namespace orvel::util {
 
-// Seeking reads nothing and fails only for a negative position: a position past the end is found out by the
-// next read. Read-only. When reading fails, a std::ios_base::failure leaves the buffer: a stream over it then
-// sets its badbit, as over a file buffer.
+// A seek reads nothing and fails only for a negative position; the next read notices a position past the end.
+// Read-only. If reading fails, the buffer throws std::ios_base::failure; a stream over it then sets its
+// badbit, as over a file buffer.
 class WindowBuf : public std::streambuf {
   public:
-    // Reads up to count bytes from a position on: fewer only where the data ends, -1 if that fails.
+    // Reads up to count bytes from a position: fewer only where the data ends, -1 if reading fails.
     using ReadAt = std::function<std::ptrdiff_t(std::int64_t position, char* to, std::size_t count)>;
 
-    // size: the end for as long as the buffer lives, even if the file grows meanwhile.
+    // size: the end of the data for this buffer, even if the file grows.
     WindowBuf(ReadAt readAt, std::int64_t size) : m_readAt(std::move(readAt)), m_size(size) {}
 
     std::int64_t Size() const { return m_size; }
     std::int64_t Position() const { return m_windowEnd - (egptr() - gptr()); }
-    // The bytes that lie in the window from the position on; valid until the buffer is used again.
+    // The bytes in the window from the position on; valid until the buffer is used again.
     std::string_view Held() const { return {gptr(), static_cast<std::size_t>(egptr() - gptr())}; }
-    // Moves the position over as many of them.
+    // Moves the position past count of them.
     void Take(std::size_t count) { setg(eback(), gptr() + count, egptr()); }
 
   protected:
@@ -36,16 +36,16 @@ class WindowBuf : public std::streambuf {
     pos_type seekpos(pos_type position, std::ios_base::openmode which) override;
 
   private:
-    // 10,000 events in a row are parsed in 15.4 ms with 4 KiB, in 14.9 ms with 16 or 64 KiB.
+    // 10,000 events in a row take 15.4 ms with 4 KiB, 14.9 ms with 16 or 64 KiB.
     static constexpr std::size_t kWindowBytes = 16 * 1024;
-    // What a jump to somewhere else reads: the head of a chunk, and often the event in it. Each read that
-    // goes on from there takes twice as much as the one before. 2,000 chunks that lie apart take 2.2 ms so,
-    // 2.3 ms with 128 or 512 bytes, 7.1 ms with whole windows.
+    // What a jump to another place reads: the head of a chunk, and often the event in it. Each further read
+    // in sequence takes twice as much. So 2,000 chunks that lie apart take 2.2 ms; 2.3 ms with 128 or 512
+    // bytes, 7.1 ms with whole windows.
     static constexpr std::size_t kJumpBytes = 256;
 
-    // Sets the position to one outside the window, and the window to nothing.
+    // Moves to a position outside the window, and empties the window.
     void leaveWindow(std::int64_t position);
-    // As many of count bytes from the window's end on as there are, which moves that end.
+    // Reads up to count bytes from the window's end on, and moves that end.
     std::streamsize readOn(char* to, std::size_t count);
 
     ReadAt m_readAt;

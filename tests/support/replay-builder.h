@@ -165,7 +165,7 @@ struct Elimination {
     }
 };
 
-// A place in the temporary folder that nothing else has; what is put there goes with the object.
+// A unique path in the temporary folder. Whatever is put there is deleted with the object.
 struct TemporaryPath {
     TemporaryPath() : path(Unique()) {}
     ~TemporaryPath() {

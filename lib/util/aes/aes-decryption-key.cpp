@@ -21,7 +21,7 @@ AesDecryptionKey::AesDecryptionKey(const std::uint8_t* key, std::size_t keyLengt
 
 AesDecryptionKey::~AesDecryptionKey() {
     std::memset(m_words.data(), 0, sizeof m_words);
-    // The words might be read here for all the compiler knows, so it cannot leave the line above out.
+    // For the compiler this line may read the words, so it cannot leave the line above out.
     __asm__ __volatile__("" : : "r"(m_words.data()) : "memory");
 }
 

@@ -1,4 +1,4 @@
-// The expanded AES key in the form that decryption uses it.
+// The expanded AES key in the form that decryption uses.
 #pragma once
 
 #include <array>
@@ -12,9 +12,9 @@ inline constexpr std::size_t kAesBlockBytes = 16;
 // Applies InvMixColumns to count columns, a multiple of four, in place.
 using AesInvMixColumns = void (*)(std::uint32_t* columns, std::size_t count);
 
-// The round keys of the equivalent inverse cipher (FIPS-197, 5.3.5) in the order in which decryption adds
-// them: those of the key expansion from last to first, the inner ones passed through InvMixColumns. The
-// memory is wiped when the object ends.
+// The round keys of the equivalent inverse cipher (FIPS-197, 5.3.5) in the order of their use: those of the
+// key expansion from last to first, the inner ones passed through InvMixColumns. The memory is wiped when the
+// object ends.
 class AesDecryptionKey {
   public:
     static bool IsKeyLength(std::size_t bytes) { return bytes == 16 || bytes == 24 || bytes == 32; }
@@ -25,9 +25,9 @@ class AesDecryptionKey {
     AesDecryptionKey(const AesDecryptionKey&) = delete;
     AesDecryptionKey& operator=(const AesDecryptionKey&) = delete;
 
-    // 10, 12 or 14; there is one round key more.
+    // 10, 12 or 14. There is one round key more.
     std::size_t rounds() const { return m_rounds; }
-    // Four columns of the state, a column's byte of row r in bits 8r to 8r+7.
+    // Four columns of the state. The byte of row r is in bits 8r to 8r+7 of its column.
     const std::uint32_t* roundKey(std::size_t round) const { return &m_words[4 * round]; }
 
   private:

@@ -1,4 +1,4 @@
-// Arithmetic of AES in GF(2^8) and the tables that follow from it, computed by the compiler.
+// AES arithmetic in GF(2^8) and the tables made from it, computed by the compiler.
 //
 // A column of the state is a 32-bit word with the byte of row r in bits 8r to 8r+7, on every processor.
 #pragma once
@@ -53,13 +53,13 @@ constexpr std::array<std::uint8_t, 256> MakeAesInverseSBox() {
 
 inline constexpr std::array<std::uint8_t, 256> kAesInverseSBox = MakeAesInverseSBox();
 
-// The four bytes replaced by what the S-box given says of them.
+// Replaces each of the four bytes by its entry in the S-box.
 constexpr std::uint32_t AesSubWord(const std::array<std::uint8_t, 256>& sBox, std::uint32_t word) {
     return sBox[word & 0xff] | std::uint32_t{sBox[(word >> 8) & 0xff]} << 8 |
            std::uint32_t{sBox[(word >> 16) & 0xff]} << 16 | std::uint32_t{sBox[word >> 24]} << 24;
 }
 
-// A column from four bytes in memory, and back.
+// Loads a column from four bytes of memory, or stores it there.
 constexpr std::uint32_t AesLoadColumn(const std::uint8_t* bytes) {
     return bytes[0] | std::uint32_t{bytes[1]} << 8 | std::uint32_t{bytes[2]} << 16 |
            std::uint32_t{bytes[3]} << 24;

@@ -1,5 +1,5 @@
-// AES decryption with the AES instructions of x86 processors. Only the functions that say so are compiled for
-// them; the rest of the program runs without.
+// AES decryption with the AES instructions of x86. Only the functions marked so are compiled for these
+// instructions; the rest of the program runs without them.
 #include "util/aes/aes-paths.h"
 
 #if defined(__x86_64__) || defined(__i386__)
@@ -9,9 +9,10 @@
 namespace orvel::util::data {
 namespace {
 
-// An aesdec takes 4 to 8 cycles and the processor starts one or two in each, so blocks advance side by side.
-// With 16 registers eight blocks are 4 to 7 % faster than four on 1 to 16 KiB of AES-256. With the 8
-// registers of 32-bit x86 four to seven are equal, and eight, which no longer fit, lose 20 %. (Zen 5, GCC 12)
+// An aesdec takes 4 to 8 cycles, and the processor starts one or two per cycle, so several blocks advance
+// side by side. With 16 registers eight blocks are 4 to 7 % faster than four (1 to 16 KiB, AES-256). With the
+// 8 registers of 32-bit x86, four to seven blocks are equal, and eight no longer fit: 20 % slower. (Zen 5,
+// GCC 12)
 constexpr std::size_t kGroupBlocks = sizeof(void*) == 8 ? 8 : 4;
 
 [[gnu::target("aes,sse2")]] inline __m128i RoundKey(const AesDecryptionKey& key, std::size_t round) {
@@ -39,7 +40,7 @@ template <std::size_t blocks>
     }
 }
 
-// Groups of the size given as long as there are enough blocks, then smaller ones.
+// Decrypts groups of this size while there are enough blocks, then smaller groups.
 template <std::size_t blocks>
 [[gnu::target("aes,sse2")]] void DecryptGroups(const AesDecryptionKey& key, const std::uint8_t* input,
                                                std::size_t blockCount, std::uint8_t* output) {

@@ -1,4 +1,4 @@
-// The two implementations behind AesDecrypt, for it to choose from and for tests and benchmarks to name.
+// The two implementations behind AesDecrypt. AesDecrypt chooses one; tests and benchmarks name one.
 #pragma once
 
 #include <cstddef>
@@ -14,10 +14,10 @@ enum class AesPath {
     AesNi,      // x86's AES instructions; only if AesNiAvailable()
 };
 
-// Whether this processor has the AES instructions. Any thread; costs one load.
+// Whether this processor has the AES instructions. Any thread; costs one load from memory.
 bool AesNiAvailable();
 
-// What the paths differ in. decryptBlocks decrypts blockCount 16-byte blocks from input to output, which are
+// The functions of one path. decryptBlocks decrypts blockCount 16-byte blocks from input to output, which are
 // the same or do not overlap.
 struct AesImplementation {
     AesInvMixColumns invMixColumns;

@@ -19,7 +19,7 @@ constexpr char32_t kReplacement = 0xFFFD;
 bool IsHighSurrogate(char32_t unit) { return unit >= 0xD800 && unit <= 0xDBFF; }
 bool IsLowSurrogate(char32_t unit) { return unit >= 0xDC00 && unit <= 0xDFFF; }
 
-// A byte that was no UTF-8, as PathFromWide and WideFromPath carry it.
+// A unit that stands for one byte that is not UTF-8: see platform.h.
 bool IsEscapedByte(char32_t unit) { return unit >= 0xDC80 && unit <= 0xDCFF; }
 
 void AppendUtf8(std::string& text, char32_t point) {
@@ -59,7 +59,7 @@ std::string ConvertToUtf8(std::wstring_view units, bool restoreEscapedBytes) {
     return text;
 }
 
-// Decodes one well-formed UTF-8 sequence at the start of text (RFC 3629); its length is 0 if there is none.
+// The well-formed UTF-8 sequence at the start of text (RFC 3629), decoded. Its length is 0 if there is none.
 struct Decoded {
     char32_t point = 0;
     std::size_t length = 0;
@@ -117,7 +117,7 @@ struct CloseFolder {
     void operator()(DIR* folder) const { ::closedir(folder); }
 };
 
-// Not every file system says in its listing what an entry is.
+// Some file systems do not say in a listing what an entry is.
 bool IsRealFolder(int folder, const dirent& entry) {
     if (entry.d_type != DT_UNKNOWN) return entry.d_type == DT_DIR;
     struct stat status {};
@@ -136,8 +136,8 @@ std::wstring WideFromPath(const std::filesystem::path& path) {
     return units;
 }
 
-// Opened before it is looked at, since another file may take its place between the two. O_NONBLOCK: opening a
-// pipe would wait for its writer.
+// Opens first and checks afterwards: between a check and the opening another file could take the place.
+// O_NONBLOCK, because opening a pipe waits for its writer.
 DiskFile::DiskFile(const std::wstring& path) : m_handle(-1) {
     if (path.find(L'\0') != std::wstring::npos) return;
     m_handle = ::open(PathFromWide(path).c_str(), O_RDONLY | O_NONBLOCK | O_CLOEXEC | O_NOCTTY);
@@ -189,12 +189,13 @@ std::error_code ListFolder(const std::wstring& folder, const std::function<void(
     const int descriptor = ::dirfd(listing.get());
     std::wstring name;
     for (;;) {
-        errno = 0;  // the end of the listing and a failure look the same but for this
+        errno = 0;  // only errno tells a failure from the end of the listing
         const dirent* entry = ::readdir(listing.get());
         if (entry == nullptr) return {errno, std::generic_category()};
         if (std::strcmp(entry->d_name, ".") == 0 || std::strcmp(entry->d_name, "..") == 0) continue;
         struct stat status {};
-        // By name within the open folder: the same file as its full path, without walking that again.
+        // By name within the open folder: the same file as by its full path, but the path is not walked
+        // again.
         const bool known = ::fstatat(descriptor, entry->d_name, &status, 0) == 0;
         name.clear();
         AppendWide(name, entry->d_name);

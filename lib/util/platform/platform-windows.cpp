@@ -32,7 +32,7 @@ struct CloseSearch {
     void operator()(HANDLE search) const { FindClose(search); }
 };
 
-// The time of what a link leads to; asking for attributes by path gives the link's own.
+// The time of a link's target. Asking for attributes by path would give the time of the link itself.
 std::optional<std::int64_t> TimeBehindLink(const wchar_t* path) {
     const HANDLE file = CreateFileW(path, FILE_READ_ATTRIBUTES, kShareAll, nullptr, OPEN_EXISTING,
                                     FILE_FLAG_BACKUP_SEMANTICS, nullptr);
@@ -43,7 +43,7 @@ std::optional<std::int64_t> TimeBehindLink(const wchar_t* path) {
     return Ticks(time);
 }
 
-// The system's last error is set if there is none.
+// Sets the system's last error if there is no time.
 std::optional<std::int64_t> TimeByPath(const wchar_t* path) {
     WIN32_FILE_ATTRIBUTE_DATA data;
     if (!GetFileAttributesExW(path, GetFileExInfoStandard, &data)) return std::nullopt;
@@ -51,8 +51,8 @@ std::optional<std::int64_t> TimeByPath(const wchar_t* path) {
     return Ticks(data.ftLastWriteTime);
 }
 
-// A symbolic link or a junction stands in for another folder; other reparse points (files kept in a cloud) do
-// not.
+// A symbolic link or a junction leads to another folder, so it is not real. Other reparse points (files kept
+// in a cloud) are real.
 bool IsRealFolder(const WIN32_FIND_DATAW& entry) {
     const bool reparsePoint = (entry.dwFileAttributes & FILE_ATTRIBUTE_REPARSE_POINT) != 0;
     return (entry.dwFileAttributes & FILE_ATTRIBUTE_DIRECTORY) != 0 &&
@@ -74,15 +74,15 @@ std::filesystem::path PathFromWide(std::wstring_view units) { return std::filesy
 
 std::wstring WideFromPath(const std::filesystem::path& path) { return path.native(); }
 
-// Not through the C runtime, which denies others deleting and renaming and has room for 509 files.
+// Not through the C runtime, which keeps others from deleting and renaming and has room for only 509 files.
 DiskFile::DiskFile(const std::wstring& path) : m_handle(FromHandle(INVALID_HANDLE_VALUE)) {
     if (path.find(L'\0') != std::wstring::npos) return;
     const HANDLE file = CreateFileW(path.c_str(), GENERIC_READ, kShareAll, nullptr, OPEN_EXISTING,
                                     FILE_ATTRIBUTE_NORMAL, nullptr);
     m_handle = FromHandle(file);
     LARGE_INTEGER size;
-    // A name without a folder may be a device's (NUL, COM1) wherever it stands, and its attributes look like
-    // a file's. A volume counts as a disk but has no size.
+    // A name such as NUL or COM1 is a device in any folder, and its attributes look like a file's. A volume
+    // counts as a disk but has no size.
     if (file == INVALID_HANDLE_VALUE || GetFileType(file) != FILE_TYPE_DISK || !GetFileSizeEx(file, &size))
         return;
     m_size = size.QuadPart;
@@ -115,7 +115,7 @@ std::ptrdiff_t DiskFile::ReadAt(std::int64_t position, char* to, std::size_t cou
 
 std::optional<std::filesystem::path> LocalApplicationDataFolder() {
     wchar_t folder[MAX_PATH];
-    // S_FALSE stands for a folder that is known but not there, and leaves the path empty.
+    // S_FALSE means that the folder is known but does not exist; the path is then empty.
     if (SHGetFolderPathW(nullptr, CSIDL_LOCAL_APPDATA, nullptr, SHGFP_TYPE_CURRENT, folder) != S_OK) {
         return std::nullopt;
     }

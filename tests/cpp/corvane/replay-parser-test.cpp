@@ -1,4 +1,4 @@
-// Whole replay files: memory, and files above 4 GiB. What failures leave is tests/js/'s business.
+// Whole replay files: memory, and files above 4 GiB. tests/js/ tests failures.
 #include "games/corvane/corvane-lib/src/replay-parser.h"
 
 #include <fstream>

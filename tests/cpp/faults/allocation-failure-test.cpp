@@ -10,9 +10,9 @@ namespace {
 
 using namespace corvane_test;
 
-// Runs the operation again and again, each time with the next allocation failing, until none is left to fail.
-// Each time it must give the same as ever, or std::bad_alloc, and hold nothing afterwards. Returns the number
-// of allocations.
+// Runs the operation again and again; each time the next allocation fails, until no allocation is left. Each
+// run must give the usual result or std::bad_alloc, and hold no memory afterwards. Returns the number of
+// allocations.
 template <typename Operation>
 std::size_t FailEveryAllocation(const Operation& operation) {
     const std::string expected = operation();
@@ -43,7 +43,7 @@ TEST(AllocationFailure, of_a_parse_leaves_nothing_behind) {
     const Bytes info = InfoBlock{}.Build();
     const Event badEvent{.metadata = "playerElim",
                          .data = Elimination{.killed = {16, 0, 0, 0, 0x80}}.Build()};
-    // Two good ones, then ones that fail in each of their parts.
+    // Two good replays, then replays that fail in each of their parts.
     for (const Bytes& replay :
          {Whole(SectionsOfReplay()), Whole(SectionsOfEncryptedReplay()),
           Join({info, Chunk(kHeader, Writer().U32(0x2CF5A13D).bytes)}),

@@ -8,7 +8,7 @@ namespace {
 using namespace corvane_test;
 
 constexpr std::size_t kMebibyte = 1024 * 1024;
-// What a parse holds at any rate.
+// The memory that any parse takes.
 constexpr std::size_t kNothingMuch = 48 * 1024;
 constexpr std::uint32_t kTwoBillion = 2'000'000'000;
 
@@ -21,7 +21,7 @@ Bytes Repeated(const Bytes& bytes, std::size_t count) {
     return writer.bytes;
 }
 
-// A key of so many bytes, 100 of which are there.
+// A key that claims `count` bytes; 100 of them are there.
 Bytes KeyOf(std::uint32_t count) {
     const Bytes block = InfoBlock{}.Build();
     return Writer().Add(Prefix(block, block.size() - 4)).U32(count).Fill(100).bytes;
@@ -80,8 +80,8 @@ TEST(LargeNumbers, are_not_believed) {
     }
 }
 
-// Nothing is larger than what the file holds of it, but the records of a chunk and of an event are larger
-// than an empty chunk and an empty event.
+// Memory follows what the file holds. But the record of a chunk or an event is larger than an empty chunk or
+// event.
 TEST(LargeNumbers, empty_chunks_and_events_cost_their_records) {
     const Bytes event = Writer().Str("").Str("").Str("").U32(0).U32(0).U32(0).bytes;
     for (const auto& [chunk, times] :

@@ -1,4 +1,4 @@
-// The replay, its reading, and what is allowed of it.
+// The replay, its reading, and the outcomes that are allowed.
 #include "cpp/faults/replay-under-test.h"
 
 #include <algorithm>
@@ -92,7 +92,8 @@ std::vector<Section> SectionsOfReplay() {
     return list.sections;
 }
 
-// Any bytes decrypt to something, so the events hold just any: what they decrypt to is no concern here.
+// Any bytes decrypt to something, so the events hold arbitrary bytes. What these decrypt to does not matter
+// here.
 std::vector<Section> SectionsOfEncryptedReplay() {
     SectionList list({.friendlyName = "E", .encrypted = 1, .key = Sequence(1, 16)});
     list.AddHeader(Header{.levels = {"L"}, .gameData = {"G"}}.Build());

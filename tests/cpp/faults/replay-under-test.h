@@ -23,7 +23,7 @@ enum class Outcome {
 struct Section {
     const char* name;
     Bytes bytes;
-    // Of the file that ends before one of the section's bytes.
+    // The outcome of a file that ends before one of this section's bytes.
     Outcome whenCut;
     const char* failure = "";
     // No field is made of these bytes: whatever they are, the document stays the same.
@@ -43,8 +43,7 @@ struct ReadResult {
     std::size_t peakBytes = 0;
 };
 
-// Reads a file with all that the add-on does to it but handing over the text. Throws std::bad_alloc when
-// memory runs out.
+// Reads a file as the add-on does, but returns the text. Throws std::bad_alloc when memory runs out.
 ReadResult ReadFile(const std::wstring& path);
 ReadResult Read(const Bytes& bytes);
 

@@ -46,7 +46,7 @@ class Blocks : public testing::Test {
         raw_.assign(raw_.size(), 0);
     }
 
-    // Calls it with the arguments that decode one block behind those before it, as their dictionary.
+    // Calls decode for each block, with the blocks before it as its dictionary.
     void ForEachBlock(const std::function<void(oo2::DecompressArgs)>& decode) {
         std::ptrdiff_t compPos = 0;
         for (std::ptrdiff_t rawPos = 0; rawPos < args_.rawLen; rawPos += kBlock) {

@@ -1,4 +1,4 @@
-// What bounds arrays beside their bytes: lengths that cannot be, scratch, and the places of a batch.
+// The limits of arrays, besides their bytes: impossible lengths, scratch, and the places of a batch.
 #include <cstdint>
 #include <vector>
 

@@ -1,4 +1,4 @@
-// Calls of the LZ decoder that cannot be done, each with its line, and what a call does besides decoding.
+// Calls that the LZ decoder refuses, each with its log line, and what a call does besides decoding.
 #include <cstdint>
 #include <functional>
 #include <string>
@@ -127,7 +127,7 @@ TEST(Frame, verbosity_3_tells_of_each_block_and_quantum) {
     EXPECT_EQ(decoded.raw, (Bytes{1, 2, 3}));
 }
 
-// Single steps, in states that a whole call does not come to.
+// Single steps, from states that a whole call never reaches.
 constexpr std::int64_t kRawLength = 100;
 
 // A state with scratch for Kraken, at the start of a window of kRawLength bytes.
@@ -171,7 +171,7 @@ TEST(DecodeSome, tells_why_it_fails) {
         {"OODLE ERROR : Legacy LZ VTable not installed", {kReset, 0, 0}},
         {"OODLE ERROR : Heterogenous compressor file with insufficient decoder memory size!\n", memset,
          [](Fixture& f) { --f.state->scratchSize; }},
-        // In the middle of a block whose header it never read, or read as nonsense.
+        // In the middle of a block whose header was never read, or is invalid.
         {"OODLE ERROR : LZ corruption : DecodeOneQ invalid decodeType!\n",
          {0, 0, 9},
          [](Fixture& f) { f.Context().rawPos = 1; }},

@@ -1,5 +1,5 @@
-// Streams of tests/data/lz: a good one gives its bytes, a broken one its line, on both paths, in any memory
-// and in phases. What the small ones become when they are cut or changed does no harm.
+// Streams of tests/data/lz: a good one gives its bytes, a broken one its log line, on both paths, in any
+// memory and in phases. Small ones are also cut and changed at every byte, which must do no harm.
 #include <algorithm>
 #include <cstdint>
 #include <filesystem>
@@ -75,7 +75,7 @@ std::vector<Vector> SmallVectors() {
     return small;
 }
 
-// As gzip and `crc32` have it.
+// The CRC-32 of gzip.
 std::uint32_t Crc32(std::span<const std::uint8_t> bytes) {
     static const std::vector<std::uint32_t> table = [] {
         std::vector<std::uint32_t> entries(256);

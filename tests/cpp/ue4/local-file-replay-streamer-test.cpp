@@ -1,5 +1,5 @@
-// The container's key, its chunk table, and what is resumed. What each version holds is
-// tests/js/container.test.js's business, what is cut or changed tests/cpp/faults/.
+// The container's key, its chunk table, and resuming. tests/js/container.test.js tests the fields of each
+// version, tests/cpp/faults/ files that are cut or changed.
 #include "games/corvane/corvane-lib/src/ue4/local-file-replay-streamer.h"
 
 #include <gmock/gmock.h>

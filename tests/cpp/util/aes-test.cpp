@@ -25,7 +25,7 @@ Bytes Hex(std::string_view text) {
     return bytes;
 }
 
-// Each byte follows from the ones before it alone, whatever the standard library.
+// Pseudo-random bytes, the same with every standard library.
 Bytes Noise(std::uint32_t seed, std::size_t size) {
     Bytes bytes(size);
     for (std::uint8_t& byte : bytes)
@@ -45,8 +45,8 @@ std::vector<AesPath> Paths() {
     return paths;
 }
 
-// The checksums are those of what "openssl enc -d -aes-128-ecb -nopad" makes of the same noise (-192, -256).
-// Every number of blocks up to 256, and thereby every mix of block groups, at addresses of every alignment.
+// The checksums are of the output of "openssl enc -d -aes-128-ecb -nopad" for the same noise (-192, -256).
+// All numbers of blocks up to 256, so every mix of block groups, at addresses of every alignment.
 TEST(AesDecrypt, gives_on_every_path_at_every_length_what_openssl_gives) {
     const Bytes cipher = Noise(1, 4096);
     for (const auto& [keyLength, checksum] :
@@ -60,7 +60,7 @@ TEST(AesDecrypt, gives_on_every_path_at_every_length_what_openssl_gives) {
             EXPECT_EQ(Fnv(plain), checksum);
             for (std::size_t length = 16; length < 4096; length += 16) {
                 const std::size_t offset = length / 16 % 16;
-                // Exactly as long as it may be touched, for the address sanitizer.
+                // No longer than AesDecrypt may touch, so that the address sanitizer sees any access beyond.
                 const auto memory = std::make_unique<std::uint8_t[]>(offset + length);
                 std::uint8_t* const text = memory.get() + offset;
                 std::copy_n(cipher.begin(), length, text);

@@ -101,7 +101,7 @@ TEST(BinaryReader, a_length_that_the_stream_does_not_hold_takes_no_memory) {
     EXPECT_EQ(rest, Bytes(4999, 7));
 }
 
-// Around the length from which a string's end is looked for before its bytes are kept, and beyond.
+// Lengths around the one from which the reader first looks for a string's end, and longer ones.
 TEST(BinaryReader, a_long_string_is_read_whole_or_runs_out) {
     for (const std::size_t length : {4095U, 4096U, 4097U, 20'480U, 1'000'000U}) {
         SCOPED_TRACE(length);

@@ -185,8 +185,8 @@ TEST_F(FolderSnapshotTest, only_the_folder_itself_has_to_be_listed_for_a_snapsho
     EXPECT_THAT(Reports(snapshot), ElementsAre(L"modified /demos/a"));
 }
 
-// 2,000 modifications of 20 files, between looks and within their reports. What differs from the recorded
-// state when a look begins is reported by it, once; what changes meanwhile by it or by the next one.
+// 2,000 modifications of 20 files, between looks and during their reports. A look reports once each entry
+// that differs when the look begins. It or the next look reports a later change.
 TEST_F(FolderSnapshotTest, no_modification_that_a_look_could_see_is_lost) {
     std::mt19937 random(4);
     std::map<std::wstring, std::int64_t> now, reported;

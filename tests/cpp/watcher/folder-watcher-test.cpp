@@ -95,7 +95,7 @@ TEST(FolderWatcher, what_an_abandoned_watcher_has_not_reported_is_reported_by_th
     second.GoOnFrom(first);
     second.Start([&](const std::wstring&, FileStatus status) { calls += status == FileStatus::modified; });
     second.Stop();
-    // All of them, the one too that the first watcher was reporting: who heard of it is not known.
+    // All of them, also the one that the first watcher was reporting: that report may have reached nobody.
     EXPECT_EQ(calls, 1 + 50);
 }
 

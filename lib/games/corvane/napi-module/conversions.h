@@ -1,5 +1,4 @@
-// What goes in and out: JavaScript's arguments in the form in which the parser takes them, and what a
-// document says of its file.
+// Conversions: JavaScript's arguments to the parser's types, and the document's "Creation".
 #pragma once
 
 #include <cstdint>
@@ -14,7 +13,7 @@ namespace orvel::corvane {
 // The UTF-16 units of a string, unpaired surrogates included.
 std::wstring PathOf(const Napi::Value& string);
 
-// A copy of what an ArrayBuffer holds.
+// A copy of the bytes of an ArrayBuffer.
 std::vector<std::uint8_t> BytesOf(const Napi::Value& arrayBuffer);
 
 // {"fileName": path in UTF-8 (an unpaired surrogate becomes EF BF BD), "timestamp": the replay's own

@@ -1,5 +1,5 @@
-// The add-on's entry: registers the module "corvane_napi" and publishes its three functions, and two for the
-// client alone.
+// The add-on's entry: registers the module "corvane_napi" with its three public functions and two internal
+// ones for the client.
 #include <napi.h>
 
 #include "games/corvane/napi-module/read-corvane-demo.h"
@@ -13,7 +13,7 @@ void Publish(Napi::Env env, Napi::Object exports, const char* name,
     exports.Set(name, Napi::Function::New(env, function, name));
 }
 
-// Not enumerable: corvane_napi/client's own, no function of the module's interface.
+// Not enumerable: only corvane_napi/client calls it; it is not part of the module's interface.
 void PublishInternal(Napi::Env env, Napi::Object exports, const char* name,
                      Napi::Value (*function)(const Napi::CallbackInfo&)) {
     exports.DefineProperty(Napi::PropertyDescriptor::Value(name, Napi::Function::New(env, function, name)));
@@ -34,7 +34,7 @@ napi_value Initialise(napi_env env, napi_value exports) {
 
 napi_module module = {NAPI_MODULE_VERSION, 0, "corvane-napi.cpp", Initialise, "corvane_napi", nullptr, {}};
 
-// Registers while the host loads this file, before it asks for anything. Nothing to destroy: the host keeps
+// Registers the module while the host loads this file, as the host expects. Has no destructor: the host keeps
 // the record.
 struct Registration {
     Registration() { napi_module_register(&module); }

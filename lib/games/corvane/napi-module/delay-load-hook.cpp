@@ -1,4 +1,4 @@
-// The delay-load hook: "NODE.EXE" is whatever program has loaded this file, whatever its name is.
+// The delay-load hook: "NODE.EXE" means the host program, whatever its file name is.
 #include <windows.h>
 
 #include <delayimp.h>
@@ -7,7 +7,7 @@ namespace {
 
 FARPROC WINAPI MapNodeToHost(unsigned notification, PDelayLoadInfo info) {
     if (notification != dliNotePreLoadLibrary || lstrcmpiA(info->szDll, "NODE.EXE") != 0) return nullptr;
-    // The hook's result for this notification is the module to use, passed as a function pointer.
+    // For this notification the hook returns the module to use, as a function pointer.
     return reinterpret_cast<FARPROC>(reinterpret_cast<void*>(GetModuleHandleW(nullptr)));
 }
 

@@ -9,14 +9,14 @@
 namespace orvel::corvane {
 namespace {
 
-// The current channel; null if there is none, or once Node-API has said that it is closing or has finalised
-// it. Each use of it and of its thread-safe function is under the lock, so that none comes after its end.
+// The current channel. Null: there is none, or Node-API has announced or done its end. All uses of the
+// channel and its thread-safe function hold the lock, so none comes after its end.
 struct Current {
     std::mutex mutex;
     DeliveryChannel* channel = nullptr;
 };
 
-// Never destroyed: the watcher's thread may use it until the process is gone.
+// Never destroyed: the watcher's thread may use it until the process ends.
 Current& TheCurrent() {
     static auto& current = *new Current;
     return current;
@@ -37,8 +37,8 @@ void Finalise(napi_env env, void* data, void*) {
     if (channel->onEnvironmentEnd) napi_remove_env_cleanup_hook(env, EndEnvironment, channel.get());
 }
 
-// What a callback throws is nobody's to catch: 'uncaughtException', as with any callback of Node.js. (Left
-// pending, Node.js would only warn of it.)
+// Turns an exception of the callback into 'uncaughtException', as Node.js does for its own callbacks. (For a
+// pending exception Node.js would only print a warning.)
 void RaiseUncaught(napi_env env) {
     bool pending = false;
     napi_value exception;
@@ -48,8 +48,8 @@ void RaiseUncaught(napi_env env) {
     }
 }
 
-// False if the text is longer than a JavaScript string can be. The length is passed because V8 ends the
-// process when it has to find out such a length itself.
+// Returns false if the text is too long for a JavaScript string. The length is passed: V8 ends the process if
+// it has to find out such a length itself.
 bool MakeString(napi_env env, const std::string& text, napi_value* result) {
     const std::size_t length = std::min(text.find('\0'), text.size());
     if (napi_create_string_utf8(env, text.data(), length, result) == napi_ok) return true;
@@ -59,7 +59,7 @@ bool MakeString(napi_env env, const std::string& text, napi_value* result) {
     return false;
 }
 
-// The callback's arguments. False if they cannot be made.
+// Makes the callback's arguments. Returns false if that is impossible.
 bool MakeArguments(napi_env env, WatchResult& result, std::vector<napi_value>& arguments) {
     if (!MakeString(env, result.text, &arguments.emplace_back())) {
         if (!result.path) return false;
@@ -74,7 +74,7 @@ bool MakeArguments(napi_env env, WatchResult& result, std::vector<napi_value>& a
     return result.code == nullptr || MakeString(env, result.code, &arguments.emplace_back());
 }
 
-// Called by Node-API on the environment's thread for each queued result.
+// Node-API calls this on the environment's thread, once for each queued result.
 void CallJavaScript(napi_env env, napi_value callback, void*, void* data) {
     const std::unique_ptr<WatchResult> result(static_cast<WatchResult*>(data));
     if (env == nullptr || callback == nullptr) return;
@@ -104,8 +104,8 @@ OwnedChannel OpenChannel(Napi::Env env, Napi::Function callback,
                                         CallJavaScript, &channel->function) != napi_ok) {
         throw Napi::Error::New(env);
     }
-    // After the thread-safe function's own hook and so, in the reverse order of hooks, called before that
-    // closes it.
+    // Hooks run in reverse order. Added after the thread-safe function's own hook, this one runs before that
+    // function closes.
     napi_add_env_cleanup_hook(env, EndEnvironment, channel.get());
     return OwnedChannel(channel.release());
 }

@@ -1,5 +1,5 @@
-// The way of texts to a JavaScript callback, from any thread: Node-API's thread-safe functions, and the one
-// of them that is the current one of this process.
+// Delivers texts to a JavaScript callback from any thread, through Node-API's thread-safe functions. One
+// channel is the current one of the process.
 #pragma once
 
 #include <memory>
@@ -10,14 +10,13 @@
 
 namespace orvel::corvane {
 
-// One callback. Node-API owns it: it lives until its thread-safe function has delivered all that was queued
-// after its release, or until its environment ends. It keeps its environment's event loop alive until it is
-// released.
+// One callback. Node-API owns the channel: it lives until all that was queued before its release is
+// delivered, or until its environment ends. Until its release it keeps the environment's event loop alive.
 struct DeliveryChannel {
     using EnvironmentEnd = void (*)(void* channel);
 
     napi_threadsafe_function function = nullptr;
-    EnvironmentEnd onEnvironmentEnd = nullptr;  // null once it has been called
+    EnvironmentEnd onEnvironmentEnd = nullptr;  // null after its call
 };
 
 struct ReleaseChannel {
@@ -25,29 +24,29 @@ struct ReleaseChannel {
 };
 using OwnedChannel = std::unique_ptr<DeliveryChannel, ReleaseChannel>;
 
-// Makes a channel to a callback. onEnvironmentEnd gets it if the environment ends before the channel does, on
-// the environment's own thread. Throws Napi::Error. To be called on the environment's thread, without a lock:
-// it runs the application's own JavaScript, if that has an async hook.
+// Makes a channel to a callback. If the environment ends before the channel, onEnvironmentEnd gets the
+// channel, on the environment's thread. Throws Napi::Error. Call it on the environment's thread, and hold no
+// lock: an application's async hook may run its JavaScript here.
 OwnedChannel OpenChannel(Napi::Env env, Napi::Function callback,
                          DeliveryChannel::EnvironmentEnd onEnvironmentEnd);
 
-// The functions below may be called by any thread.
+// Any thread may call the functions below.
 
-// Puts a channel in the current one's place, which is released: what was queued to it still reaches its
-// callback. An empty one leaves none.
+// Releases the current channel and puts the given one in its place; an empty one leaves none. Results that
+// are already queued still reach the old callback.
 void SetCurrentChannel(OwnedChannel next);
 bool IsCurrentChannel(const DeliveryChannel* channel);
 
-// What a callback is called with.
+// One call of the callback.
 struct WatchResult {
-    std::string text;                       // UTF-8; the callback gets a string up to the first zero byte
-    std::optional<std::wstring> path = {};  // the text's file: the callback gets it and the code as well
-    const char* code = nullptr;             // why there is no document; then the text is the reason
+    std::string text;                       // UTF-8; the string ends at the first zero byte
+    std::optional<std::wstring> path = {};  // the file; if set, the callback gets it and the code as well
+    const char* code = nullptr;             // set after a failure; the text is then the reason
 };
 
-// Queues a result for the current channel's callback. Does not wait. Without a current channel, or when its
-// environment is ending, the result is dropped. So is a text that is longer than a JavaScript string can be,
-// with a line on standard error; for a callback that gets codes it becomes ERR_OUT_OF_MEMORY.
+// Queues a result for the current callback and does not wait. Drops it if there is no current channel or its
+// environment is ending. Also drops a text that is too long for a JavaScript string, with a line on standard
+// error; a callback that gets codes gets ERR_OUT_OF_MEMORY instead.
 void QueueResult(WatchResult result);
 
 }  // namespace orvel::corvane

@@ -13,7 +13,7 @@ namespace {
 
 using nlohmann::json;
 
-// The last chunk runs past the file's end, or only a part of its head is there.
+// Whether the last chunk, or only its head, runs past the end of the file.
 bool IsCut(const ue4::ReplayFileInfo& info) {
     if (info.TableEnd == info.TotalDataSizeInBytes) return false;
     if (info.Chunks.empty() || info.Chunks.back().TypeOffset != info.TableEnd) return true;
@@ -26,7 +26,7 @@ const char* End(const ue4::ReplayFileInfo& info, bool failed) {
     return info.TableEnd == info.TotalDataSizeInBytes ? "complete" : "cut";
 }
 
-// The functions that add to the facts fill a value that belongs to them already: see json-object.h.
+// These functions fill a value that already belongs to the facts: json-object.h says why.
 
 void AddFailure(const std::optional<ReadFailure>& failure, json& value) {
     if (!failure) return;

@@ -21,7 +21,7 @@ namespace {
 
 constexpr char kArgumentError[] = "Expected 1 required argument [replayFilePath]";
 
-// Eight bytes at a time: a text has megabytes.
+// Tests eight bytes at a time: a text has megabytes.
 bool IsAscii(std::string_view text) {
     std::uint64_t bits = 0;
     std::uint64_t word = 0;
@@ -34,8 +34,8 @@ bool IsAscii(std::string_view text) {
 }
 
 // One unit per byte, sign-extended: bytes from 0x80 become U+FF80 to U+FFFF. Callers take the low byte of
-// each unit and decode the bytes as UTF-8 to get at the characters. A text without such bytes becomes a
-// string that the host keeps with one byte for each unit: half the memory, and a third of the time.
+// each unit and decode these bytes as UTF-8. The host stores an ASCII text with one byte per unit: half the
+// memory, a third of the time.
 Napi::Value StringOfBytes(Napi::Env env, std::string text) {
     napi_value string = nullptr;
     napi_status status;
@@ -46,7 +46,7 @@ Napi::Value StringOfBytes(Napi::Env env, std::string text) {
         std::ranges::transform(text, units.get(),
                                [](char c) { return static_cast<char16_t>(static_cast<signed char>(c)); });
         const std::size_t count = text.size();
-        std::string().swap(text);  // its memory serves the host's string
+        std::string().swap(text);  // frees its memory for the host's string
         status = napi_create_string_utf16(env, units.get(), count, &string);
     }
     if (status != napi_ok) throw Napi::Error::New(env);
@@ -62,8 +62,8 @@ Napi::Value ParseToText(Napi::Env env, const std::wstring& path) {
         ue4::AsObject(parser->Document())["Creation"] = CreationMember(path, parser->FileInfo().Timestamp);
         return StringOfBytes(env, parser->TakeText());
     } catch (const std::runtime_error&) {
-        // ReplayException is one of them. The parser of a failed replay is deliberately not destroyed: its
-        // memory and its open file stay held until the process ends.
+        // ReplayException among them. On purpose the parser is not destroyed: its memory and its open file
+        // stay held until the process ends.
         static_cast<void>(parser.release());
         return Napi::String::New(env, "");
     }

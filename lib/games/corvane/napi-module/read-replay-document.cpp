@@ -1,4 +1,4 @@
-// readReplayDocument: path and key in; the document's text and facts, or a coded error, out.
+// readReplayDocument: takes path and key; gives the document's text and facts, or an error with a code.
 #include "games/corvane/napi-module/read-replay-document.h"
 
 #include <cstdint>
@@ -42,7 +42,7 @@ void Parse(ReplayParser& parser, std::vector<std::uint8_t> key) {
     CheckDecryption(parser);
 }
 
-// The text, of a salvaged document with U+FFFD for what is not UTF-8.
+// The document's text. In a salvaged document U+FFFD replaces what is not UTF-8.
 std::string TextOf(ReplayParser& parser, bool salvage, std::optional<ReadFailure>& failure) {
     try {
         return parser.TakeText();
@@ -103,7 +103,7 @@ Napi::Value ReadReplayDocument(const Napi::CallbackInfo& info) {
         const Options options = OptionsOf(info);
         return ResultOf(env, Read(PathOf(info[0]), BytesOf(info[1]), options), options);
     } catch (const Napi::Error& failure) {
-        // The arguments are right, so what the host refused is memory.
+        // The arguments are right, so the host can only lack memory.
         throw ErrorOf(env, {"ERR_OUT_OF_MEMORY", failure.Message()});
     } catch (...) {
         throw ErrorOf(env, CurrentFailure(false));

@@ -1,4 +1,4 @@
-// Why a replay gives no document, or not all of it: a code for programs and a reason for people.
+// Why a replay gives no document or only a part of it: a code for programs, a reason for people.
 #pragma once
 
 #include <memory>
@@ -17,7 +17,7 @@ struct ReadFailure {
     std::string reason;
 };
 
-// A failure with its code.
+// An exception that carries a ReadFailure.
 class Refusal : public std::runtime_error {
   public:
     explicit Refusal(ReadFailure failure)
@@ -28,18 +28,18 @@ class Refusal : public std::runtime_error {
     ReadFailure m_failure;
 };
 
-// A parser over the file. Throws a Refusal if the file cannot be opened.
+// Opens the file and makes a parser over it. Throws a Refusal if the file cannot be opened.
 std::unique_ptr<ReplayParser> OpenReplay(const std::wstring& path);
 
 // Throws a Refusal if an event could not be decrypted. The parser skips such an event with a line on standard
-// output. Where that line has no reader, a document without the event would pass for a whole one.
+// output. Where nobody reads that line, a document without the event would look complete.
 void CheckDecryption(const ReplayParser& parser);
 
-// Only inside a catch block: what the exception that is being handled says about the file. isCut: reading ran
-// into the end of the file.
+// Only in a catch block: what the current exception says about the file. isCut: reading hit the end of the
+// file.
 ReadFailure CurrentFailure(bool isCut);
 
-// A JavaScript Error with the code and the reason.
+// Makes a JavaScript Error with the code and the reason.
 Napi::Error ErrorOf(Napi::Env env, const ReadFailure& failure);
 
 }  // namespace orvel::corvane

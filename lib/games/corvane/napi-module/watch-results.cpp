@@ -23,20 +23,20 @@ namespace fs = std::filesystem;
 
 bool HasReplayName(const fs::path& file) { return file.extension() == ".replay"; }
 
-// Pipes and folders may have a replay's name as well.
+// A pipe or a folder may have a replay's name too.
 bool IsFile(const fs::path& file) {
     std::error_code error;
     return fs::is_regular_file(file, error);
 }
 
-// Where the next parse of a growing file goes on, and which replay that is: the time of its recording, 0 if
-// the file has none.
+// Where the next parse of a growing file goes on, and which replay it is: the time of its recording, 0 if the
+// file has none.
 struct ReplayState {
     ue4::ResumeState resume;
     std::uint64_t timestamp = 0;
 };
 
-// A parse goes on from the state, and brings it up to date.
+// Parses from where the state says, and updates the state.
 void Parse(ReplayParser& parser, ReplayState& state, const std::vector<std::uint8_t>& key) {
     parser.ParseReplay(state.resume, key);
     state.timestamp = parser.FileInfo().Timestamp;
@@ -47,7 +47,7 @@ std::string ResultText(ReplayParser& parser, const std::wstring& path, const Rep
     nlohmann::json& document = parser.Document();
     if (isFirst) ue4::AsObject(document)["Creation"] = CreationMember(path, state.timestamp);
     if (state.resume.IsKeyFromFile) ue4::AsObject(document)["PlayerStateEncryptionKey"] = 1;
-    // The game still writes to a file of which there is nothing to tell yet.
+    // The game has written to the file, but there is nothing to tell yet.
     if (document.empty()) ue4::AsObject(document)["GameAlive"] = 1;
     return parser.TakeText();
 }
@@ -73,7 +73,7 @@ class ApplicationResults final : public WatchResults {
     }
 
   private:
-    // Says which file the end of the process is due to: nothing else tells.
+    // Names the file that ends the process: no other message does.
     static void NameCulprit(const std::wstring& path) {
         const std::string name = util::platform::WideToUtf8(path);
         std::fprintf(stderr, "[ orvel::corvane::ApplicationResults::Deliver ] Ending the process over %s\n",
@@ -82,7 +82,7 @@ class ApplicationResults final : public WatchResults {
 
     const std::vector<std::uint8_t> m_key;
     std::unordered_map<std::wstring, ReplayState>
-        m_states;  // by full path; one that is erased and comes back goes on
+        m_states;  // by full path; a file that is erased and comes back goes on
 };
 
 class ClientResults final : public WatchResults {

@@ -1,4 +1,4 @@
-// What becomes of a change in a watched folder: one result for each change of a replay.
+// Turns each change of a replay in a watched folder into a result.
 #pragma once
 
 #include <cstdint>
@@ -10,7 +10,7 @@
 
 namespace orvel::corvane {
 
-// Used by one thread at a time.
+// One thread at a time may use it.
 class WatchResults {
   public:
     WatchResults() = default;
@@ -18,19 +18,19 @@ class WatchResults {
     WatchResults& operator=(const WatchResults&) = delete;
     virtual ~WatchResults() = default;
 
-    // Hands the result, if the change has one, to the current delivery channel. Tells whether it had one.
+    // Queues the result for the current delivery channel. Returns false if the change has no result.
     virtual bool Deliver(const std::wstring& path, util::FileStatus status) = 0;
 };
 
-// key: the caller's replay key, may be empty.
+// key: the caller's key for replays without their own; may be empty.
 
-// For StartCorvaneWatcher: a document for each `modified` replay. One that cannot be read ends the process,
-// with its name and the failure's text on standard error.
+// For StartCorvaneWatcher: a document for each `modified` replay. A replay that cannot be read ends the
+// process; standard error then has its name and the failure's text.
 std::unique_ptr<WatchResults> ResultsForApplication(std::vector<std::uint8_t> key);
 
-// For corvane_napi/client, whose results name their file: a document for each replay that is created or
-// modified, or the failure to read it. A replay that is moved within the folder goes on under its new name,
-// and another one that takes a replay's name is told from its start.
+// For corvane_napi/client: a document, or the failure to read it, for each replay that is created or
+// modified, with its path. A replay that is moved within the folder goes on under its new path. Another
+// replay that takes over a path is told from its start.
 std::unique_ptr<WatchResults> ResultsForClient(std::vector<std::uint8_t> key);
 
 }  // namespace orvel::corvane

@@ -1,4 +1,4 @@
-// The watching of a folder from one start to its end: each change becomes a result.
+// The watching of a folder from start to end: each change becomes a result.
 #pragma once
 
 #include <chrono>
@@ -10,28 +10,27 @@
 
 namespace orvel::corvane {
 
-// Between two deliveries, so that they do not crowd the JavaScript thread.
+// The least time between two deliveries, so that the JavaScript thread has time for other work.
 constexpr std::chrono::milliseconds kDeliveryPause{100};
 
-// Constructed, started and destroyed by threads that take turns; parses and delivers on the watcher's thread.
+// Constructed, started and destroyed by threads that take turns. Parses and delivers on the watcher's thread.
 class WatchSession {
   public:
     // Throws std::filesystem::filesystem_error if the folder cannot be listed.
     WatchSession(std::wstring folder, std::unique_ptr<WatchResults> results);
 
-    // Throws std::system_error if there can be no thread.
+    // Throws std::system_error if no thread can be started.
     void Start();
 
-    // Nobody can receive anything any more: what is still to be reported is not even parsed. Any thread.
+    // Nobody can receive results any more: what is not reported yet is not even parsed. Any thread.
     void Abandon() { m_watcher.Abandon(); }
 
-    // Ends the other session, and has its own report what the other one had not reported yet. To be called
-    // before Start.
+    // Ends the other session and takes over what it has not reported. Call before Start.
     void Replace(WatchSession& other);
 
   private:
     const std::unique_ptr<WatchResults> m_results;
-    util::FolderWatcher m_watcher;  // the last member: stopped before the other one goes
+    util::FolderWatcher m_watcher;  // declared last, so destroyed (and stopped) first
 };
 
 }  // namespace orvel::corvane

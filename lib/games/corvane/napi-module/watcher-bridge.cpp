@@ -31,14 +31,14 @@ constexpr char kFolderArgumentError[] =
     "Expected 2 required arguments [callback, ArrayBuffer: key, <folder>]";
 constexpr char kFolderError[] = "Couldn't locate Corvane's Demo Directory.";
 
-// The watching of this process, and the lock under which environments begin and end it. The watcher's thread
-// never takes that lock, so it can be waited for under it.
+// The one watcher of this process. Environments hold the lock while they start or stop it. The watcher's
+// thread never takes the lock, so a holder may wait for that thread.
 struct Watching {
     std::mutex mutex;
     std::unique_ptr<WatchSession> session;
 };
 
-// Never destroyed: at the process's end the watcher's thread may still be running.
+// Never destroyed: the watcher's thread may still run when the process ends.
 Watching& TheWatching() {
     static auto& watching = *new Watching;
     return watching;
@@ -65,15 +65,15 @@ std::unique_ptr<WatchSession> Session(const std::filesystem::path& folder,
 void DeliverFolderError(OwnedChannel channel, bool watching) {
     SetCurrentChannel(std::move(channel));
     QueueResult({nlohmann::json({{"err", kFolderError}}).dump(1)});
-    // A watcher that runs delivers to the new callback from now on; without one, this was all.
+    // A running watcher now delivers to the new callback. Without one, the channel has done its work.
     if (!watching) SetCurrentChannel(nullptr);
-    // Every delivery takes this time, whichever thread makes it.
+    // Every delivery is followed by this pause, whichever thread makes it.
     std::this_thread::sleep_for(kDeliveryPause);
 }
 
-// Makes a new session the current one, and its results those of the channel. The new callback gets each
-// replay from its start, also those whose change the old session was yet to report or is reporting; a result
-// that the old one is working on goes to the old callback as well.
+// Makes the new session and channel the current ones. The new callback gets each replay from its start, also
+// replays that the old session has not reported yet. The result that the old session is working on goes to
+// both callbacks.
 void Begin(Watching& watching, std::unique_ptr<WatchSession> next, OwnedChannel channel) {
     if (watching.session) next->Replace(*watching.session);
     SetCurrentChannel(std::move(channel));
@@ -95,7 +95,7 @@ void StartWatching(Napi::Env env, Napi::Function callback, std::vector<std::uint
     Begin(watching, Session(*folder, ResultsForApplication(std::move(key))), std::move(channel));
 }
 
-// folder: nothing for the demo folder.
+// folder: without a value, the demo folder.
 std::filesystem::path Existing(const std::optional<std::wstring>& folder) {
     if (!folder) {
         if (const auto demos = util::LocateDemoFolder()) return *demos;
@@ -124,8 +124,8 @@ Napi::Value StartCorvaneWatcher(const Napi::CallbackInfo& info) {
         return env.Undefined();
     }
     std::vector<std::uint8_t> key = BytesOf(info[1]);
-    // The interval is accepted, so that it must be readable, but the folder is polled every 500 ms in any
-    // case.
+    // The interval has no effect: the folder is polled every 500 ms. It is still converted, so that a number
+    // that cannot be converted fails.
     if (info.Length() > 2 && info[2].IsNumber()) info[2].ToNumber().Int64Value();
     try {
         StartWatching(env, info[0].As<Napi::Function>(), std::move(key));

@@ -17,7 +17,7 @@ OodleLZ_Compressor CompressorAt(std::span<const std::uint8_t> comp) {
     return OodleLZ_Compressor_Invalid;
 }
 
-// The answer for a stream that is `left` so far and goes on with `right`.
+// The answer for a stream whose first part gives `left` and whose next part gives `right`.
 OodleLZ_Compressor Mix(OodleLZ_Compressor left, OodleLZ_Compressor right) {
     if (left == right) return left;
     const bool allNew = IsIn(kNewLzCompressors, left) && IsIn(kNewLzCompressors, right);

@@ -9,16 +9,16 @@
 
 namespace oo2 {
 
-// See OodleLZ_GetAllChunksCompressor.
+// Documented at OodleLZ_GetAllChunksCompressor.
 OodleLZ_Compressor GetAllChunksCompressor(std::span<const std::uint8_t> comp, std::ptrdiff_t rawLen);
 
 struct CompressedStep {
-    std::ptrdiff_t compUsed = -1;  // -1: a header of the step could not be read
+    std::ptrdiff_t compUsed = -1;  // -1: a header in the step could not be read
     std::ptrdiff_t rawCovered = 0;
 };
 
-// The compressed bytes, block header included, that the step of at most OODLELZ_BLOCK_LEN raw bytes from
-// startRawPos on takes, from its quanta's headers alone; the last may reach past the stream's end.
+// Measures the step of at most OODLELZ_BLOCK_LEN raw bytes from startRawPos on: its compressed size, block
+// header included. Reads only the headers of its quanta. The last quantum may reach past the stream's end.
 CompressedStep GetCompressedStepForRawStep(std::span<const std::uint8_t> comp, std::int64_t startRawPos,
                                            std::ptrdiff_t rawStep);
 

@@ -1,11 +1,10 @@
-// The bit readers of the entropy-coded layouts. Each runs over a byte range forward from its first byte or
-// backward from its last, and takes each byte's bits from bit 7 down (MSB) or from bit 0 up (LSB). A
-// multi-bit value has its first bit as its most significant bit in an MSB reader, as its least significant in
-// an LSB one.
+// The bit readers of the entropy-coded layouts. A reader runs over a range of bytes, forward from its first
+// byte or backward from its last. It takes the bits of a byte from bit 7 down (MSB) or from bit 0 up (LSB).
+// The first bit of a value is its most significant bit in an MSB reader, its least significant bit in an LSB
+// reader.
 //
-// Invariants: a reader may look past the end of its range, where every byte is 0, and touches no memory
-// there; it never fails. Whether it consumed past the end is asked afterwards, with BytesUsed: a partly used
-// byte counts.
+// Invariants: a reader may look past the end of its range. It reads 0 there, touches no memory, and never
+// fails. BytesUsed tells afterwards whether it went past the end; a partly used byte counts.
 #pragma once
 
 #include <bit>
@@ -43,7 +42,7 @@ class BitCursor {
     void Skip(std::size_t bits) { m_bitPos += bits; }
 
   protected:
-    // The 8 bytes from the position's byte on, the first of them in the lowest bits or in the highest.
+    // 8 bytes from the position's byte on; the first byte is in the lowest (or highest) bits.
     std::uint64_t FirstByteLow() const {
         const std::size_t at = m_bitPos / 8;
         if (at + 8 > m_range.size()) [[unlikely]]
@@ -65,7 +64,7 @@ class BitCursor {
                                    (kDirection == Direction::Forward ? at : m_range.size() - at - 8));
     }
 
-    // Takes no `this`, so that a cursor can stay in registers.
+    // Static: without `this`, a cursor can stay in registers.
     [[gnu::noinline]] static std::uint64_t BytesNearEnd(std::span<const std::uint8_t> range, std::size_t at) {
         std::uint64_t word = 0;
         for (unsigned i = 0; i < 8 && at + i < range.size(); ++i) {
@@ -79,7 +78,7 @@ class BitCursor {
     std::size_t m_bitPos = 0;
 };
 
-// The next bits of an MSB reader, to take several values from.
+// The next bits of an MSB reader, for taking several values at once.
 class BitWindow {
   public:
     static constexpr unsigned kBits = 57;
@@ -105,7 +104,7 @@ class MsbReader : public BitCursor<kDirection> {
   public:
     using BitCursor<kDirection>::BitCursor;
 
-    // The next 57 bits or more, from bit 63 down.
+    // At least the next 57 bits, from bit 63 down.
     std::uint64_t Window() const { return this->FirstByteHigh() << this->BitInByte(); }
 
     // 0 to 31 bits.
@@ -118,11 +117,11 @@ class MsbReader : public BitCursor<kDirection> {
         return value;
     }
 
-    // Takes several values at once: opens a window, and closes it when no more than its bits were taken.
+    // For several values at once: Open a window, take at most its bits, then Close it.
     BitWindow Open() const { return BitWindow(Window()); }
     void Close(const BitWindow& window) { this->Skip(window.Taken()); }
 
-    // The number of 0 bits before the next 1, which is taken too; kEndlessUnary or more if none is near.
+    // Counts the 0 bits before the next 1 and takes them all. kEndlessUnary or more if there is no 1 near.
     unsigned ReadUnary() {
         const auto zeros = static_cast<unsigned>(std::countl_zero(Window()));
         this->Skip(zeros + 1);
@@ -130,7 +129,7 @@ class MsbReader : public BitCursor<kDirection> {
     }
 };
 
-// No unary number of a valid stream is as long.
+// No unary number of a valid stream is this long.
 inline constexpr unsigned kEndlessUnary = 32;
 
 template <Direction kDirection>
@@ -138,7 +137,7 @@ class LsbReader : public BitCursor<kDirection> {
   public:
     using BitCursor<kDirection>::BitCursor;
 
-    // The next 25 bits or more, from bit 0 up.
+    // At least the next 25 bits, from bit 0 up.
     std::uint32_t Window() const {
         return static_cast<std::uint32_t>(this->FirstByteLow() >> this->BitInByte());
     }

@@ -1,4 +1,4 @@
-// Passes over byte arrays in rounds of a fixed length, which the compiler turns into vector code.
+// Counts and searches in byte arrays, in rounds of fixed length, which the compiler turns into vector code.
 #pragma once
 
 #include <algorithm>
@@ -10,7 +10,8 @@ namespace oo2 {
 
 inline constexpr std::size_t kScanRound = 128;
 
-// How many bytes there are that `is`. The count of a round fits a byte, so 16 can be counted at once.
+// Counts the bytes for which `is` is true. A round's count fits into a byte, so the compiler can count 16 at
+// once.
 template <typename Predicate>
 std::size_t CountBytes(std::span<const std::uint8_t> bytes, Predicate is) {
     static_assert(kScanRound <= 255);
@@ -25,7 +26,7 @@ std::size_t CountBytes(std::span<const std::uint8_t> bytes, Predicate is) {
     return count;
 }
 
-// 0 if there are none.
+// 0 if there are no bytes.
 inline std::uint8_t HighestByte(std::span<const std::uint8_t> bytes) {
     std::uint8_t highest = 0;
     for (; bytes.size() >= kScanRound; bytes = bytes.subspan(kScanRound)) {

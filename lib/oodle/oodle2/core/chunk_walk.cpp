@@ -16,7 +16,7 @@ constexpr std::uint32_t kLzChunkFlag = 0x800000;
 constexpr std::uint32_t kLzChunkLenMask = 0x7FFFF;
 constexpr unsigned kLiteralModeShift = 19;
 
-// Scratch of a threaded quantum: the records, then an area of the largest size for each chunk.
+// Scratch of a threaded quantum: the records, then one area of the largest size per chunk.
 constexpr std::size_t kThreadedChunkArea = KrakenChunkScratch(kMaxChunkLen);
 static_assert(kStateSize + kRecordArea + kMaxChunks * kThreadedChunkArea + kDecoderMemorySlack ==
               OodleLZ_ThreadPhased_BlockDecoderMemorySizeNeeded);
@@ -44,7 +44,7 @@ std::ptrdiff_t ChunkWalk::BytesUsed() const {
     return m_failed ? -1 : static_cast<std::ptrdiff_t>(m_quantum.payload.size() - m_rest.size());
 }
 
-// The chunks of an unthreaded quantum use the same bytes one after the other.
+// In an unthreaded quantum all chunks use the same bytes, one after the other.
 std::span<std::uint8_t> ChunkWalk::ChunkScratch() const {
     const DecodeContext& context = m_quantum.context;
     const std::size_t begin =
@@ -53,9 +53,9 @@ std::span<std::uint8_t> ChunkWalk::ChunkScratch() const {
 }
 
 // A chunk, by the big-endian number of its first 3 bytes:
-//   bit 23 clear   an array, whose header these bytes begin: the raw bytes themselves
-//   bit 23 set     bits 0-18 the length of the payload behind the 3 bytes; bits 19-22 the literal mode.
-//                  With the raw length as length and mode 0 the payload is the raw bytes, stored.
+//   bit 23 clear   an array: these bytes begin its header, and its bytes are the raw bytes
+//   bit 23 set     bits 0-18: length of the payload, which follows; bits 19-22: literal mode.
+//                  If the length is the raw length and the mode is 0, the payload is the raw bytes, stored.
 ChunkWalk::Outcome ChunkWalk::DecodeChunk() {
     if (m_rest.size() < kChunkHeaderSize) return Outcome::Failed;
     const std::uint32_t header =
@@ -63,7 +63,7 @@ ChunkWalk::Outcome ChunkWalk::DecodeChunk() {
     return (header & kLzChunkFlag) == 0 ? DecodeArrayChunk() : DecodeFramedChunk(header);
 }
 
-// An array chunk is all output, so a threaded quantum leaves it to phase 2.
+// An array chunk goes straight to the output, so a threaded quantum leaves it to phase 2.
 ChunkWalk::Outcome ChunkWalk::DecodeArrayChunk() {
     const std::optional<ArrayHeader> header = newLZ_get_array_header(m_rest, m_chunk.rawLen);
     if (!header || header->rawLen != m_chunk.rawLen) return Outcome::Failed;
@@ -72,7 +72,8 @@ ChunkWalk::Outcome ChunkWalk::DecodeArrayChunk() {
     Log(kLogDetail, "HCHUNK : %d : %d\n", static_cast<int>(m_chunk.rawLen), static_cast<int>(compUsed));
     if (m_chunk.context.phases.write) {
         ArrayScratch scratch = ScratchOf(m_chunk.context);
-        // It is not stored, so that it is decoded into the output: stored, it would take more than rawLen.
+        // A stored array would take more bytes than rawLen, so this one is coded, and is decoded into the
+        // output.
         if (!newLZ_get_array(m_rest, m_chunk.context.Out(), m_chunk.rawLen, scratch)) return Outcome::Failed;
     }
     m_rest = m_rest.subspan(compUsed);

@@ -1,6 +1,6 @@
-// The walk over the chunks of a quantum, which all new compressors cut in the same way. Chunks that are
-// stored or a single array are decoded here. An LZ chunk is decoded by two functions of its compressor:
-// `unpack` (phase 1) makes streams of its payload, `write` (phase 2) makes raw bytes of the streams.
+// Walks over the chunks of a quantum. All new compressors cut a quantum into chunks in the same way. The walk
+// decodes stored chunks and single arrays itself. For an LZ chunk it calls two functions of the compressor:
+// `unpack` (phase 1) makes streams of the payload, `write` (phase 2) makes raw bytes of the streams.
 #pragma once
 
 #include <cstddef>
@@ -15,7 +15,7 @@ namespace oo2 {
 
 // An LZ chunk.
 struct Chunk {
-    DecodeContext context;     // its rawPos is where the chunk's output goes; its scratch is the chunk's own
+    DecodeContext context;     // rawPos is where the chunk's output goes; scratch is the chunk's own
     std::size_t rawLen = 0;    // at most kMaxChunkLen
     unsigned literalMode = 0;  // 4 bits
     std::span<const std::uint8_t> payload;  // fewer bytes than rawLen
@@ -29,7 +29,7 @@ template <typename Streams>
 using WriteChunk = bool (*)(const Chunk& chunk, const Streams& streams);
 
 // Phase 1 of a threaded quantum leaves a record of each LZ chunk at the start of scratch: which chunk it was,
-// and its streams. These point into the rest of scratch and into the payload.
+// and its streams. The streams point into the rest of scratch and into the payload.
 inline constexpr std::size_t kMaxChunks = 2;
 inline constexpr std::size_t kRecordArea = 1024;
 inline constexpr std::size_t kRecordSize = kRecordArea / kMaxChunks;
@@ -48,14 +48,14 @@ class ChunkWalk {
   public:
     explicit ChunkWalk(const Quantum& quantum) : m_quantum(quantum), m_rest(quantum.payload) {}
 
-    // Goes to the next LZ chunk and decodes the others on the way. Null at the quantum's end or after a
+    // Goes to the next LZ chunk; decodes the others on the way. Null at the quantum's end and after a
     // failure.
     const Chunk* NextLzChunk();
 
-    // The bytes of the payload that were taken, or -1 after a failure.
+    // The number of bytes taken from the payload; -1 after a failure.
     std::ptrdiff_t BytesUsed() const;
 
-    // The LZ chunk's identity, and where its record stands.
+    // Identifies the LZ chunk; its record in scratch.
     ChunkId Id() const { return {.rawPos = m_chunk.context.rawPos, .payload = m_chunk.payload}; }
     std::uint8_t* Record() const { return m_quantum.context.scratch.data() + m_index * kRecordSize; }
 
@@ -71,11 +71,11 @@ class ChunkWalk {
     std::span<const std::uint8_t> m_rest;
     std::size_t m_index = 0;  // of the chunk in the quantum
     Chunk m_chunk;
-    std::size_t m_done = 0;  // raw bytes, the chunk's included
+    std::size_t m_done = 0;  // raw bytes, including the present chunk
     bool m_failed = false;
 };
 
-// Decodes a quantum with its compressor's two functions. Returns what a QuantumDecoder returns.
+// Decodes a quantum with its compressor's two functions. The result is that of a QuantumDecoder.
 template <typename Streams>
 std::ptrdiff_t DecodeChunks(const Quantum& quantum, UnpackChunk<Streams> unpack, WriteChunk<Streams> write) {
     struct Record {
@@ -89,7 +89,7 @@ std::ptrdiff_t DecodeChunks(const Quantum& quantum, UnpackChunk<Streams> unpack,
         Record record;
         if (phases.unpack) {
             const bool good = unpack(*chunk, record.streams);
-            // After a failure no phase 2 must find the record of an earlier block: its streams are gone.
+            // After a failure phase 2 must not find an earlier block's record: its streams are gone.
             if (good) record.id = walk.Id();
             if (phases.Threaded()) std::memcpy(walk.Record(), &record, sizeof(record));
             if (!good) return -1;

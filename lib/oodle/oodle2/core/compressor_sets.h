@@ -1,4 +1,4 @@
-// The compressors' names, and the sets of them that steer the frame.
+// The compressors' names, and sets of compressors for the frame's checks.
 #pragma once
 
 #include <cstdint>
@@ -7,7 +7,7 @@
 
 namespace oo2 {
 
-// A set holds bit 1 << id for each of its compressors.
+// A set has bit 1 << id for each of its compressors.
 inline constexpr std::uint32_t kLegacyCompressors = 0x4E7;     // LZH, LZHLW, LZNIB, LZBLW, LZA, LZNA, BitKnit
 inline constexpr std::uint32_t kFuzzSafeCompressors = 0x3F10;  // LZB16 and everything from Kraken on
 inline constexpr std::uint32_t kNewLzCompressors = 0x3B00;     // Kraken, Mermaid, Selkie, Hydra, Leviathan

@@ -14,8 +14,8 @@ namespace {
 constexpr std::int64_t kBlockLen = OODLELZ_BLOCK_LEN;
 constexpr int kMaxCallsWithoutProgress = 1000;
 
-// The decoder of each decode type's quanta. A type that is known but has no decoder has a null one: its
-// quanta are refused like corrupt ones.
+// The quantum decoder of each decode type. A known type without a decoder has null: its quanta are refused
+// like corrupt ones.
 constexpr struct {
     DecodeType type;
     QuantumDecoder decode;
@@ -33,7 +33,7 @@ StepStatus Failed(LogText text) {
     return StepStatus::Failed;
 }
 
-// Fills `out` with the `distance` bytes before it, again and again.
+// Repeats the `distance` bytes before `out` until `length` bytes are written.
 void CopyPattern(std::uint8_t* out, std::size_t distance, std::size_t length) {
     const std::uint8_t* const from = out - distance;
     while (length > 0) {
@@ -88,7 +88,7 @@ StepStatus Step::Run(DecodeSomeResult& result) {
         m_context.rawPos += static_cast<std::int64_t>(m_rawLen);
         m_state.callsWithoutProgress = 0;
     } else {
-        m_state.blockHeaderPos = formerHeaderPos;  // it was not used, so the next call reads it again
+        m_state.blockHeaderPos = formerHeaderPos;  // not used: the next call reads the header again
     }
     return status;
 }
@@ -115,7 +115,7 @@ StepStatus Step::ReadHeader() {
     return StepStatus::Done;
 }
 
-// Also sets how much scratch a chunk of the block may use.
+// Also sets the scratch limit of the block's chunks.
 bool Step::BlockIsDecodable(OodleLZ_Compressor compressor) {
     if (m_context.fuzzSafe && !IsIn(kFuzzSafeCompressors, compressor)) {
         return Fail("OODLE ERROR : Requested Fuzz Safety, saw a compressor that can't decode Safe\n");
@@ -133,7 +133,7 @@ bool Step::WindowIsWhole() const {
     const OodleLZ_Compressor compressor = CompressorOf(m_state.block);
     if (!Check(compressor != OodleLZ_Compressor_Invalid, "OODLE ERROR : invalid decodeType!\n")) return false;
     if (m_context.rawEnd <= m_context.windowEnd) return true;
-    // The output would have to slide through a smaller window.
+    // A smaller window would have to slide.
     return Check(std::has_single_bit(static_cast<std::uint64_t>(m_context.windowEnd)),
                  "OODLE ERROR : sliding window must be pow2!\n") &&
            Check(IsIn(kLegacyCompressors, compressor),

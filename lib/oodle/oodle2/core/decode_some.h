@@ -1,4 +1,4 @@
-// One step of the frame: a block header where one is due, then one quantum.
+// One step of the frame: a block header if one is due, then one quantum.
 #pragma once
 
 #include <cstddef>
@@ -9,15 +9,15 @@
 
 namespace oo2 {
 
-// Both 0: more compressed bytes are needed, and none were used.
+// Both 0: the step needs more compressed bytes, and has used none.
 struct DecodeSomeResult {
     std::ptrdiff_t rawDecoded = 0;
     std::ptrdiff_t compUsed = 0;
 };
 
-// Decodes at most one quantum, or one stored block, of the stream that goes on with `comp`, and moves the
-// state's rawPos past it; reads the block header first at a block's start. Returns false after a failure,
-// which it has logged.
+// Decodes at most one quantum, or one stored block, from `comp`, where the stream goes on, and advances the
+// state's rawPos. At a block's start it reads the block header first. Returns false after a failure, which it
+// has logged.
 bool DecodeSome(OodleLZDecoderState& state, std::span<const std::uint8_t> comp, DecodeSomeResult& result);
 
 }  // namespace oo2

@@ -1,4 +1,4 @@
-// The frame's state over one call of OodleLZ_Decompress, and the size of the memory it stands in.
+// The frame's state during one call of OodleLZ_Decompress, and the size of its memory.
 #pragma once
 
 #include <cstddef>
@@ -9,30 +9,29 @@
 
 namespace oo2 {
 
-// Placed at the start of the decoder memory, rounded up to kDecoderMemoryAlignment; the scratch area follows
-// it.
+// Stands at the start of decoder memory, aligned to kDecoderMemoryAlignment. Scratch follows it.
 struct OodleLZDecoderState {
     DecodeContext context;
     BlockHeader block;                 // the last block header
-    std::int64_t blockHeaderPos = -1;  // where it stood; -1: none was read
+    std::int64_t blockHeaderPos = -1;  // where that header stood; -1: none was read
     std::int32_t callsWithoutProgress = 0;
-    std::ptrdiff_t scratchSize = 0;  // bytes the memory holds from here on, this state included
-    void* ownedMemory = nullptr;     // what to give back to the allocator hook at the end, if anything
+    std::ptrdiff_t scratchSize = 0;  // bytes of memory from here on, this state included
+    void* ownedMemory = nullptr;     // to be freed by the allocator hook at the end; may be null
 };
 
-// Bytes of the scratch size that are the state's, for every compressor.
+// Bytes of the scratch size that belong to the state, for every compressor.
 inline constexpr std::ptrdiff_t kStateSize = 168;
 static_assert(sizeof(OodleLZDecoderState) <= kStateSize);
 
-// Decoder memory is this much larger than the scratch size, which leaves room to align its start.
+// Decoder memory is larger than the scratch size by this, so that its start can be aligned.
 inline constexpr std::ptrdiff_t kDecoderMemorySlack = 16;
 inline constexpr std::size_t kDecoderMemoryAlignment = 16;
 
-// The scratch size that a compressor needs for output that ends at rawEnd, kStateSize included.
+// The scratch size, kStateSize included, that a compressor needs for output that ends at rawEnd.
 std::ptrdiff_t ScratchSizeNeeded(OodleLZ_Compressor compressor, std::int64_t rawEnd);
 
-// A state with that context at the start of `memory`, which has `size` bytes, kStateSize and
-// kDecoderMemorySlack at least, and outlives it.
+// Makes a state with this context at the start of `memory`. size: at least kStateSize plus
+// kDecoderMemorySlack. The memory must outlive the state.
 OodleLZDecoderState* PlaceDecoderState(void* memory, std::ptrdiff_t size, const DecodeContext& context);
 
 }  // namespace oo2

@@ -11,7 +11,7 @@ namespace {
 
 constexpr std::ptrdiff_t kStackScratchLimit = 0x8000;
 
-// One call of OodleLZ_Decompress, its steps in the order in which they fail.
+// One call of OodleLZ_Decompress. The steps stand in the order in which they can fail.
 class Call {
   public:
     Call(const DecompressArgs& args, DecodePath path) : m_args(args) {
@@ -57,7 +57,7 @@ bool Call::FindWindow() {
     m_backup = static_cast<std::int64_t>(begin - base);
     if (!FitsSignedSize(m_args.rawLen, kSignedSizeLimit - m_backup)) return false;
     m_context.rawPos = m_backup;
-    m_context.resetPos = 0;  // so that the dictionary is within reach
+    m_context.resetPos = 0;  // so that matches can reach the dictionary
     m_context.rawEnd = m_backup + m_args.rawLen;
     m_context.windowEnd = m_args.decBufSize > 0 ? m_args.decBufSize : m_context.rawEnd;
     return true;
@@ -113,7 +113,7 @@ std::ptrdiff_t Call::RunInSomeMemory() const {
         return RunIn(*PlaceDecoderState(m_args.decoderMemory, m_args.decoderMemorySize, m_context));
     }
     if (needed - kDecoderMemorySlack < kStackScratchLimit) {
-        // Below the limit only the state is needed: the scratch of an LZ chunk alone is larger.
+        // Below the limit only the state is needed: the scratch of one LZ chunk alone reaches the limit.
         static_assert(kChunkScratchBase >= kStackScratchLimit);
         std::uint8_t memory[kStateSize + kDecoderMemorySlack];
         return RunIn(*PlaceDecoderState(memory, sizeof(memory), m_context));
@@ -137,7 +137,7 @@ std::ptrdiff_t Call::RunIn(OodleLZDecoderState& state) const {
     return 0;
 }
 
-// False if a step failed or the callback stopped it.
+// Returns false if a step failed or the callback stopped the call.
 bool Call::Loop(OodleLZDecoderState& state) const {
     std::int64_t& rawPos = state.context.rawPos;
     std::size_t compPos = 0;

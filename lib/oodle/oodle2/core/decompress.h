@@ -1,4 +1,4 @@
-// OodleLZ_Decompress with its arguments as a record and the choice of path.
+// OodleLZ_Decompress with its arguments as a struct and a choice of path.
 #pragma once
 
 #include <cstddef>
@@ -9,7 +9,7 @@
 
 namespace oo2 {
 
-// The arguments of OodleLZ_Decompress, by its names.
+// The arguments of OodleLZ_Decompress, under the same names.
 struct DecompressArgs {
     const std::uint8_t* compBuf = nullptr;
     std::ptrdiff_t compBufSize = 0;

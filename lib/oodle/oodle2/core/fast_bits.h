@@ -1,17 +1,17 @@
-// The window through which the fast loops read an LSB stream.
+// The window through which the fast loops read LSB streams.
 #pragma once
 
 #include "oodle/oodle2/core/bit_readers.h"
 
 namespace oo2 {
 
-// `bits` holds the stream's next bits from bit 0 up. Above them are zeros and a single 1, the marker. Taking
-// n bits is a shift by n. The marker moves down with the bits, so its position tells how many were taken
-// since Refill; nothing else needs to be counted.
+// `bits` holds the stream's next bits from bit 0 up. Above them are zeros, and then a single 1, the marker.
+// Taking n bits is a shift by n. The marker moves down with the bits, so its position tells how many bits
+// were taken since the last Refill. Nothing else counts them.
 //
-// Refill moves `ptr` past the whole bytes taken, loads a word there, drops the bits of its first byte that
-// were taken before, and puts the marker on the top bit. Then kBits can be taken: the marker and at most 7
-// dropped bits cost the word the rest. The word must lie within memory that may be read: see SafeRounds.
+// Refill moves `ptr` past the whole bytes taken and loads a word there. It drops the bits of the first byte
+// that were taken before, and puts the marker on the top bit. The marker and the at most 7 dropped bits leave
+// kBits to take. The word must lie in readable memory: see SafeRounds.
 template <Direction kDirection>
 struct FastBits {
     using Word = std::size_t;
@@ -19,14 +19,15 @@ struct FastBits {
     static constexpr unsigned kBits = kWordBits - 1 - 7;
     static constexpr Word kMarker = Word{1} << (kWordBits - 1);
 
-    // From the position of a reader of `range` on.
+    // Starts at the position of a reader of `range`.
     FastBits(std::span<const std::uint8_t> range, const LsbReader<kDirection>& reader)
         : origin(kDirection == Direction::Forward ? range.data() : range.data() + range.size()),
           ptr(Advance(origin, reader.BitsUsed() / 8)),
           bits(kMarker >> reader.BitsUsed() % 8) {}
 
-    // How many rounds of one Refill and up to kBits bits are safe, which means that their words lie within
-    // `memory`. `ptr` must be inside it or at its end. Each Refill first moves `ptr` by less than a word.
+    // How many rounds are safe. A round is one Refill and up to kBits bits; it is safe if its word lies in
+    // `memory`. `ptr` must be inside `memory` or at its end. Each Refill first moves `ptr` by less than a
+    // word.
     std::size_t SafeRounds(std::span<const std::uint8_t> memory) const {
         const std::ptrdiff_t room =
             kDirection == Direction::Forward ? memory.data() + memory.size() - ptr : ptr - memory.data();
@@ -34,8 +35,8 @@ struct FastBits {
         return room < kWord ? 0 : static_cast<std::size_t>((room - kWord) / (kWord - 1));
     }
 
-    // The bytes to move by are (kWordBits - 1 - marker) / 8, put so that the way from the marker to the load
-    // is short: every stream waits for it once a round.
+    // Moves by (kWordBits - 1 - marker) / 8 bytes. Written so that few steps lead from the marker to the
+    // load: every stream waits for them once a round.
     void Refill() {
         const unsigned marker = Marker();
         Word word;

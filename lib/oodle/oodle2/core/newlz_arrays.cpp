@@ -17,11 +17,11 @@ std::uint64_t BigEndian(std::span<const std::uint8_t> in, std::size_t count) {
     return value;
 }
 
-// An array header, big-endian, the type in bits 4 to 6 of its first byte:
-//   bit 7 set, type 0     2 bytes   bits 0-11 length
-//   bit 7 set, others     3 bytes   bits 0-9 compressed length c, bits 10-19 d: raw length c + 1 + d
-//   bit 7 clear, type 0   3 bytes   bits 0-23 length, below 0x40000
-//   bit 7 clear, others   5 bytes   bits 0-17 compressed length, bits 18-35 raw length less 1
+// An array header, big-endian. The type is in bits 4 to 6 of its first byte:
+//   bit 7 set, type 0     2 bytes   bits 0-11: length
+//   bit 7 set, others     3 bytes   bits 0-9: compressed length c; bits 10-19: d; raw length c + 1 + d
+//   bit 7 clear, type 0   3 bytes   bits 0-23: length, below 0x40000
+//   bit 7 clear, others   5 bytes   bits 0-17: compressed length; bits 18-35: raw length less 1
 bool ReadShortHeader(std::span<const std::uint8_t> in, ArrayHeader& header) {
     if (header.type == ArrayType::Stored) {
         header.size = 2;
@@ -39,7 +39,7 @@ bool ReadShortHeader(std::span<const std::uint8_t> in, ArrayHeader& header) {
 bool ReadLongHeader(std::span<const std::uint8_t> in, ArrayHeader& header) {
     if (header.type == ArrayType::Stored) {
         const bool endsWithZeros =
-            in.size() == 3 && BigEndian(in, 3) == 0;  // an empty array, the last of its input
+            in.size() == 3 && BigEndian(in, 3) == 0;  // an empty array that ends the input
         if (!Check(in.size() >= 4 || endsWithZeros, "OODLE ERROR : corruption : header == 0\n")) return false;
         header.size = 3;
         header.compLen = header.rawLen = static_cast<std::size_t>(BigEndian(in, 3));
@@ -53,7 +53,7 @@ bool ReadLongHeader(std::span<const std::uint8_t> in, ArrayHeader& header) {
     return header.compLen > 0 && header.compLen < header.rawLen;
 }
 
-// Not inlined: its tables must not lie on the stack once for each level of arrays inside arrays.
+// Not inlined: otherwise every level of nested arrays would have its tables on the stack.
 [[gnu::noinline]] bool DecodeHuffman(bool split, std::span<const std::uint8_t> comp,
                                      std::span<std::uint8_t> out, const ArrayScratch& scratch) {
     if (scratch.batch) return scratch.batch->Add(comp, out, split);
@@ -78,7 +78,7 @@ bool DecodeCoded(ArrayType type, std::span<const std::uint8_t> comp, std::span<s
     }
 }
 
-// Whether an array of that many raw bytes may be read here; takes it off the budget of arrays inside arrays.
+// Checks nesting and budget for an array of this many raw bytes, and takes it off the budget.
 bool Enter(ArrayScratch& scratch, std::size_t rawLen) {
     if (scratch.depth == 0) return true;
     if (scratch.depth >= ArrayScratch::kMaxNesting || rawLen > scratch.innerBytesLeft) return false;
@@ -119,7 +119,7 @@ std::optional<DecodedArray> newLZ_get_array(std::span<const std::uint8_t> in, st
     ArrayScratch inner = scratch;
     ++inner.depth;
     const bool isHuffman = header->type == ArrayType::Huffman || header->type == ArrayType::HuffmanSplit;
-    if (!isHuffman) inner.batch = nullptr;  // what is inside must be there at once
+    if (!isHuffman) inner.batch = nullptr;  // arrays inside must be decoded at once
     const bool good = DecodeCoded(header->type, comp, out, inner);
     scratch.innerBytesLeft = inner.innerBytesLeft;
     if (!good) return std::nullopt;

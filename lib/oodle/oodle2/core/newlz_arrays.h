@@ -1,4 +1,4 @@
-// Byte arrays. Every coded quantum is made of them. An array is a header, which tells the coding and both
+// Byte arrays, the parts of every coded quantum. An array is a header, which gives the coding and both
 // lengths, and the coded bytes.
 #pragma once
 
@@ -30,18 +30,18 @@ struct ArrayHeader {
 
 class HuffBatch;
 
-// Output memory and nesting limits. An array inside another is decoded into what scratch has left, and gives
-// it back when the outer array is done.
+// Output memory and nesting limits. A nested array is decoded into what is left of scratch, and gives it back
+// when the outer array is done.
 struct ArrayScratch {
     std::uint8_t* next = nullptr;
     std::uint8_t* end = nullptr;
     DecodePath path = DecodePath::Fast;
-    unsigned depth = 0;  // arrays around the one to read
-    // If given, Huffman arrays are only prepared: their bytes are there once the batch has run.
+    unsigned depth = 0;  // the number of arrays around the one to read
+    // If not null, Huffman arrays are only prepared: their bytes are there once the batch has run.
     HuffBatch* batch = nullptr;
-    // Raw bytes that the arrays inside others may still have, over the whole chunk. Without a budget a few
-    // bytes of input could ask for hundreds of thousands, many times over. This one lets the deepest nesting
-    // hold the largest array at every level.
+    // The raw bytes that nested arrays may still have, over the whole chunk. Without this budget a few bytes
+    // of input could ask for hundreds of thousands of bytes, many times over. The budget allows the largest
+    // array at every level of the deepest nesting.
     std::size_t innerBytesLeft = kMaxNesting * kMaxArrayLen;
 
     static constexpr unsigned kMaxNesting = 16;
@@ -62,13 +62,13 @@ struct DecodedArray {
     std::size_t compUsed = 0;             // header included
 };
 
-// Decodes the array at the start of `in`, of at most `capacity` raw bytes, into `dest`. When that is null, it
-// goes into scratch, whose `next` then moves past it. A stored array stays where it is, in `in`. Returns
-// nothing if the array is corrupt or too long. Some reasons are logged here; the caller reports the rest.
+// Decodes the array at the start of `in`, of at most `capacity` raw bytes, into `dest`. With a null `dest` it
+// goes into scratch, and scratch.next moves past it. A stored array stays in `in`. Returns nothing if the
+// array is corrupt or too long. Logs some reasons; the caller reports the rest.
 std::optional<DecodedArray> newLZ_get_array(std::span<const std::uint8_t> in, std::uint8_t* dest,
                                             std::size_t capacity, ArrayScratch& scratch);
 
-// Reads the header alone, under the same conditions.
+// Reads only the header, under the same conditions.
 std::optional<ArrayHeader> newLZ_get_array_header(std::span<const std::uint8_t> in, std::size_t capacity);
 
 }  // namespace oo2

@@ -38,7 +38,7 @@ bool HuffBlock::Open(std::span<const std::uint8_t> comp, std::span<std::uint8_t>
 }
 
 bool HuffBlock::Finish() {
-    // Whatever ran before decoded whole turns.
+    // The fast loop stops after whole turns, so the first byte left is stream A's.
     for (std::size_t i = 0; i < m_out.size(); ++i) {
         switch (i % kStreams) {
             case 0:
@@ -55,8 +55,8 @@ bool HuffBlock::Finish() {
     return m_a.BytesUsed() == m_lengthA && m_b.BytesUsed() + m_c.BytesUsed() == m_streams.size() - m_lengthA;
 }
 
-// The streams' windows. A may be read past its end, and C and B past each other: all of that is within the
-// block, and consuming it fails the test at the end.
+// The windows of the three streams. A may read past its end, and B and C past each other. All of that is
+// within the block. If a stream also takes such bits, the test at the end fails.
 struct HuffBlock::Lanes {
     static constexpr std::size_t kTurns = FastBits<Direction::Forward>::kBits / kMaxCodeLength;
     static constexpr std::size_t kSymbolsPerRound = kStreams * kTurns;
@@ -70,7 +70,7 @@ struct HuffBlock::Lanes {
           out(block.m_out.data()),
           outLeft(block.m_out.size()) {}
 
-    // How often the loop may run without asking again.
+    // How many rounds the loop may run before it must ask again.
     std::size_t SafeRounds() const {
         return std::min(
             {outLeft / kSymbolsPerRound, a.SafeRounds(memory), b.SafeRounds(memory), c.SafeRounds(memory)});
@@ -152,8 +152,8 @@ void HuffBlock::RunFast(HuffBlock& block0, HuffBlock& block1) {
     lanes1.Store(block1);
 }
 
-// The compressed bytes: the code's description, padded to a whole byte; then one block, or two in the split
-// framing. A code with a single symbol has no block: the array is that symbol repeated.
+// The compressed bytes: the description of the code, padded to a whole byte; then one block, or two in split
+// framing. A code with a single symbol has no block: the array repeats that symbol.
 bool HuffBatch::Add(std::span<const std::uint8_t> comp, std::span<std::uint8_t> out, bool split) {
     MsbReader<Direction::Forward> in(comp);
     HuffCode code;
@@ -169,8 +169,8 @@ bool HuffBatch::Add(std::span<const std::uint8_t> comp, std::span<std::uint8_t> 
     return split ? AddSplit(comp, out, table) : m_blocks[m_blockCount++].Open(comp, out, table);
 }
 
-// Split framing: 3 bytes, little-endian, the length of the first block; that block, with the first half of
-// the output, rounded up; and a second block with the rest.
+// Split framing: 3 bytes, little-endian, the length of the first block; the first block, with the first half
+// of the output, rounded up; the second block, with the rest.
 bool HuffBatch::AddSplit(std::span<const std::uint8_t> comp, std::span<std::uint8_t> out,
                          const HuffTable& table) {
     constexpr std::size_t kLeast = 6;
@@ -184,7 +184,7 @@ bool HuffBatch::AddSplit(std::span<const std::uint8_t> comp, std::span<std::uint
            m_blocks[m_blockCount++].Open(comp.subspan(length0), out.subspan(half), table);
 }
 
-// Two at a time, as long as there are two.
+// Runs two blocks at a time while there are two.
 void HuffBatch::RunFast() {
     std::size_t next = 0;
     const auto take = [&]() -> HuffBlock* {

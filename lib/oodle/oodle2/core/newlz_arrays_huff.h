@@ -1,4 +1,4 @@
-// Huffman arrays, decoded several at a time.
+// Huffman arrays; several are decoded at a time.
 #pragma once
 
 #include <array>
@@ -12,24 +12,24 @@
 
 namespace oo2 {
 
-// A block of output bytes. Three streams take turns in giving them:
+// A block of output bytes. Three streams give them in turn:
 //   2 bytes   length of A, little-endian
 //   A         output bytes 0, 3, 6, ...: LSB forward
-//   C         output bytes 2, 5, 8, ...: LSB forward, from the byte after A
-//   B         output bytes 1, 4, 7, ...: LSB backward, from the block's end; it ends where C does
+//   C         output bytes 2, 5, 8, ...: LSB forward, from the byte behind A
+//   B         output bytes 1, 4, 7, ...: LSB backward, from the block's end; it ends where C ends
 class HuffBlock {
   public:
-    // False if the block has no room for what it must hold. The table must outlive the block.
+    // Returns false if the block is too short for its parts. The table must outlive the block.
     bool Open(std::span<const std::uint8_t> comp, std::span<std::uint8_t> out, const HuffTable& table);
 
-    // Whether RunFast has room for a round.
+    // Whether there is enough left for a round of RunFast.
     bool CanRunFast() const;
 
-    // Decodes the block, or two side by side, until one has less left than a round of the loop takes.
+    // Decodes one block, or two side by side, until one has less left than a round needs.
     static void RunFast(HuffBlock& block);
     static void RunFast(HuffBlock& block0, HuffBlock& block1);
 
-    // Decodes what is left, byte by byte. False if A does not end where C begins, or C not where B ends.
+    // Decodes the rest byte by byte. Returns false if A does not end where C begins, or B not where C ends.
     bool Finish();
 
   private:
@@ -38,24 +38,24 @@ class HuffBlock {
     const HuffTable* m_table = nullptr;
     std::span<const std::uint8_t> m_streams;  // A, C and B
     std::size_t m_lengthA = 0;
-    std::span<std::uint8_t> m_out;  // what is not decoded yet
+    std::span<std::uint8_t> m_out;  // the part not decoded yet
     LsbReader<Direction::Forward> m_a{{}};
     LsbReader<Direction::Backward> m_b{{}};
     LsbReader<Direction::Forward> m_c{{}};
 };
 
-// The Huffman arrays of a chunk, decoded together. A stream by itself mostly waits for the look-up that tells
-// where the next code begins. With six streams side by side a byte takes 0.41 ns, with three 0.75 (GCC
-// 12, 4.0 GHz; 60,000 bytes of text, split and plain framing).
+// The Huffman arrays of a chunk, decoded together. A single stream mostly waits for the look-up that tells
+// where the next code begins. With six streams side by side a byte takes 0.41 ns, with three 0.75 (GCC 12,
+// 4.0 GHz; 60,000 bytes of text, split and plain framing).
 class HuffBatch {
   public:
     static constexpr std::size_t kMaxArrays = 5;  // an LZ chunk has no more
 
-    // Reads the code of an array and prepares its blocks; `comp` and `out` must stay until Run. False if it
-    // is corrupt, or one more than kMaxArrays.
+    // Reads an array's code and prepares its blocks. `comp` and `out` must stay valid until Run. Returns
+    // false if the array is corrupt, or one more than kMaxArrays.
     bool Add(std::span<const std::uint8_t> comp, std::span<std::uint8_t> out, bool split);
 
-    // Decodes all arrays. False if one is corrupt.
+    // Decodes all arrays. Returns false if one is corrupt.
     bool Run(DecodePath path);
 
   private:

@@ -7,13 +7,13 @@ namespace oo2 {
 namespace {
 
 struct RunLengthCommand {
-    std::size_t literals = 0;  // to copy
-    std::size_t fills = 0;     // of the fill byte, after them
+    std::size_t literals = 0;  // bytes to copy
+    std::size_t fills = 0;     // fill bytes behind the literals
     std::size_t size = 1;      // bytes of the command
-    bool setsFill = false;     // instead: the next literal becomes the fill byte
+    bool setsFill = false;     // does only this: the next literal becomes the fill byte
 };
 
-// Commands are read from the buffer's end down. c is the last byte, u = c * 256 + the byte before it:
+// Commands are read backward from the buffer's end. c is the last byte, u = c * 256 + the byte before it:
 //   c = 0, c >= 0x30     1 byte    15 - (c & 15) literals, c >> 4 fills
 //   c = 1                1 byte    the next literal becomes the fill byte
 //   c = 2 to 8           2 bytes   (u - 0x1FF) * 64 literals
@@ -53,7 +53,7 @@ bool Run(std::span<const std::uint8_t> buffer, std::span<std::uint8_t> out) {
     return out.empty();
 }
 
-// Joins the array at the start of `comp` and the bytes behind it, in scratch. Empty if that fails.
+// Puts the array at the start of `comp` and the bytes behind it together in scratch. Empty if that fails.
 std::span<const std::uint8_t> JoinInScratch(std::span<const std::uint8_t> comp, ArrayScratch& scratch) {
     std::uint8_t* const joined = scratch.next;
     const auto front = newLZ_get_array(comp, nullptr, ArrayScratch::kMaxArrayLen, scratch);
@@ -69,9 +69,9 @@ std::span<const std::uint8_t> JoinInScratch(std::span<const std::uint8_t> comp, 
 }  // namespace
 
 // The compressed bytes:
-//   one byte                  the whole array is that byte repeated
+//   one byte                  the whole array repeats that byte
 //   0, then the buffer        (no array header begins with 0 here)
-//   an array, then more       the array's bytes and what follows it, joined, are the buffer
+//   an array, then more       the array's bytes and the bytes behind it together are the buffer
 bool newLZ_decode_rle(std::span<const std::uint8_t> comp, std::span<std::uint8_t> out,
                       ArrayScratch& scratch) {
     if (comp.size() == 1) {

@@ -1,4 +1,4 @@
-// Run-length arrays: one buffer with literal bytes at its front and commands at its end, meeting in between.
+// Run-length arrays: one buffer. Literals run from its front, commands from its end; they meet in between.
 #pragma once
 
 #include <cstdint>
@@ -8,7 +8,7 @@
 
 namespace oo2 {
 
-// Decodes an array: takes all of `comp` and fills all of `out`, or returns false.
+// Decodes an array. Returns false unless it uses all of `comp` and fills all of `out`.
 bool newLZ_decode_rle(std::span<const std::uint8_t> comp, std::span<std::uint8_t> out, ArrayScratch& scratch);
 
 }  // namespace oo2

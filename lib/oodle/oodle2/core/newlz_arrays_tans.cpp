@@ -14,10 +14,10 @@ constexpr std::size_t kStates = 5;
 constexpr std::size_t kLeastComp = 8;
 constexpr std::uint32_t kLargestLastState = 255;
 
-// Data: F, LSB forward from its first byte, and R, LSB backward from its last; they end where they meet.
+// Data: F, LSB forward from its first byte, and R, LSB backward from its last. They end where they meet.
 //   five states      the table's bits each: 0, 2 and 4 from F, 1 and 3 from R
-//   for each output  byte i is the symbol of state i % 5, whose next bits come from F for five bytes, from R
-//   byte but five    for the next five, and so on
+//   output bytes     byte i is the symbol of state i % 5; the state's next bits come from F for five bytes,
+//                    then from R for five bytes, and so on
 // The last five output bytes are the states themselves.
 class TansDecoder {
   public:
@@ -65,7 +65,7 @@ void StepFast(std::uint32_t& state, FastBits<kDirection>& window, const TansTabl
 constexpr std::size_t kStepsPerRefill = FastBits<Direction::Forward>::kBits / kMaxTansBits;
 constexpr std::size_t kRefillsPerFive = (kStates + kStepsPerRefill - 1) / kStepsPerRefill;
 
-// Five steps of one reader, with as few refills as its word allows.
+// Five steps on one reader, with as few refills as its word allows.
 template <Direction kDirection>
 void RunFive(std::array<std::uint32_t, kStates>& states, FastBits<kDirection>& window, const TansTable& table,
              std::uint8_t* out) {
@@ -101,7 +101,7 @@ void TansDecoder::RunFast() {
 }
 
 bool TansDecoder::Finish() {
-    // Whatever ran before ran whole rounds of ten.
+    // The fast loop stops after whole rounds of ten, so the next byte is the first of a round.
     const std::size_t end = m_out.size() - kStates;
     for (std::size_t i = 0; m_done < end; ++i, ++m_done) {
         std::uint32_t& state = m_states[i % kStates];
@@ -127,7 +127,7 @@ bool TansDecoder::EndsMeet() const {
 
 }  // namespace
 
-// The compressed bytes: the table's description, padded to a whole byte; then the data.
+// The compressed bytes: the description of the table, padded to a whole byte; then the data.
 bool newLZ_decode_tans(std::span<const std::uint8_t> comp, std::span<std::uint8_t> out, DecodePath path) {
     if (!Check(comp.size() >= kLeastComp, "OODLE ERROR : corruption : comp_len >= 8\n") ||
         !Check(out.size() >= kStates, "OODLE ERROR : corruption : to_len >= 5\n")) {

@@ -1,4 +1,4 @@
-// tANS arrays: five states that take turns, fed from both ends of the data.
+// tANS arrays: five states that take turns, with bits from both ends of the data.
 #pragma once
 
 #include <cstdint>
@@ -8,7 +8,7 @@
 
 namespace oo2 {
 
-// Decodes an array: takes all of `comp` and fills all of `out`, or returns false.
+// Decodes an array. Returns false unless it uses all of `comp` and fills all of `out`.
 bool newLZ_decode_tans(std::span<const std::uint8_t> comp, std::span<std::uint8_t> out, DecodePath path);
 
 }  // namespace oo2

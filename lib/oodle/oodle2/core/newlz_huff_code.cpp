@@ -15,8 +15,8 @@ constexpr unsigned kMaxGammaZeros = 7;
 constexpr unsigned kMaxDenseUnary = 20;
 constexpr unsigned kMaxSparseLengthBits = 4;
 
-// A run of 1 to 510 symbols: z zeros, then z + 2 bits that begin with a 1; they are the run plus 1. 0 is
-// corrupt.
+// Reads a run of 1 to 510 symbols: z zeros, then z + 2 bits that begin with a 1. These bits are the run plus
+// 1. 0 means corrupt.
 unsigned ReadGammaRun(DescriptionReader& in) {
     const auto zeros = static_cast<unsigned>(std::countl_zero(in.Window()));
     if (zeros > kMaxGammaZeros) return 0;
@@ -24,9 +24,9 @@ unsigned ReadGammaRun(DescriptionReader& in) {
     return in.Read(zeros + 2) - 1;
 }
 
-// First form, dense: 2 bits f; 1 bit, set if symbol 0 is used; then a gamma run of unused symbols and one of
-// used symbols, again and again. Each used symbol has its code length: a unary number and f low bits, a
-// difference from a running average.
+// First form, dense: 2 bits f; 1 bit, set if symbol 0 is used. Then a gamma run of unused symbols and one of
+// used symbols, in turn. Each used symbol has its code length, as a difference from a running average: a
+// unary number and f low bits.
 bool ReadDense(DescriptionReader& in, HuffCode& code) {
     const unsigned lowBits = in.Read(2);
     bool skipUnused = in.Read(1) != 0;
@@ -53,7 +53,7 @@ bool ReadDense(DescriptionReader& in, HuffCode& code) {
     return symbol == kSymbols && code.SymbolCount() >= 2;
 }
 
-// First form, sparse: 8 bits n; with n = 1, 8 bits, the only symbol; otherwise 3 bits w, then n times 8 bits
+// First form, sparse: 8 bits n. With n = 1: 8 bits, the only symbol. Otherwise 3 bits w, then n times 8 bits
 // symbol and w bits length less 1. The symbols stand in the order of their codes, which need not be
 // ascending.
 bool ReadSparse(DescriptionReader& in, HuffCode& code) {
@@ -71,8 +71,8 @@ bool ReadSparse(DescriptionReader& in, HuffCode& code) {
     return true;
 }
 
-// Second form: 2 bits f; 8 bits n - 1; the unary numbers of n symbols and of the runs; f low bits for each
-// symbol; the runs' bits. A length is a difference from a running average here too.
+// Second form: 2 bits f; 8 bits n - 1; the unary numbers of the n symbols and of the runs; f low bits for
+// each symbol; the bits of the runs. Here too a length is a difference from a running average.
 bool ReadSecondForm(DescriptionReader& in, HuffCode& code) {
     const unsigned lowBits = in.Read(2);
     UsedSymbols used;
@@ -112,7 +112,7 @@ bool HuffCode::Add(std::uint8_t symbol, int length) {
     return true;
 }
 
-// 1 bit: the form. In the first form 1 bit more, dense or sparse; in the second 1 bit that is 0.
+// 1 bit: the form. Then 1 bit: in the first form dense or sparse, in the second form 0.
 bool ReadHuffCode(DescriptionReader& in, HuffCode& code) {
     if (in.Read(1) == 0) return in.Read(1) != 0 ? ReadDense(in, code) : ReadSparse(in, code);
     if (in.Read(1) != 0) {
@@ -122,9 +122,9 @@ bool ReadHuffCode(DescriptionReader& in, HuffCode& code) {
     return ReadSecondForm(in, code);
 }
 
-// The table grows from 2 entries for codes of 1 bit to 4 for those of 2 bits, and so on. Each time the second
-// half is a copy of the first: the halves differ in a bit that shorter codes do not look at. Then the codes
-// of that length are entered.
+// The table grows with the code length: 2 entries for codes of 1 bit, 4 for codes of 2 bits, and so on. At
+// each step the second half becomes a copy of the first, since the halves differ in a bit that shorter codes
+// do not have. Then the codes of that length are entered.
 bool HuffTable::Build(const HuffCode& code) {
     std::size_t space = 0;
     for (unsigned length = 1; length <= kMaxCodeLength; ++length) {

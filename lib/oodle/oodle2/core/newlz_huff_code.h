@@ -1,4 +1,4 @@
-// A Huffman code as an array's description gives it, and the table that decodes it.
+// A Huffman code as an array describes it, and its decoding table.
 #pragma once
 
 #include <array>
@@ -13,10 +13,10 @@ namespace oo2 {
 inline constexpr unsigned kMaxCodeLength = 11;
 inline constexpr std::size_t kHuffTableSize = 1u << kMaxCodeLength;
 
-// The symbols of a code in canonical order: by length, and within a length as they were added.
+// The symbols of a code in canonical order: by length; within a length, in the order of Add.
 class HuffCode {
   public:
-    // False if the length is not 1 to 11, or has as many symbols already as a code can have.
+    // Returns false if the length is not 1 to 11, or if a code cannot have another symbol of that length.
     bool Add(std::uint8_t symbol, int length);
 
     unsigned SymbolCount() const { return m_symbolCount; }
@@ -26,7 +26,7 @@ class HuffCode {
     }
 
   private:
-    // Where the symbols of length 1, 2, ... begin. A code has at most 2 of length 1, 4 of length 2, and so
+    // Where the symbols of each length begin. A code has at most 2 symbols of length 1, 4 of length 2, and so
     // on; 256 of length 8 and more.
     static constexpr std::array<std::uint16_t, kMaxCodeLength + 2> kBegin = {
         0, 0, 2, 6, 14, 30, 62, 126, 254, 510, 766, 1022, 1278};
@@ -36,16 +36,16 @@ class HuffCode {
     unsigned m_symbolCount = 0;
 };
 
-// Reads the description of a code. False if it is corrupt. The reader may then be past its end, which is
-// corrupt too.
+// Reads the description of a code. Returns false if it is corrupt. It is corrupt too if the reader is then
+// past its end; the caller checks that.
 bool ReadHuffCode(MsbReader<Direction::Forward>& in, HuffCode& code);
 
-// The next 11 bits of the stream are the index of an entry: the length of the code that they begin with in
-// the low byte, its symbol in the high one.
+// The next 11 bits of the stream are the index of an entry. Its low byte is the length of the code at their
+// start, its high byte the symbol.
 struct HuffTable {
     std::array<std::uint16_t, kHuffTableSize> entries;
 
-    // False if the code is not complete: 11-bit strings that no code begins, or that two do.
+    // Returns false if the code is not complete: if some 11-bit string begins with no code, or with two.
     bool Build(const HuffCode& code);
 };
 

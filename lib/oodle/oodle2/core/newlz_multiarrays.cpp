@@ -17,7 +17,7 @@ constexpr unsigned kMaxLengthLog2 = 16;
 constexpr unsigned kPackedFlag = 0x8000;
 constexpr unsigned kLengthBytesMask = 0x3FFF;
 
-// Takes arrays one after the other off the front of the compressed bytes.
+// Takes arrays from the front of the compressed bytes, one after the other.
 class ArrayQueue {
   public:
     ArrayQueue(Bytes comp, ArrayScratch& scratch) : m_comp(comp), m_scratch(scratch) {}
@@ -52,10 +52,10 @@ bool Join(Bytes comp, std::size_t parts, std::span<std::uint8_t> out, ArrayScrat
     return queue.Rest().empty() && out.empty();
 }
 
-// The intervals of a cut multiarray. Each has the source it is taken from and log2 of its length. The last
-// index is 0.
+// The intervals of a cut multiarray. Each has the number of its source and log2 of its length. The last index
+// is 0.
 struct Intervals {
-    bool packed = false;  // an index byte holds the source in its low and the log2 in its high four bits
+    bool packed = false;  // then an index has the source in its low four bits, the log2 in its high four
     Bytes indices;
     Bytes logs;  // one fewer than indices, unless packed
     Bytes lengthBits;
@@ -66,8 +66,8 @@ struct Intervals {
 };
 
 // Behind the sources:
-//   2 bytes   little-endian q: bit 15 packed, bits 0-13 the bytes of the lengths' bits
-//   array     the index bytes
+//   2 bytes   little-endian q: bit 15: packed; bits 0-13: the number of bytes of the lengths' bits
+//   array     the indices, one byte each
 //   array     unless packed: the lengths' log2, one byte each
 //   bytes     the lengths' bits
 bool ReadIntervals(ArrayQueue& queue, Intervals& intervals) {
@@ -95,8 +95,8 @@ bool ReadIntervals(ArrayQueue& queue, Intervals& intervals) {
            queue.Rest().empty();
 }
 
-// The lengths. The 1st, 3rd, ... are read MSB forward from the first byte of their bits, the others MSB
-// backward from the last. A length is a 1 and log2 more bits.
+// Reads the lengths: the 1st, 3rd, ... MSB forward from the first byte of their bits, the others MSB backward
+// from the last. A length is a 1 and log2 more bits.
 class LengthReader {
   public:
     explicit LengthReader(const Intervals& intervals)
@@ -123,7 +123,7 @@ class LengthReader {
     MsbReader<Direction::Backward> m_backward;
 };
 
-// Builds the output. `sources` is used up on the way.
+// Puts the output together. Uses `sources` up.
 bool Assemble(std::span<Bytes> sources, const Intervals& intervals, std::span<std::uint8_t> out) {
     LengthReader lengths(intervals);
     const std::size_t last = intervals.indices.size() - 1;
@@ -145,7 +145,7 @@ bool Assemble(std::span<Bytes> sources, const Intervals& intervals, std::span<st
         from = from.subspan(length);
         out = out.subspan(length);
     }
-    // A packed index 0 has a length too. It means nothing, but must be there.
+    // A packed index of 0 has a length too. It means nothing but must be there.
     std::size_t unused = 0;
     if (intervals.packed && !lengths.Next(unused)) return false;
     return Check(!lengths.HavePassedEachOther(), "OODLE ERROR : corruption : b >= f\n") &&
@@ -169,8 +169,8 @@ bool Cut(Bytes comp, std::size_t sourceCount, std::span<std::uint8_t> out, Array
 
 }  // namespace
 
-// The first byte: bit 7 clear, bits 0-6 the count of arrays that follow and are joined; bit 7 set, bits 0-5
-// the count of source arrays that follow, and behind them how to cut them.
+// The first byte. Bit 7 clear: bits 0-6 are the number of arrays that follow; they are joined. Bit 7 set:
+// bits 0-5 are the number of source arrays that follow; behind them stands how to cut them.
 bool newLZ_decode_multi(Bytes comp, std::span<std::uint8_t> out, ArrayScratch& scratch) {
     if (comp.size() < kLeastComp) return false;
     const unsigned first = comp[0];

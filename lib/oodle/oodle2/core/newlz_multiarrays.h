@@ -8,7 +8,7 @@
 
 namespace oo2 {
 
-// Decodes an array: takes all of `comp` and fills all of `out`, or returns false.
+// Decodes an array. Returns false unless it uses all of `comp` and fills all of `out`.
 bool newLZ_decode_multi(std::span<const std::uint8_t> comp, std::span<std::uint8_t> out,
                         ArrayScratch& scratch);
 

@@ -19,8 +19,8 @@ constexpr unsigned kMaxExcessZeros = 12;
 constexpr unsigned kMaxExcessCountZeros = 18;
 constexpr std::uint32_t kMaxLongExcesses = 512;
 
-// The two readers of a section, MSB: F forward from its first byte, B backward from its last. They take
-// turns, and meet at the end.
+// The two MSB readers of a section: F forward from its first byte, B backward from its last. They take turns
+// and meet in the end.
 struct SectionReader {
     explicit SectionReader(Bytes section) : size(section.size()), forward(section), backward(section) {}
 
@@ -39,14 +39,14 @@ std::uint32_t Limited(std::uint64_t offset) {
     return static_cast<std::uint32_t>(std::min<std::uint64_t>(offset, kOffsetTooFar));
 }
 
-// An offset code stands for the offset base plus r, or base plus 16 r, where r is `bits` raw bits.
+// For each offset code: the offset is base + r, or base + 16 r; r are `bits` raw bits.
 struct OffsetTable {
     std::array<std::uint32_t, 256> base;
     std::array<std::uint8_t, 256> bits;
 };
 
-// The single form. A code c below kFirstFarCode has k = (c >> 4) + 4 bits r, and the offset
-// ((1 << k | r) << 4) + (c & 15) - 248. One from there on has k = (c & 15) + 16 bits r, and the offset
+// The single form. A code c below kFirstFarCode has k = (c >> 4) + 4 bits r; the offset is
+// ((1 << k | r) << 4) + (c & 15) - 248. The other codes have k = (c & 15) + 16 bits r; the offset is
 // (1 << k | r) + 8322816, which may not fit 32 bits.
 constexpr unsigned kFirstFarCode = 0xF0;
 constexpr OffsetTable kSingleTable = [] {
@@ -60,8 +60,8 @@ constexpr OffsetTable kSingleTable = [] {
     return table;
 }();
 
-// The modulus form: a code c has k = c >> 3 bits r, and the offset ((8 + (c & 7)) << k) + r - 8. With a
-// modulus m of more than 1 the offset is m times that, plus a low part.
+// The modulus form. A code c has k = c >> 3 bits r; the offset is ((8 + (c & 7)) << k) + r - 8. If the
+// modulus m is more than 1, the offset is m times that, plus a low part.
 constexpr unsigned kHighestModulusCode = 26 * 8 + 7;
 constexpr OffsetTable kModulusTable = [] {
     OffsetTable table{};
@@ -72,8 +72,8 @@ constexpr OffsetTable kModulusTable = [] {
     return table;
 }();
 
-// How to read the offsets of a chunk. One load has bits for kPerWindow offsets, which takes a third off the
-// instructions of an offset.
+// How to read a chunk's offsets. One load has bits for kPerWindow offsets, which saves a third of the
+// instructions per offset.
 struct NearOffsets {
     static constexpr std::size_t kPerWindow = 3;
     static_assert(kPerWindow * 18 <= BitWindow::kBits);
@@ -137,7 +137,7 @@ bool UnpackOffsets(SectionReader& in, const OffsetCodes& from, std::span<std::ui
     return true;
 }
 
-// z zeros, then z + 7 bits that begin with a 1: the value plus 64.
+// z zeros, then z + 7 bits that begin with a 1. These bits are the value plus 64.
 template <typename Reader>
 bool ReadLongExcess(Reader& reader, std::uint32_t& value) {
     const auto zeros = static_cast<unsigned>(std::countl_zero(reader.Window()));
@@ -163,8 +163,8 @@ bool UnpackExcesses(SectionReader& in, Bytes codes, std::span<std::uint32_t> exc
     return true;
 }
 
-// The count of long excesses, sent when they have no section of their own: z zeros, then z + 1 bits that
-// begin with a 1, the count plus 1. It must be the number of codes that take one.
+// The number of long excesses, sent if they have no section of their own: z zeros, then z + 1 bits that begin
+// with a 1. These bits are the number plus 1. It must be the number of codes that take a long excess.
 bool ReadLongExcessCount(SectionReader& in, Bytes codes) {
     const auto zeros = static_cast<unsigned>(std::countl_zero(in.backward.Window()));
     if (!Check(zeros <= kMaxExcessCountZeros, "OODLE ERROR : corruption : invalid excess stream\n"))
@@ -180,8 +180,8 @@ bool ReadLongExcessCount(SectionReader& in, Bytes codes) {
 
 }  // namespace
 
-// Without a section for the long excesses:  their count (from B); the offsets' bits; the long excesses
-// With one, which is the last of the bits:  the offsets' bits; in the section, the long excesses
+// Without a section for the long excesses: their number (from B), the offsets' bits, the long excesses.
+// With a section, which ends the bits: the offsets' bits; in the section, the long excesses.
 bool newLZ_get_offsets_excesses(Bytes bits, std::ptrdiff_t excessBytes, const OffsetCodes& codes,
                                 Bytes excessCodes, std::span<std::uint32_t> offsets,
                                 std::span<std::uint32_t> excesses) {

@@ -1,4 +1,4 @@
-// The raw bits that end an LZ chunk's payload: they complete the offset codes and the excess codes.
+// The raw bits that end an LZ chunk's payload. They complete the offset codes and the excess codes.
 #pragma once
 
 #include <cstddef>
@@ -13,11 +13,11 @@ struct OffsetCodes {
     unsigned modulus = 0;                    // 0: the single form
 };
 
-// Stands for offsets that do not fit 32 bits: it reaches before every window.
+// Stands for offsets over 32 bits; never valid, since it reaches before every window.
 inline constexpr std::uint32_t kOffsetTooFar = 0xFFFFFFFF;
 
-// Unpacks offset and excess codes with their raw bits. `excessBytes` is the length of the section for long
-// excesses if it was sent, else negative. `offsets` and `excesses` are as long as their codes.
+// Turns offset and excess codes with their raw bits into values. `excessBytes`: the length of the section for
+// long excesses if it was sent, else negative. `offsets` and `excesses` have the lengths of their codes.
 bool newLZ_get_offsets_excesses(std::span<const std::uint8_t> bits, std::ptrdiff_t excessBytes,
                                 const OffsetCodes& codes, std::span<const std::uint8_t> excessCodes,
                                 std::span<std::uint32_t> offsets, std::span<std::uint32_t> excesses);

@@ -1,4 +1,4 @@
-// The careful half of phase 2 runs what the fast one leaves.
+// Phase 2, and its careful half, which runs the commands that the fast half leaves.
 #include "oodle/oodle2/core/newlz_parse.h"
 
 #include <algorithm>
@@ -13,11 +13,11 @@
 namespace oo2 {
 namespace {
 
-// Offsets have 32 bits. A match reaches back no further than this, so kOffsetTooFar is too far for every
-// window.
+// Offsets have 32 bits. No match reaches back further than this, so kOffsetTooFar is beyond every window.
 constexpr std::size_t kLongestReach = kOffsetTooFar - 1 - kMaxChunkLen;
 
-// Whether there are as many offsets and excesses as all commands take. With this known, nothing asks again.
+// Whether there are as many offsets and excesses as all commands together take. After this check no other is
+// needed.
 bool CoverCommands(const ChunkStreams& streams, std::size_t newOffsets) {
     const auto hasLongRun = [](std::uint8_t c) { return Command{c}.RunCode() == kLongRunCode; };
     const auto hasLongMatch = [](std::uint8_t c) { return Command{c}.LengthCode() == kLongMatchCode; };
@@ -41,7 +41,7 @@ class Parser {
 
     ParseState m_state;
     ParseTraits m_traits;
-    // The last literals, with kLiteralMargin readable bytes behind them.
+    // A copy of the last literals, with kLiteralMargin readable bytes behind them.
     std::array<std::uint8_t, 2 * kLiteralMargin> m_tail;
     bool m_literalsAreInTail = false;
 };
@@ -112,7 +112,7 @@ bool Parser::CopyLiterals(std::size_t count) {
     return true;
 }
 
-// The chosen offset moves to the front of the recent ones; a new one drives the last of them out.
+// Moves the chosen offset to the front of the recent ones. A new offset pushes the last one out.
 std::uint32_t Parser::TakeOffset(unsigned index) {
     auto& recent = m_state.recent;
     if (index == kNewOffset) {

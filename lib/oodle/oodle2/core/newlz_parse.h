@@ -6,7 +6,7 @@
 
 namespace oo2 {
 
-// Writes the chunk's raw bytes. False if the streams do not give exactly these.
+// Writes the chunk's raw bytes. Returns false if the streams do not give exactly these.
 bool newLZ_decode_chunk_phase2(const Chunk& chunk, const ChunkStreams& streams);
 
 }  // namespace oo2

@@ -7,23 +7,20 @@
 namespace oo2 {
 namespace {
 
-// The loop copies whole units of 16 bytes, more than a command asks for, and tests nothing per byte. It has
-// the room for that:
+// The loop copies whole units of 16 bytes, often more than a command asks for, and tests nothing per byte.
+// This is why it stays within its memory:
 //
-// - A usual command has a run of at most kUsualRun literals, a match of at most kUsualMatch bytes and an
-// offset
-//   of a unit or more. It reads one unit of literals, and writes one unit at the output and, behind the run,
-//   two units of match. So it reads kUnit literals and writes kUsualOut bytes at the most, and never moves
-//   further than that.
-// - A round is as many commands as are safe if all of them are usual: UsualCommands. It leaves
-//   kLongMatchEndRoom bytes, which a long match must leave, so a match of the round needs no test for that.
-// - A command that is not usual looks at its own room, and ends the round:
-//   - A longer run needs a unit of literals more than it has, and kBehindLongRun bytes of output behind it.
-//   Its
-//     last unit overshoots by less than a unit; the match that follows writes kUsualMatch bytes and leaves
-//     kLongMatchEndRoom. Without that room the loop stops before the command.
-//   - A longer match, or one with a smaller offset, is copied by CopyAnyMatch. It overshoots by less than a
-//   unit,
+// - A usual command has at most kUsualRun literals, at most kUsualMatch match bytes, and an offset of a unit
+//   or more. It reads one unit of literals. It writes one unit at the output and, behind the run, two units
+//   of match. So it reads at most kUnit literals, writes at most kUsualOut bytes, and moves no further than
+//   that.
+// - A round is as many commands as are safe if all of them are usual: UsualCommands. It leaves the
+//   kLongMatchEndRoom bytes that a long match must leave, so no match of the round tests for that.
+// - An unusual command checks its own room and ends the round:
+//   - A longer run needs one more unit of literals than it has, and kBehindLongRun bytes of output behind it:
+//     its last unit overshoots by less than a unit, and the match behind it writes kUsualMatch bytes and
+//     leaves kLongMatchEndRoom. Without that room the loop stops before the command.
+//   - CopyAnyMatch copies a longer match, or one with a smaller offset. It overshoots by less than a unit,
 //     and goes byte by byte where even that does not fit.
 //
 // Where the loop stops, the careful half runs one command.
@@ -65,7 +62,7 @@ constexpr CommandShapes kShapes = [] {
 }();
 constexpr std::uint32_t kLongMatchShape = kLongMatchCode + kShortMatchBase;
 
-// Command bytes from these on take the second recent offset, the third, a new one.
+// Command bytes from here on take the second recent offset, the third one, a new one.
 constexpr std::uint32_t kFirstOfIndex1 = 0x40;
 constexpr std::uint32_t kFirstOfIndex2 = 0x80;
 constexpr std::uint32_t kFirstOfNew = 0xC0;
@@ -87,15 +84,15 @@ void CopyBytes(std::uint8_t* to, const std::uint8_t* from, std::size_t length) {
     for (std::size_t i = 0; i < length; ++i) to[i] = from[i];
 }
 
-// A match with an offset of 1 to 7. Its pattern also repeats over any multiple of the offset: behind the
-// first bytes, one of at least 8 allows copies of 8 bytes.
+// Copies a match with an offset of 1 to 7. Its pattern also repeats with every multiple of the offset. So
+// behind the first bytes a multiple of at least 8 allows copies of 8 bytes.
 void CopyPattern(std::uint8_t* out, std::size_t offset, std::size_t length) {
     constexpr std::size_t kMultiple[8] = {0, 8, 8, 9, 8, 10, 12, 14};
     CopyBytes(out, out - offset, std::min(length, kUnit));
     for (std::size_t i = kUnit; i < length; i += 8) Copy8(out + i, out + i - kMultiple[offset]);
 }
 
-// A match of any length and offset, within `room` bytes. length <= room.
+// Copies a match of any length and offset. At most `room` bytes may be written; length <= room.
 [[gnu::noinline]] void CopyAnyMatch(std::uint8_t* out, std::size_t offset, std::size_t length,
                                     std::size_t room) {
     const std::uint8_t* const from = out - offset;
@@ -110,10 +107,10 @@ void CopyPattern(std::uint8_t* out, std::size_t offset, std::size_t length) {
     }
 }
 
-// Once matches reach farther than a processor's second cache, their sources are fetched ahead of their
-// commands. That takes a sixth off the time of the loop (8 MB of text, 1 MB of cache); with a smaller window
-// it would add a twelfth. New offsets are known long in advance, but not where the output will stand then:
-// the loop guesses the position from the mean output per offset.
+// When matches reach beyond a processor's second cache, the loop fetches their sources ahead. That saves a
+// sixth of its time (8 MB of text, 1 MB of cache); in a smaller window it would cost a twelfth. New offsets
+// are known long in advance, but not the output position at that time: the loop guesses it from the mean
+// output per offset.
 constexpr std::size_t kFarWindow = 0x80000;
 constexpr std::size_t kOffsetsAhead = 14;
 static_assert(kOffsetsAhead < kOffsetPadding, "this entry behind the last offset can be read");
@@ -123,7 +120,7 @@ inline void Prefetch(const std::uint8_t* out, std::size_t lookAhead, std::size_t
     __builtin_prefetch(reinterpret_cast<const void*>(address));
 }
 
-// How many commands can run before the next look at the room, if all of them are usual.
+// How many commands can run before the room must be checked again, if all of them are usual.
 std::size_t UsualCommands(std::ptrdiff_t commands, std::ptrdiff_t out, std::ptrdiff_t literals) {
     constexpr std::ptrdiff_t kEndRoom = kLongMatchEndRoom;
     constexpr std::ptrdiff_t kOut = kUsualOut;
@@ -164,8 +161,7 @@ bool Run(ParseState& state, std::size_t literalSlack) {
                           state.literals.end - literal + static_cast<std::ptrdiff_t>(literalSlack));
         if (usual == 0) return stop();
         do {
-            // The run of literals: its length, then its bytes. Nothing is taken yet, so the loop can still
-            // stop.
+            // The run of literals: length, then bytes. Nothing is taken yet, so the loop can still stop here.
             const std::uint32_t c = *command;
             std::uint32_t run = kShapes.run[c];
             MoveIfAtLeast<kLongRunCode>(run, run, *excess);
@@ -201,7 +197,7 @@ bool Run(ParseState& state, std::size_t literalSlack) {
             const std::size_t offset = recent0;
             if constexpr (kIsFar) Prefetch(out, lookAhead, newOffset[kOffsetsAhead]);
 
-            // The match: two units, and the rest of it, if there is one.
+            // The match: two units, then the rest if there is one.
             const bool isUsualOffset = offset - kUnit <= static_cast<std::size_t>(out - unitBehindStart);
             if (isUsualOffset) [[likely]] {
                 const std::uint8_t* const from = out - offset;

@@ -1,4 +1,4 @@
-// The fast half of phase 2: copies in whole units, which may overshoot what they are to copy.
+// The fast half of phase 2. It copies whole units, which may overshoot.
 #pragma once
 
 #include <cstddef>
@@ -8,18 +8,18 @@
 
 namespace oo2 {
 
-// There is a loop of its own for each of these.
+// Each combination has its own loop.
 struct ParseTraits {
     LiteralMode mode = LiteralMode::Raw;
     bool mostlyNewOffsets = false;  // hardly any command takes a recent offset
 };
 
-// Runs commands as long as their copies, rounded up to whole units, stay within the chunk and the literals.
+// Runs commands while their copies, rounded up to whole units, stay within the chunk and the literals.
 // `literalSlack` bytes behind the last literal may be read. Stops before the first command that needs care.
-// False if the streams are corrupt.
+// Returns false if the streams are corrupt.
 bool ParseFast(ParseState& state, const ParseTraits& traits, std::size_t literalSlack);
 
-// The literals that may be left when ParseFast stops for want of them.
+// At most this many literals are left when ParseFast stops for lack of literals.
 inline constexpr std::size_t kLiteralMargin = 32;
 
 }  // namespace oo2

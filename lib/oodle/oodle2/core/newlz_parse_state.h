@@ -1,5 +1,5 @@
-// The command bytes of an LZ chunk and where the parse loop stands in them: what its fast and its careful
-// half share.
+// What the fast and the careful half of the parse loop share: the command byte, and the position in the
+// streams.
 #pragma once
 
 #include <array>
@@ -27,7 +27,7 @@ inline constexpr unsigned kNewOffset = 3;
 inline constexpr std::size_t kShortMatchBase = 2;
 inline constexpr std::size_t kLongMatchBase = 14;
 inline constexpr std::size_t kLongMatchEndRoom = 8;  // bytes that a long match leaves before the chunk's end
-inline constexpr std::uint32_t kFirstOffset = 8;     // what the recent offsets are at a chunk's start
+inline constexpr std::uint32_t kFirstOffset = 8;     // all recent offsets at a chunk's start
 
 template <typename T>
 struct Cursor {

@@ -31,7 +31,7 @@ bool ReadNumbers(MsbReader<Direction::Forward>& in, std::uint8_t* numbers, unsig
     return true;
 }
 
-// The gap before a run: at least 1 after another run; its number tells how many bits it has.
+// The gap before a run: at least 1 behind another run. Its run number tells how many bits it has.
 unsigned ReadGap(MsbReader<Direction::Forward>& in, unsigned number) {
     return in.Read(number + 1) + (2u << number) - 1;
 }
@@ -45,8 +45,8 @@ bool ReadUnaryNumbers(MsbReader<Direction::Forward>& in, UsedSymbols& used) {
            ReadNumbers(in, used.runNumbers.data(), used.runNumberCount);
 }
 
-// With an odd count of run numbers, the first is of a gap before all symbols. Then pairs: a run, and the gap
-// after it. The last run is not sent: it holds the symbols that are left.
+// If the count of run numbers is odd, the first one is for a gap before all symbols. Then come pairs: a run
+// and the gap behind it. The last run is not sent: it has the rest of the symbols.
 bool ReadSymbolRuns(MsbReader<Direction::Forward>& in, UsedSymbols& used) {
     unsigned listed = 0;
     unsigned cursor = 0;

@@ -14,18 +14,18 @@ inline constexpr unsigned kSymbols = 256;
 struct UsedSymbols {
     unsigned count = 0;
     std::array<std::uint8_t, kSymbols> symbols;
-    std::array<std::uint8_t, kSymbols> numbers;  // a unary number each, with a meaning of the caller's
+    std::array<std::uint8_t, kSymbols> numbers;  // one unary number each; the caller knows its meaning
 
-    // Unary numbers that describe the runs, `runNumberCount` of them.
+    // The unary numbers that describe the runs; `runNumberCount` of them.
     unsigned runNumberCount = 0;
     std::array<std::uint8_t, kSymbols> runNumbers;
 };
 
-// Reads the count of run numbers (`used.count` is set), then the numbers of the symbols and those of the
-// runs.
+// Reads the number of run numbers, the numbers of the symbols, then those of the runs. `used.count` must be
+// set.
 bool ReadUnaryNumbers(MsbReader<Direction::Forward>& in, UsedSymbols& used);
 
-// Reads the runs that the run numbers describe and lists the symbols.
+// Reads the runs that the run numbers describe, and lists the symbols.
 bool ReadSymbolRuns(MsbReader<Direction::Forward>& in, UsedSymbols& used);
 
 }  // namespace oo2

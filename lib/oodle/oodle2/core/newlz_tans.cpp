@@ -12,9 +12,9 @@ using DescriptionReader = MsbReader<Direction::Forward>;
 constexpr unsigned kMaxExtraBits = 15;
 constexpr std::size_t kQuarters = 4;
 
-// Dense: 3 bits Q; 8 bits n - 1; the unary numbers of n symbols and of the runs; the runs' bits; then for
-// each symbol the bits of its count: Q and its unary number tell how many. They give a value from 0 on, which
-// is the count less 1, or, up to twice the running average, a difference from the average.
+// Dense: 3 bits Q; 8 bits n - 1; the unary numbers of the n symbols and of the runs; the bits of the runs;
+// then for each symbol the bits of its count. Q and the unary number tell how many bits. Their value, from 0
+// on, is the count less 1; but up to twice the running average it is a difference from the average.
 bool ReadDense(DescriptionReader& in, TansCounts& counts) {
     const unsigned fewestBits = in.Read(3);
     UsedSymbols used;
@@ -40,7 +40,7 @@ bool ReadDense(DescriptionReader& in, TansCounts& counts) {
 }
 
 // Sparse: 3 bits m - 1; 4 bits d; m times 8 bits symbol and d bits by which its count exceeds the one before;
-// then 8 bits, the symbol that has the rest of the states. No symbol has more than it.
+// then 8 bits, the symbol that has the rest of the states. No symbol has more states than that one.
 bool ReadSparse(DescriptionReader& in, TansCounts& counts) {
     const unsigned listed = in.Read(3) + 1;
     const unsigned deltaBits = in.Read(4);
@@ -76,17 +76,17 @@ bool ReadSparse(DescriptionReader& in, TansCounts& counts) {
 
 }  // namespace
 
-// 1 bit, 0; 2 bits, the table's bits less 8; 1 bit, dense or sparse.
+// 1 bit, 0; 2 bits, log2 of the table's size less 8; 1 bit, dense or sparse.
 bool ReadTansCounts(DescriptionReader& in, TansCounts& counts) {
     if (!Check(in.Read(1) == 0, "OODLE ERROR : corruption : flag == 0\n")) return false;
     counts.tableBits = in.Read(2) + kMinTansBits;
     return in.Read(1) != 0 ? ReadDense(in, counts) : ReadSparse(in, counts);
 }
 
-// The states of symbols that stand once come last, in order. The others go to four quarters by turns: the
-// k-th state of all goes to quarter k % 4. A symbol of count c numbers its states c, c + 1, ..., 2c - 1,
-// first those in quarter 0, then those in quarter 1, and so on. The state with number t reads as many bits as
-// make t a number from L to 2L - 1, L being the table's size.
+// The states of symbols with a count of 1 come last, in order. All others go to four quarters in turn: state
+// k goes to quarter k % 4. A symbol of count c numbers its states c, c + 1, ..., 2c - 1, first those in
+// quarter 0, then those in quarter 1, and so on. The state with number t reads as many bits as make t a
+// number from L to 2L - 1, where L is the table's size.
 void TansTable::Build(const TansCounts& counts) {
     const std::uint32_t size = counts.TableSize();
     const auto begin = counts.counts.begin();
@@ -99,7 +99,7 @@ void TansTable::Build(const TansCounts& counts) {
         at += (shared >> 2) + (quarter < (shared & 3) ? 1 : 0);
     }
     std::uint32_t nextSingle = shared;
-    std::uint32_t before = 0;  // states dealt so far
+    std::uint32_t before = 0;  // states given out so far
     for (unsigned i = 0; i < counts.used; ++i) {
         const std::uint32_t count = counts.counts[i];
         const std::uint8_t symbol = counts.symbols[i];

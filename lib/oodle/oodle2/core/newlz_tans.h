@@ -1,4 +1,4 @@
-// The tANS table: what each state stands for.
+// The tANS table: the meaning of each state.
 #pragma once
 
 #include <array>
@@ -12,7 +12,7 @@ namespace oo2 {
 inline constexpr unsigned kMinTansBits = 8;
 inline constexpr unsigned kMaxTansBits = 11;
 
-// How often each symbol stands in the table; they sum to 1 << tableBits.
+// How often each symbol stands in the table. The counts sum to 1 << tableBits.
 struct TansCounts {
     unsigned tableBits = 0;
     unsigned used = 0;
@@ -22,11 +22,11 @@ struct TansCounts {
     std::uint32_t TableSize() const { return 1u << tableBits; }
 };
 
-// Reads the description of a table. False, with the line that says why, if it is corrupt. The reader may then
-// be past its end, which is corrupt too.
+// Reads the description of a table. Returns false, after a log line with the reason, if it is corrupt. It is
+// corrupt too if the reader is then past its end; the caller checks that.
 bool ReadTansCounts(MsbReader<Direction::Forward>& in, TansCounts& counts);
 
-// A state yields its symbol and becomes base plus the next `bits` bits.
+// A state yields its symbol. The next state is base plus the next `bits` bits.
 struct TansState {
     std::uint16_t base;
     std::uint8_t bits;

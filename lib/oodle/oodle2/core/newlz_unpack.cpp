@@ -26,14 +26,16 @@ const char* LiteralModeName(unsigned mode) {
 }
 
 // The payload of an LZ chunk:
-//   8 bytes           at a window's start only: the first raw bytes
-//   1 or 2 bytes      optional, bit 7 of the first set: the count of excess bytes. Bit 6 is 0; bits 0-5
-//                     are the count c; if that is 32 or more, a byte b follows and the count is c + 32 * b
+//   8 bytes           only at a window's start: the first raw bytes
+//   1 or 2 bytes      optional, if bit 7 of the first is set: the number of excess bytes. Bit 6 is 0; bits
+//   0-5
+//                     are the number c; if c is 32 or more, a byte b follows, and the number is c + 32 * b
 //   array             literals
 //   array             commands, one byte each
-//   array             offset codes, if its first byte is below 0x80: the single form
-//   or 1 byte, array  the byte is the offsets' modulus plus 0x7F; if the modulus is more than 1, an array
-//                     with as many low parts follows the codes
+//   array             if its first byte is below 0x80: offset codes in the single form
+//   or 1 byte, array  the byte is the offsets' modulus plus 0x7F, the array their codes; if the modulus is
+//   more
+//                     than 1, a second array has as many low parts
 //   array             excess codes
 //   the rest          the raw bits of offsets and excesses
 class Unpacker {
@@ -116,9 +118,9 @@ bool Unpacker::TakeArrays() {
            TakeOffsetCodes() && TakeArray(m_chunk.rawLen / 4, m_excessCodes);
 }
 
-// Room for the values in what is left of scratch. Null if they do not fit by the format's rule: offsets and
-// excesses each from a multiple of 16 on, then kPaddingBytes. In fact most of the padding stands behind the
-// offsets and the excesses follow at once, which takes no more.
+// Finds room for the values in what is left of scratch. By the format's rule, offsets and excesses each begin
+// at a multiple of 16, and kPaddingBytes follow; null if that does not fit. The real layout takes no more:
+// the offsets, most of the padding, and at once the excesses.
 std::uint32_t* Unpacker::RoomForValues(std::size_t offsets, std::size_t excesses) const {
     static_assert((kOffsetPadding + kExcessPadding) * kValueSize == kPaddingBytes);
     const auto next = reinterpret_cast<std::uintptr_t>(m_scratch.next);

@@ -1,4 +1,4 @@
-// The LZ decoder's two entries: decode a stream into a buffer of known length, and name a stream's
+// The LZ decoder's two entries: one decodes a stream into a buffer of known length, one names a stream's
 // compressor. Any number of threads may call them at once: a call keeps all its state in its own decoder
 // memory.
 #pragma once
@@ -8,10 +8,10 @@
 
 #include "oodle/oodle2/core/oodlebase.h"
 
-// Block length: every 262,144 raw bytes begin a block with a header of its own.
+// The block length: every 262,144 raw bytes a block begins, with its own header.
 inline constexpr std::ptrdiff_t OODLELZ_BLOCK_LEN = 0x40000;
 
-// What decoderMemorySize must be at least for a thread-phased call.
+// The least decoderMemorySize of a thread-phased call.
 inline constexpr std::ptrdiff_t OodleLZ_ThreadPhased_BlockDecoderMemorySizeNeeded = 894'200;
 
 enum OodleLZ_Compressor : int {
@@ -39,15 +39,15 @@ enum OodleLZ_Decode_ThreadPhase : int {
     OodleLZ_Decode_Unthreaded = 3,
 };
 
-// Called after every quantum with the bytes done so far; a result of 1 ends the decoding, which then fails
-// unless it was done.
+// Called after every quantum with the number of bytes done. A result of 1 ends the decoding; the call then
+// fails unless all was done.
 using OodleLZ_DecodeCallback = int (*)(void* userData, const std::uint8_t* rawBuf, std::ptrdiff_t rawLen,
                                        const std::uint8_t* compBuf, std::ptrdiff_t compBufSize,
                                        std::ptrdiff_t rawDone, std::ptrdiff_t compUsed);
 
 // Decodes the stream of compBufSize bytes at compBuf into exactly rawLen bytes at rawBuf. Returns rawLen, or
-// 0 after any failure, which the log hook is told; rawBuf then holds what was decoded before it. Compressed
-// bytes after the rawLen-th raw byte are ignored.
+// 0 after a failure, which the log hook reports; rawBuf then holds what was decoded before. Compressed bytes
+// behind the rawLen-th raw byte are ignored.
 //
 //   fuzzSafe           nonzero refuses compressors whose decoders are not safe against corrupt input
 //   checkCRC           nonzero asks that check values be verified. This decoder skips them but cannot compute
@@ -70,8 +70,8 @@ std::ptrdiff_t OodleLZ_Decompress(const void* compBuf, std::ptrdiff_t compBufSiz
                                   OodleLZ_DecodeCallback fpCallback, void* callbackUserData,
                                   void* decoderMemory, std::ptrdiff_t decoderMemorySize, int threadPhase);
 
-// The compressor of a stream that decodes to rawLen bytes, from its headers alone:
-// OodleLZ_Compressor_Hydra when its blocks mix new compressors, OodleLZ_Compressor_Count for any other mix,
-// OodleLZ_Compressor_Invalid (logged) when a header cannot be read.
+// Names the compressor of a stream that decodes to rawLen bytes, from its headers alone:
+// OodleLZ_Compressor_Hydra if its blocks mix new compressors, OodleLZ_Compressor_Count for any other mix,
+// OodleLZ_Compressor_Invalid (logged) if a header cannot be read.
 OodleLZ_Compressor OodleLZ_GetAllChunksCompressor(const void* compBuf, std::ptrdiff_t compBufSize,
                                                   std::ptrdiff_t rawLen);

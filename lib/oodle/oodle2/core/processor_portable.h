@@ -1,4 +1,4 @@
-// The portable forms: see processor.h.
+// The portable forms of processor.h.
 #pragma once
 
 #include <array>
@@ -24,7 +24,7 @@ void CopyUnit(std::uint8_t* to, const std::uint8_t* from) {
 inline void Copy8(std::uint8_t* to, const std::uint8_t* from) { CopyUnit<8>(to, from); }
 inline void Copy16(std::uint8_t* to, const std::uint8_t* from) { CopyUnit<16>(to, from); }
 
-// Each byte the sum of two, modulo 256.
+// Each byte becomes the sum of two bytes, modulo 256.
 inline void Add16(std::uint8_t* to, const std::uint8_t* from, const std::uint8_t* base) {
     auto sum = LoadUnit<16>(from);
     const auto addend = LoadUnit<16>(base);
@@ -32,7 +32,7 @@ inline void Add16(std::uint8_t* to, const std::uint8_t* from, const std::uint8_t
     std::memcpy(to, sum.data(), sum.size());
 }
 
-// Conditional moves, by a mask of ones or zeros, so that no compiler makes a branch of them.
+// Conditional moves with a mask of ones or zeros: no compiler makes branches of them.
 template <std::uint32_t kLimit>
 void MoveIfAtLeast(std::uint32_t value, std::uint32_t& to, std::uint32_t from) {
     const std::uint32_t mask = 0u - static_cast<std::uint32_t>(value >= kLimit);

@@ -1,4 +1,4 @@
-// What a compressor's quantum decoder is given.
+// The input of a compressor's quantum decoder.
 #pragma once
 
 #include <cstddef>
@@ -10,19 +10,19 @@
 namespace oo2 {
 
 struct Quantum {
-    DecodeContext context;   // its rawPos is where the quantum's output goes
+    DecodeContext context;   // rawPos: where the quantum's output goes
     std::size_t rawLen = 0;  // at most 262,144
     std::span<const std::uint8_t> payload;
 };
 
-// Decodes one quantum. Returns the bytes of its payload that it took, or -1 if it is corrupt or does not fit
-// the scratch. Of a threaded quantum, each phase returns that.
+// Decodes one quantum. Returns the number of payload bytes that it took, or -1 if the quantum is corrupt or
+// does not fit into scratch. Each phase of a threaded quantum returns the same.
 using QuantumDecoder = std::ptrdiff_t (*)(const Quantum& quantum);
 
 // A quantum is cut into chunks of this many raw bytes; the last may be shorter.
 inline constexpr std::size_t kMaxChunkLen = 0x20000;
 
-// Scratch that an LZ chunk of n raw bytes must be given. Mermaid's takes n less.
+// The scratch of an LZ chunk of n raw bytes. A Mermaid chunk needs n bytes less.
 inline constexpr std::size_t kChunkScratchBase = 32 + 53'248;
 constexpr std::size_t KrakenChunkScratch(std::size_t n) { return 3 * n + kChunkScratchBase; }
 

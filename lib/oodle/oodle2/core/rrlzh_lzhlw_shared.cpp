@@ -10,10 +10,10 @@ constexpr std::size_t kMaxHeaderBytes = 16;
 constexpr std::size_t kCheckValueSize = 3;
 constexpr unsigned kMaxDistanceGroups = 5;
 
-// What the three special codes of a quantum header mean, by number.
+// The meaning of the three special codes of a quantum header.
 enum SpecialQuantum : std::uint32_t { kSpecialWholeMatch = 0, kSpecialMemset = 1, kSpecialStored = 2 };
 
-// Takes big-endian numbers from the front of a header. IsShort tells whether one did not fit.
+// Takes big-endian numbers from the front of a header. IsShort tells whether a number did not fit.
 class HeaderBytes {
   public:
     explicit HeaderBytes(std::span<const std::uint8_t> in)
@@ -40,9 +40,9 @@ class HeaderBytes {
 
 // The number of a whole match, which is its distance less 1:
 //   2 bytes big-endian u   with bit 15 set: the number is u - 0x8000
-//                          otherwise, 7-bit groups follow, lowest first, the last marked by bit 7; a group
-//                          that is not the last counts 0x80 more than its bits, so that no number has two
-//                          forms. The number is (their sum << 15) + u + 0x8000.
+//                          otherwise 7-bit groups follow, lowest first; bit 7 marks the last one. A group
+//                          that is not the last counts 0x80 more than its bits, so no number has two
+//                          forms. The number is (sum of the groups << 15) + u + 0x8000.
 HeaderStatus TakeDistanceLessOne(HeaderBytes& bytes, std::uint64_t& number) {
     number = bytes.Take(2);
     if (number >= 0x8000) {
@@ -83,9 +83,8 @@ HeaderStatus TakeSpecial(std::uint32_t code, HeaderBytes& bytes, std::size_t raw
     }
 }
 
-// An older header, as far as it is needed: all compressors that it can name are refused. Its low two bits are
-// the kind. Kinds 0 and 1 stand for LZH; kind 2 carries one of the first eight decode types, but not LZB16 or
-// Kraken.
+// An older header, as far as needed: all compressors that it can name are refused. Its low two bits are the
+// kind. Kinds 0 and 1 mean LZH. Kind 2 carries one of the first eight decode types, but not LZB16 or Kraken.
 std::optional<BlockHeader> ReadOlderHeader(std::uint8_t byte) {
     const unsigned kind = byte & 3;
     BlockHeader header;
@@ -145,11 +144,11 @@ OodleLZ_Compressor CompressorOf(const BlockHeader& header) {
 }
 
 // A quantum header, big-endian: a length and, in the bits above it, flags or a code. The long form has 3
-// bytes with a length of 18 bits, the short one 2 bytes with 14 bits.
+// bytes and a length of 18 bits, the short form 2 bytes and 14 bits.
 //   largest length    the code tells a special quantum: 0 whole match, its distance follows; 1 memset, its
-//                     byte follows; 2 stored; others do not exist
-//   any other length  the payload's bytes less 1; the bits above are flags that mean nothing here
-//   then              3 bytes, the check value, for coded and stored quanta of a block with check values
+//                     byte follows; 2 stored; there are no others
+//   any other length  the payload's bytes less 1; the bits above are flags without meaning here
+//   then              3 bytes, the check value: for coded and stored quanta of a block with check values
 HeaderStatus ReadQuantumHeader(std::span<const std::uint8_t> in, const BlockHeader& block, std::size_t rawLen,
                                QuantumHeader& header) {
     header = {};

@@ -1,4 +1,4 @@
-// The readers of block and quantum headers. They look at 16 bytes at most, and at none past the stream's end.
+// Reads block and quantum headers. A reader looks at 16 bytes at most, and never past the stream's end.
 #pragma once
 
 #include <cstddef>
@@ -10,7 +10,7 @@
 
 namespace oo2 {
 
-// Raw bytes that one quantum covers: a whole block for the new compressors, 16 KiB for the others.
+// The raw bytes of one quantum: a whole block for the new compressors, 16 KiB for the others.
 inline constexpr std::size_t kLongQuantumRawLen = 0x40000;
 inline constexpr std::size_t kShortQuantumRawLen = 0x4000;
 
@@ -22,7 +22,7 @@ inline constexpr std::size_t kShortQuantumRawLen = 0x4000;
 //   byte 1   bits 0-6  decode type
 //            bit  7    the block's quanta carry check values
 struct BlockHeader {
-    std::uint8_t decodeType = 0;  // a DecodeType, if there is one with this number
+    std::uint8_t decodeType = 0;  // a DecodeType, or a number that has none
     bool memcpy = false;
     bool reset = false;
     bool checks = false;
@@ -44,14 +44,14 @@ enum DecodeType : std::uint8_t {
     kDecodeLeviathan = 12,
 };
 
-// Reads the header of a block from a stream that has at least BlockHeader::kSize bytes left; nothing if there
+// Reads the header of a block. The stream must have at least BlockHeader::kSize bytes left. Nothing if there
 // is no such header.
 std::optional<BlockHeader> ReadBlockHeader(std::span<const std::uint8_t> in);
 
-// The compressor that a decode type stands for; OodleLZ_Compressor_Invalid if none.
+// The compressor of a decode type; OodleLZ_Compressor_Invalid if there is none.
 OodleLZ_Compressor CompressorOf(const BlockHeader& header);
 
-// Whether a decode type's quanta have the long header and cover a whole block.
+// Whether the quanta of a decode type have long headers and cover a whole block.
 constexpr bool HasLongQuanta(std::uint8_t decodeType) {
     return decodeType == kDecodeKraken || decodeType == kDecodeMermaid || decodeType == kDecodeLeviathan;
 }
@@ -64,13 +64,13 @@ struct QuantumHeader {
     std::uint8_t fill = 0;  // Memset: the byte
     bool hasCheck = false;  // checkValue was sent
     std::uint32_t checkValue = 0;
-    std::size_t compLen = 0;     // bytes of payload after the header; 0 for Memset and WholeMatch
+    std::size_t compLen = 0;     // bytes of payload behind the header; 0 for Memset and WholeMatch
     std::uint64_t distance = 0;  // WholeMatch: how far back it reaches, in bytes
 };
 
 enum class HeaderStatus { Ok, NeedMore, UnusedSpecial, NumberTooLarge };
 
-// Reads the header of a quantum of rawLen bytes in a block of that header.
+// Reads the header of a quantum of rawLen bytes in this block.
 HeaderStatus ReadQuantumHeader(std::span<const std::uint8_t> in, const BlockHeader& block, std::size_t rawLen,
                                QuantumHeader& header);
 

@@ -1,4 +1,4 @@
-// The tables of the kinds of event, and what reads and writes by them.
+// The tables of the kinds of event, and the functions that read and write events by these tables.
 #include "games/corvane/corvane-lib/src/event-kinds.h"
 
 #include <algorithm>
@@ -14,19 +14,19 @@
 
 namespace orvel::corvane {
 
-// One member of an event: its key, its type, and where its value is.
+// One member of an event: its key, its type, and the place of its value.
 struct EventMember {
     enum Type : std::uint8_t { Name, Times, Float, UInt32, Byte, IsOne, Account, Bot };
 
     std::string_view name;
     Type type;
-    std::size_t place = 0;  // a byte of the numbers; of Account and Bot: which of the two players
+    std::size_t place = 0;  // index of its first byte in EventValues::numbers; Account, Bot: index in players
     MemberKey key{name};
 };
 
 namespace {
 
-// An event's members in the document's order, with the two that every event has.
+// Adds the two members that every event has, and sorts all by key, which is the document's order.
 template <std::size_t Count>
 constexpr auto Members(const EventMember (&own)[Count]) {
     static_assert(Count + 2 <= EventText::kMostMembers);
@@ -76,8 +76,8 @@ constexpr auto kElimination = Members({
 struct EventKind {
     std::string_view name;
     std::span<const EventMember> members;
-    // Of a payload with fixed places: its least length, and the reader that its lines on standard output
-    // name.
+    // Only for a payload with fixed places: the fewest bytes it may have, and the name of its reader in lines
+    // on standard output.
     std::size_t payloadBytes = 0;
     const char* reader = nullptr;
 };
@@ -102,8 +102,8 @@ struct Player {
     std::string name;  // as the file has it
 };
 
-// What an event's members are made of. A table's places are those of the numbers: the payload itself, but of
-// an elimination what ReadElimination gathers.
+// The values of an event. numbers is the payload itself; for an elimination, what ReadElimination has put
+// together.
 struct EventValues {
     std::span<const std::uint8_t> numbers;
     std::array<Player, 2> players;  // the eliminated one and the eliminator
@@ -123,14 +123,14 @@ void ReadPlayer(ue4::PayloadReader& reader, Player& player) {
     }
 }
 
-// The fields one after the other; those that the payload does not hold keep their zeros.
+// Reads the fields in order. Fields that the payload does not hold stay 0.
 void ReadElimination(std::span<const std::uint8_t> payload, std::span<std::uint8_t> numbers,
                      std::array<Player, 2>& players) {
     ue4::PayloadReader reader(payload);
     const auto readNumber = [&](std::size_t place, std::size_t bytes) {
         std::ranges::copy(reader.ReadBytes(bytes), &numbers[place]);
     };
-    // A negative length becomes one that no payload holds.
+    // A negative length becomes a length that no payload has.
     reader.Skip(static_cast<std::uint64_t>(std::int64_t{reader.ReadInt32()}));
     reader.Skip(8);
     for (std::size_t place = 0; place < 12; place += 4) readNumber(place, 4);
@@ -154,7 +154,7 @@ std::string DocumentName(const Player& player) {
     return ue4::WithoutWhitespace(player.name);
 }
 
-// Of the two keys of a player, the one for its type is written.
+// A player has two keys. Writes the member only if its key is the one for the player's type.
 void WritePlayer(const EventMember& member, const Player& player, EventText& text) {
     const bool isAccount = player.type == kAccount;
     if (isAccount != (member.type == EventMember::Account)) return;

@@ -1,8 +1,8 @@
-// The kinds of event that the document shows, one table for each: its name, and its members with their types
-// and places in the payload. A payload may end with any number of bytes of padding.
+// The kinds of event that the document shows. Each kind has a table: its name, and its members with their
+// types and places in the payload. A payload may be longer than its fields.
 //
-// "AthenaMatchStats" (the player's end-of-match statistics) and "AthenaMatchTeamStats" (the team's placement)
-// are words at fixed places.
+// "AthenaMatchStats" (the player's figures at the end of the match) and "AthenaMatchTeamStats" (the team's
+// place) have 4-byte fields at fixed places.
 //
 // "playerElim", an elimination or a knock-down:
 //
@@ -17,8 +17,9 @@
 //     damage type             1 byte
 //     knocked                 uint32, 1 if the player was only knocked down
 //
-// Ids by type: 3 an unnamed bot, nothing follows; 16 a named bot, a string; 17 a player, one byte that is not
-// read and 16 bytes; any other: nothing follows. What a short payload does not hold is 0 or "".
+// Ids by type: 3, an unnamed bot, no bytes; 16, a named bot, a string; 17, a player with an account, one byte
+// that is not read, then 16 bytes; any other type, no bytes. Fields missing from a short payload read 0 or
+// "".
 #pragma once
 
 #include <cstdint>
@@ -34,17 +35,18 @@ namespace orvel::corvane {
 
 struct EventKind;
 
-// The kind of an event: that of its metadata if it names one, else that of its group. Null: neither does.
+// Returns the kind that the event's metadata names, else the kind that its group names, else null.
 const EventKind* FindEventKind(const ue4::FLocalFileEventInfo& info);
 
 std::string_view NameOf(const EventKind& kind);
 
-// The names of the kinds of statistics of which there is no event. A match has one of each at its end.
+// The names of those kinds of statistics of which the replay has no event. A whole match has one event of
+// each.
 std::vector<std::string_view> MissingStatistics(const ue4::ReplayFileInfo& info);
 
-// Writes the event whose decrypted payload this is, and adds the names of its bots (if botNames is not null).
-// False, after a line on standard output, if the payload is too short for a kind with fixed places. Throws
-// ReplayException for a string whose length cannot be.
+// Writes one event from its decrypted payload, and appends the names of its bots to botNames unless that is
+// null. Returns false, after a line on standard output, if the kind has fixed places and the payload is too
+// short. Throws ReplayException for an impossible string length.
 bool WriteEvent(const EventKind& kind, const ue4::FLocalFileEventInfo& info,
                 std::span<const std::uint8_t> payload, EventText& text, std::vector<BotName>* botNames);
 

@@ -11,7 +11,7 @@
 namespace orvel::corvane {
 namespace {
 
-// The two digits of each byte: ids are a fifth of the text, and this takes a third of the time of single
+// The two digits of each byte. Ids are a fifth of the text, and this takes a third of the time of single
 // digits.
 constexpr auto kHexDigits = [] {
     constexpr std::string_view kDigits = "0123456789abcdef";
@@ -21,7 +21,7 @@ constexpr auto kHexDigits = [] {
     return pairs;
 }();
 
-// Stands between quotes as it is.
+// Whether the text can stand between quotes as it is.
 bool IsPlain(std::string_view text) {
     const auto isPlain = [](unsigned char c) { return c >= 0x20 && c < 0x80 && c != '"' && c != '\\'; };
     return std::ranges::all_of(text, isPlain);
@@ -38,7 +38,7 @@ std::string Quoted(std::string_view text, ErrorHandler handler) {
 void EventText::BeginEvent() { Put("\n  {"); }
 
 void EventText::EndEvent() {
-    --m_out;  // the comma after the last member
+    --m_out;  // drops the comma behind the last member
     Put("\n  },");
     Flush();
     ++m_eventCount;
@@ -47,7 +47,7 @@ void EventText::EndEvent() {
 void EventText::Write(const MemberKey& key, float number) {
     Put(key);
     if (std::isfinite(number)) {
-        // std::to_chars gives other digits in rare cases.
+        // Not std::to_chars, which in rare cases gives other digits.
         m_out = nlohmann::detail::to_chars(m_out, m_block.data() + m_block.size(), double{number});
         Put(",");
     } else {

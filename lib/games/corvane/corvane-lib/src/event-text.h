@@ -1,8 +1,8 @@
-// The elements of the document's "events", written as JSON text while the events are read: they are the only
-// part of a document that grows with the replay, and a tree of them would take ten times their text.
+// The elements of the document's "events", written as JSON text while the events are read. Only this part of
+// a document grows with the replay, and as a tree it would take ten times the memory of its text.
 //
-// The text is the one that nlohmann::json would make of the same events with an indent of 1: members sorted
-// by key, numbers by its own algorithm, and texts that need escaping through the library itself.
+// The text is what nlohmann::json would write with an indent of 1: members sorted by key, numbers by the
+// library's own algorithm. Texts that need escaping go through the library itself.
 #pragma once
 
 #include <algorithm>
@@ -17,8 +17,8 @@
 
 namespace orvel::corvane {
 
-// The key of an event's member as it stands in the text: on a line of its own, indented, quoted. Always
-// copied whole, which is faster than as many bytes as it has.
+// The key of a member as it stands in the text: on its own line, indented, quoted. All bytes of the array are
+// copied each time: a fixed number is faster than the key's own length.
 class MemberKey {
   public:
     static constexpr std::size_t kBytes = 32;
@@ -31,7 +31,7 @@ class MemberKey {
     }
     constexpr const std::array<char, kBytes>& Bytes() const { return m_bytes; }
     constexpr std::size_t Length() const { return m_length; }
-    // The order of the members in the document.
+    // The order of members in the document.
     constexpr bool operator<(const MemberKey& other) const { return m_bytes < other.m_bytes; }
 
   private:
@@ -49,37 +49,39 @@ class EventText {
     EventText(const EventText&) = delete;
     EventText& operator=(const EventText&) = delete;
 
-    // Takes room for so many events of common size, so that the text need not move as it grows. A hostile
-    // file can have millions that are never written: there is a limit to what is taken for them.
+    // Reserves memory for this many events of common size, so that the text need not move as it grows. Only
+    // up to a limit: a hostile file can have millions of events that are never written.
     void Reserve(std::size_t count) { m_text.reserve(std::min(count, kMostReserved) * kCommonBytes); }
 
-    // An event is what is written between these two; members must come sorted by key.
+    // Between these two calls, write one event's members, sorted by key.
     void BeginEvent();
     void EndEvent();
 
-    void Write(const MemberKey& key, float number);  // what is not finite becomes null
+    void Write(const MemberKey& key, float number);  // NaN and infinities become null
     void Write(const MemberKey& key, std::uint32_t number);
     void Write(const MemberKey& key, bool flag);
-    // A text that is not UTF-8 is written with U+FFFD in its place, and the first of them is kept.
+    // In a text that is not UTF-8, U+FFFD replaces the invalid bytes; the first such text is kept
+    // (InvalidText).
     void Write(const MemberKey& key, std::string_view text);
-    // Two lower-case digits for each of at most kShortText / 2 bytes.
+    // Writes two lower-case digits for each byte; at most kShortText / 2 bytes.
     void WriteHex(const MemberKey& key, std::span<const std::uint8_t> bytes);
     // The member "eventMeta".
     void WriteTimes(std::uint32_t time1, std::uint32_t time2);
 
     std::size_t EventCount() const { return m_eventCount; }
-    // The first text that was not UTF-8.
+    // The first text that was not UTF-8, if any.
     const std::optional<std::string>& InvalidText() const { return m_invalidText; }
-    // All events, a comma after each. Nothing is left.
+    // Moves the text out: all events, a comma behind each.
     std::string Take() { return std::move(m_text); }
 
-    // Of one event, with "evtName" and "eventMeta".
+    // Members of one event, "evtName" and "eventMeta" included.
     static constexpr std::size_t kMostMembers = 16;
 
   private:
     static constexpr std::size_t kCommonBytes = 448;  // an elimination with long numbers
     static constexpr std::size_t kMostReserved = 150'000;
-    // An event is put together here and appended as a whole; texts longer than kShortText go past it.
+    // An event is put together in this block and appended as a whole. Texts longer than kShortText are
+    // appended directly.
     static constexpr std::size_t kShortText = 64;
     static constexpr std::size_t kBlockBytes = kMostMembers * (MemberKey::kBytes + kShortText + 8);
 

@@ -1,4 +1,4 @@
-// Reading of the network demo header, and its form in the document.
+// Reads the network demo header and makes the document's "header".
 #include "games/corvane/corvane-lib/src/header-chunk.h"
 
 #include <array>
@@ -14,15 +14,15 @@ constexpr std::uint32_t NETWORK_DEMO_MAGIC = 0x2CF5A13D;
 constexpr std::uint32_t MIN_NETWORK_DEMO_VERSION = 5;
 constexpr std::uint32_t HISTORY_ENGINENETVERSION_LATEST = 23;
 
-// The first Version that has a field.
+// The first Version that has each field.
 constexpr std::uint32_t kVersionLevelList = 6;
 constexpr std::uint32_t kVersionLevelTimes = 7;
 constexpr std::uint32_t kVersionFlags = 9;
 constexpr std::uint32_t kVersionEngineVersion = 11;
 constexpr std::uint32_t kVersionGuid = 12;
 
-// Calls readElement once for each element of a list, until the data runs out: what a broken element says
-// counts before a count that cannot be.
+// Reads a list, element by element, until the data runs out. So a broken element is reported rather than an
+// impossible count.
 template <typename ReadElement>
 void ReadList(ue4::FStreamReader& archive, ReadElement readElement) {
     const std::int32_t count = archive.ReadInt32();

@@ -1,4 +1,4 @@
-// The network demo header: the payload of a replay's header chunk. It is never encrypted nor compressed.
+// The network demo header: the payload of a replay's header chunk. It is neither encrypted nor compressed.
 //
 //     Magic                         uint32   0x2CF5A13D
 //     Version                       uint32   5 at least
@@ -14,8 +14,8 @@
 //     Flags                         uint32                           Version >= 9
 //     GameSpecificData              list of string
 //
-// A list is an int32 count, then as many elements. The 12 bytes: uint16 Major, Minor, Patch, 2 bytes without
-// meaning, uint32 Changelist.
+// A list is an int32 count, then its elements. The 12 bytes are: uint16 Major, Minor and Patch, 2 unused
+// bytes, uint32 Changelist.
 #pragma once
 
 #include <cstdint>
@@ -29,7 +29,7 @@
 
 namespace orvel::corvane {
 
-// Strings are as stored; the document has them without their whitespace.
+// Strings are as stored. The document has them without whitespace.
 struct EngineVersion {
     std::uint16_t Major = 0;
     std::uint16_t Minor = 0;
@@ -51,15 +51,15 @@ struct NetworkDemoHeader {
     std::uint32_t GameNetworkProtocolVersion = 0;
     corvane::Guid Guid;
     corvane::EngineVersion EngineVersion;
-    // No vectors, which as they grow take up to three times as much for a moment.
+    // Not a vector: a vector that grows takes up to three times the memory for a moment.
     std::deque<LevelNameAndTime> LevelNamesAndTimes;
     std::uint32_t Flags = 0;
     std::deque<std::string> GameSpecificData;
 };
 
-// Reads the header at the archive's position. Returns what is wrong if its magic number or a version is not
-// one that this reader knows, else nothing; what was read until then stays. A list is read until its elements
-// or the data run out; memory is taken for what is there, never for the count.
+// Reads the header at the archive's position. Returns an empty string, or what is wrong with the magic number
+// or a version; the fields before it are then already read. A list ends with its count or with the data.
+// Memory follows the data, never the count.
 std::string ReadNetworkDemoHeader(ue4::FStreamReader& archive, NetworkDemoHeader& header);
 
 // The document's "header".

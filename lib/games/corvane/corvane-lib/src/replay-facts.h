@@ -1,4 +1,4 @@
-// What a parse finds out beside the document.
+// What a parse learns besides the document.
 #pragma once
 
 #include <cstddef>
@@ -16,13 +16,13 @@ enum class SkipReason : std::uint8_t {
     Broken,    // reading it failed
 };
 
-// An event of the file that the document does not show.
+// An event that the document does not show.
 struct SkippedEvent {
     std::int32_t index;  // among the file's events
     SkipReason reason;
 };
 
-// The name of a bot as the file has it. In the document it lacks its blanks.
+// A bot's name as the file has it. The document has it without whitespace.
 struct BotName {
     std::size_t event;     // the position in the document's "events"
     std::string_view key;  // "killedBot" or "killerBot"

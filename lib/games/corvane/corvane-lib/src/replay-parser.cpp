@@ -1,4 +1,4 @@
-// The steps of a parse: container, header, events; and the text of what they come to.
+// The steps of a parse (container, header, events), and the document's text.
 #include "games/corvane/corvane-lib/src/replay-parser.h"
 
 #include <algorithm>
@@ -22,7 +22,7 @@ void ReplayParser::ParseReplay(ue4::ResumeState& resume, std::vector<std::uint8_
     } catch (const ue4::ReplayException& exception) {
         util::WriteConsole("[ orvel::corvane::ReplayParser::ParseReplay ] [Replay Exception] " +
                            std::string(exception.what()) + "\n");
-        // A copy, so that what leaves the parser is a ReplayException and nothing derived from it.
+        // A copy: callers get exactly a ReplayException, never a class derived from it.
         throw ue4::ReplayException(exception);
     }
 }
@@ -56,7 +56,7 @@ void ReplayParser::NoteUnread() {
 }
 
 void ReplayParser::ParseHeaderChunk() {
-    // Whatever was read last may have run into the end of the file: the chunk table's scan always does.
+    // The last read may have hit the end of the file; the scan of the chunk table always does.
     Reader().clear();
     const auto index = static_cast<std::size_t>(FileInfo().HeaderChunkIndex);
     Reader().seekg(FileInfo().Chunks[index].DataOffset);
@@ -101,8 +101,8 @@ void ReplayParser::ParseEvent(const ue4::FLocalFileEventInfo& info) {
 std::string ReplayParser::TakeText(nlohmann::json::error_handler_t handler) {
     const bool isStrict = handler == nlohmann::json::error_handler_t::strict;
     if (m_events.InvalidText()) {
-        // A text that is not UTF-8 takes its place in the document, so that the first one there is the one
-        // that is thrown for.
+        // The library throws for the first text that is not UTF-8 in the document's order. So the events'
+        // text stands at its place.
         nlohmann::json& events = m_document.json["events"] = nlohmann::json::array();
         if (isStrict) events.push_back(*m_events.InvalidText());
     }
@@ -110,11 +110,11 @@ std::string ReplayParser::TakeText(nlohmann::json::error_handler_t handler) {
     std::string text = m_events.Take();
     if (text.empty()) return rest;
 
-    // Found nowhere else, since line ends within strings are escaped.
+    // Stands nowhere else in the text: line ends inside strings are escaped.
     constexpr std::string_view kNoEvents = "\n \"events\": []";
     const std::size_t end = rest.find(kNoEvents) + kNoEvents.size() - 1;
     text.insert(0, rest, 0, end);
-    text.back() = '\n';  // the comma after the last event
+    text.back() = '\n';  // replaces the comma behind the last event
     text.append(" ").append(rest, end);
     return text;
 }

@@ -1,7 +1,7 @@
 // One replay file -> one JSON document.
 //
 //     "ReplayFileMeta"  object  the container's information block; absent if the file is no replay
-//     "header"          object  absent if there is no header chunk, or none that this reader knows
+//     "header"          object  absent without a header chunk, or if its magic number or version is unknown
 //     "events"          array   absent if no event of a known kind has a payload
 #pragma once
 
@@ -21,8 +21,8 @@
 
 namespace orvel::corvane {
 
-// Serves one file and one parse, on one thread; parsers share nothing. It is itself the archive over its
-// file, which stays open while the parser lives.
+// One object serves one file, one parse, one thread. Objects share nothing. The parser is itself the archive
+// over its file. The file stays open as long as the parser lives.
 class ReplayParser : public ue4::FArchiveReader {
   public:
     // path: UTF-16 units, one per wchar_t. Throws std::ios_base::failure if the file cannot be opened.
@@ -30,27 +30,26 @@ class ReplayParser : public ue4::FArchiveReader {
     ReplayParser(const ReplayParser&) = delete;
     ReplayParser& operator=(const ReplayParser&) = delete;
 
-    // Before the parse: the facts are to have the names of bots as well.
+    // Call before the parse: the facts then have the names of bots too.
     void WantBotNames() { m_wantsBotNames = true; }
 
-    // Reads the whole replay into the document. To be called once. key: the AES key for encrypted payloads if
-    // the file has none; may be empty.
+    // Reads the whole replay into the document. Call it once. key: the AES key if the file has none; may be
+    // empty.
     //
-    // Throws what reading throws: ReplayException (after a line on standard output), std::ios_base::failure
-    // if the header is cut short, char* for a broken container. The document then holds what was read before.
+    // Throws ReplayException (after a line on standard output), std::ios_base::failure if the header is cut
+    // short, char* for a broken container. The document then holds what was read before.
     void ParseReplay(ue4::ResumeState& resume, std::vector<std::uint8_t> key);
 
-    // After a ParseReplay that has thrown: reads what it has not come to, and throws nothing but
-    // std::bad_alloc. The document then holds all that can be read.
+    // Call after ParseReplay has thrown. Reads everything behind the failure that can be read. Throws only
+    // std::bad_alloc.
     void Salvage();
 
-    // The document, but that "events" is an empty list: its elements are kept as text. Null before the parse.
+    // The document, with an empty list as "events": the events are kept as text. Null before the parse.
     // Callers may add members.
     nlohmann::json& Document() { return m_document.json; }
-    // The whole document as JSON text in UTF-8: keys sorted, one blank of indent for each level, characters
-    // beyond ASCII as they are. The events are moved into it, so it can be taken once. The document's first
-    // string that is not UTF-8 throws nlohmann::json's type_error, or gets U+FFFD in it if the handler says
-    // so.
+    // The whole document as JSON text in UTF-8: keys sorted, one blank of indent per level, characters beyond
+    // ASCII as they are. Call it once: it moves the events out. A string that is not UTF-8 throws
+    // nlohmann::json's type_error, or gets U+FFFD in it, as the handler says.
     std::string TakeText(nlohmann::json::error_handler_t handler = nlohmann::json::error_handler_t::strict);
 
     const ue4::ReplayFileInfo& FileInfo() const { return m_streamer.Info(); }
@@ -58,9 +57,9 @@ class ReplayParser : public ue4::FArchiveReader {
     const ReplayFacts& Facts() const { return m_facts; }
 
   private:
-    // The header and the events, each once.
+    // Reads the header and the events, each once.
     void ParsePayloads();
-    // What the step that has failed leaves out.
+    // Records what the failed step has left out.
     void NoteUnread();
     void ParseHeaderChunk();
     void ParseEvents();

@@ -10,7 +10,7 @@ namespace {
 
 using Folder = std::optional<std::filesystem::path>;
 
-// The folder below another one. What cannot be looked at counts as not there.
+// The folder `name` in `parent`. A folder that cannot be looked at counts as missing.
 Folder Below(Folder parent, const std::filesystem::path& name) {
     if (!parent) return std::nullopt;
     *parent /= name;

@@ -1,4 +1,4 @@
-// Where the game keeps what belongs to the user.
+// Finds the game's folders of this user.
 #pragma once
 
 #include <filesystem>
@@ -6,12 +6,12 @@
 
 namespace orvel::util {
 
-// Both look afresh at every call.
+// Both look anew at each call.
 
-// The folder "CorvaneGame" in the user's local application data folder; nothing if there is none.
+// "CorvaneGame" in the user's local application data folder; nothing if it is not there.
 std::optional<std::filesystem::path> LocateGameFolder();
 
-// The game's folder for replays, "Saved", "Demos" in the one above; nothing if it is not there.
+// The game's folder of replays, "Saved/Demos" in the one above; nothing if it is not there.
 std::optional<std::filesystem::path> LocateDemoFolder();
 
 }  // namespace orvel::util

@@ -15,7 +15,7 @@ bool SaysGone(const std::error_code& error) {
     return error == std::errc::no_such_file_or_directory || error == std::errc::not_a_directory;
 }
 
-// The folder's path, ready for a name to be put after it.
+// The folder's path, ready for a name to be appended.
 std::wstring AsPrefix(std::wstring folder) {
     constexpr auto kSeparator = static_cast<wchar_t>(fs::path::preferred_separator);
     if (!folder.empty() && folder.back() != L'/' && folder.back() != kSeparator) folder.push_back(kSeparator);
@@ -90,7 +90,7 @@ void FolderSnapshot::NoteFailure(const std::wstring& folder, const std::error_co
 
 void FolderSnapshot::ReportErased(const FileStatusCallback& report) {
     for (auto recorded = m_paths.begin(); recorded != m_paths.end() && !m_abandoned;) {
-        // Not to have been listed is no proof: its folder may have become unreadable.
+        // An entry that was not listed may still exist: its folder may have become unreadable.
         std::error_code error;
         const bool present = recorded->second.lastSeen == m_look ||
                              m_fileSystem.LastWriteTime(recorded->first, error) || !SaysGone(error);
@@ -115,8 +115,8 @@ void FolderSnapshot::ReportPresent(const FileStatusCallback& report) {
         if (!isNew && before == *time) continue;
         m_timesAreOld = true;
         report(recorded->first, isNew ? FileStatus::created : FileStatus::modified);
-        // Abandoned meanwhile: the snapshot that goes on from this one reports the change again, since what
-        // came of this report may have reached nobody.
+        // Abandoned during the report, which may have reached nobody. So the next snapshot reports the change
+        // again.
         if (m_abandoned && !isNew) recorded->second.lastWriteTime = before;
     }
 }

@@ -1,8 +1,8 @@
-// What a folder held when it was last looked at, and how it differs now.
+// What a folder held at the last look, and what differs at the next.
 //
-// A look is one listing of the folder with its entries' last-write times; while nothing changes, nothing else
-// is asked of the file system. The time queries are nearly all of its cost, so asking of each recorded path
-// whether it still exists before listing anew would double it.
+// A look is one listing of the folder with the last-write times of its entries. While nothing changes, it
+// asks the file system nothing else: the time queries are nearly all of its cost, and asking first whether
+// each recorded path still exists would double it.
 #pragma once
 
 #include <atomic>
@@ -18,35 +18,35 @@
 
 namespace orvel::util {
 
-// Not for several threads at a time. The file system must outlive it.
+// One thread at a time. The file system must outlive it.
 class FolderSnapshot {
   public:
-    // Records what the folder and its sub-folders hold, files and folders alike; a link to a folder is an
-    // entry, but not entered. Throws std::filesystem::filesystem_error if the folder itself cannot be
-    // listed; what a sub-folder that cannot be listed holds is `created` once it can.
+    // Records the entries of the folder and its sub-folders, files and folders alike. A link to a folder is
+    // an entry but is not entered. Throws std::filesystem::filesystem_error if the folder itself cannot be
+    // listed. The entries of a sub-folder that cannot be listed are `created` once it can.
     FolderSnapshot(std::wstring folder, FileSystem& fileSystem);
 
-    // Looks again, records each difference and reports it: first `erased` for what is gone, then `created`
-    // and `modified` for what is there, each with the time that it has when its turn comes. An entry that
-    // vanishes before its turn is passed over.
+    // Looks again, records each difference and reports it: first `erased` entries, then `created` and
+    // `modified` ones, each with its time at the moment of its report. An entry that vanishes before its
+    // report is passed over.
     //
-    // A sub-folder that has vanished or may not be read is passed over; what is recorded of it stays recorded
-    // for as long as it cannot be said to be gone. Any other failure to list is thrown as
-    // std::filesystem::filesystem_error after all differences that were found have been reported.
+    // A sub-folder that has vanished or may not be read is passed over. Its entries stay recorded until they
+    // are known to be gone. Any other failure to list is thrown as std::filesystem::filesystem_error, after
+    // all differences found have been reported.
     void Update(const FileStatusCallback& report);
 
-    // From now on nothing is reported. What has not been reported, or is being reported, is not recorded
-    // either. Any thread.
+    // From now on nothing is reported. A change whose report has not ended is not recorded either. Any
+    // thread.
     void Abandon() { m_abandoned = true; }
 
-    // Goes on where another snapshot of the folder has ended: what that one has recorded counts as reported,
-    // and what it has not is a difference to this one.
+    // Continues another snapshot of the folder, which has ended: what that one has recorded counts as
+    // reported; this one reports the rest.
     void GoOnFrom(const FolderSnapshot& ended);
 
   private:
     struct Record {
         std::int64_t lastWriteTime;
-        std::uint32_t lastSeen;  // the number of the look that met it last
+        std::uint32_t lastSeen;  // the number of the last look that saw it
     };
 
     struct Difference {
@@ -71,8 +71,8 @@ class FolderSnapshot {
     FileSystem& m_fileSystem;
     std::atomic<bool> m_abandoned = false;
 
-    // The latest look: its number, what it met with another time than the recorded one or none, the first
-    // failure to list, and whether a report has taken time since, so that the times may be out of date.
+    // The latest look: its number; the entries with a new time or without a record; the first failure to
+    // list; whether a report has taken time since, so that the times may be out of date.
     std::uint32_t m_look = 0;
     std::vector<Difference> m_differences;
     std::optional<Failure> m_failure;

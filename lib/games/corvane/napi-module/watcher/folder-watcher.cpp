@@ -13,7 +13,7 @@ FolderWatcher::FolderWatcher(std::wstring folder, FileSystem& fileSystem, std::c
 FolderWatcher::~FolderWatcher() { Stop(); }
 
 void FolderWatcher::Start(FileStatusCallback callback) {
-    // Set here and not by the thread, so that a Stop that comes before the thread's first step is not missed.
+    // Set here, not by the thread: so a Stop before the thread's first step works too.
     m_running = true;
     m_thread = std::thread([this, callback = std::move(callback)] { Poll(callback); });
 }

@@ -1,4 +1,4 @@
-// The information block, the key in effect, the document's "ReplayFileMeta", and the scan of the chunk table.
+// Reads the information block, settles the key, adds "ReplayFileMeta" and scans the chunk table.
 #include "games/corvane/corvane-lib/src/ue4/local-file-replay-streamer.h"
 
 #include <algorithm>
@@ -15,7 +15,7 @@ namespace {
 
 constexpr std::uint32_t kFileMagic = 0x1CA2E27F;
 
-// The first FileVersion that has a field.
+// The first FileVersion that has each field.
 constexpr std::uint32_t kVersionCompressed = 2;
 constexpr std::uint32_t kVersionTimestamp = 3;
 constexpr std::uint32_t kVersionOrderedDataChunks = 4;
@@ -23,15 +23,15 @@ constexpr std::uint32_t kVersionEncrypted = 6;
 
 constexpr std::int64_t kChunkHeadBytes = 8;
 
-// Events of a table in file order do not overlap, so all of them fit into the file. In a hostile file they
-// may overlap a thousandfold and make a small file cost any amount of time and memory; this much more is let
-// pass.
+// In a table in file order events do not overlap, so together they fit into the file. In a hostile file they
+// may overlap a thousandfold, and a small file would cost any amount of time and memory. This much overlap is
+// accepted.
 constexpr std::int64_t kToleratedOverlap = 1024 * 1024;
 
-// Throws a failure of the container: the text as a char*, which is how all of them travel.
+// Throws a failure of the container. All of them are thrown as a char*.
 [[noreturn]] void ThrowContainerFailure(const char* staticText) { throw const_cast<char*>(staticText); }
 
-// 0A FF -> "0a ff ", with the last blank.
+// {0x0A, 0xFF} gives "0a ff ", with the blank at the end.
 std::string HexText(const std::vector<std::uint8_t>& bytes) {
     constexpr std::string_view kDigits = "0123456789abcdef";
     std::string text;
@@ -48,14 +48,14 @@ nlohmann::json FileMeta(const ReplayFileInfo& info) {
     nlohmann::json meta = nlohmann::json::object();
     meta["MagicNumber"] = info.MagicNumber;
     meta["FileVersion"] = info.FileVersion;
-    meta["LegthInMs"] = info.LengthInMS;  // the document's readers know it under this spelling
+    meta["LegthInMs"] = info.LengthInMS;  // programs that read documents know this spelling
     meta["NetworkVersion"] = info.NetworkVersion;
     meta["Changelist"] = info.Changelist;
     meta["FriendlyName"] = WithoutWhitespace(info.FriendlyName);
     meta["Timestamp"] = info.Timestamp;
     meta["TotalDataSizeInBytes"] = info.TotalDataSizeInBytes;
     meta["bIsLive"] = info.bIsLive;
-    meta["bIsValid"] = info.bIsValid;  // always false: only the scan of the table, which is to come, sets it
+    meta["bIsValid"] = info.bIsValid;  // always false: only the scan, which comes later, sets it
     meta["bCompressed"] = info.bCompressed;
     meta["bEncrypted"] = info.bEncrypted;
     meta["EncryptionKey"] = HexText(info.EncryptionKey);
@@ -88,8 +88,8 @@ void CheckCheckpoints(const ReplayFileInfo& info) {
 
 }  // namespace
 
-// Types without a row, 1 and 2 among them, are passed over. One that says something for the document has a
-// row and a step that adds it to m_document.
+// Chunks of types without a row, such as 1 and 2, are passed over. To show another type in the document, add
+// a row and a step that adds to m_document.
 constexpr FLocalFileNetworkReplayStreamer::ChunkType FLocalFileNetworkReplayStreamer::kChunkTypes[] = {
     {0, &FLocalFileNetworkReplayStreamer::NoteHeader},
     {3, &FLocalFileNetworkReplayStreamer::ReadEvent},
@@ -115,7 +115,7 @@ void FLocalFileNetworkReplayStreamer::ReadReplayInfo(std::vector<std::uint8_t> k
     }
 }
 
-// False if the file is no replay; then nothing but the magic number was read.
+// Returns false if the file is no replay. Then only the magic number was read.
 bool FLocalFileNetworkReplayStreamer::ReadInformationBlock(std::vector<std::uint8_t> key,
                                                            ResumeState& resume) {
     m_info.MagicNumber = m_archive.ReadUInt32();
@@ -135,20 +135,20 @@ bool FLocalFileNetworkReplayStreamer::ReadInformationBlock(std::vector<std::uint
     return true;
 }
 
-// The file's key wins if it is one, or if this file has had one before.
+// The file's key wins if it has a byte other than 0, or if an earlier parse found such a key.
 void FLocalFileNetworkReplayStreamer::SettleKey(std::vector<std::uint8_t> key, ResumeState& resume) {
     m_info.EncryptionKey = std::move(key);
     std::vector<std::uint8_t> fileKey = m_archive.ReadByteArray();
     const auto isSet = [](std::uint8_t byte) { return byte != 0; };
     if (std::ranges::any_of(fileKey, isSet)) resume.IsKeyFromFile = true;
     if (resume.IsKeyFromFile) m_info.EncryptionKey = std::move(fileKey);
-    // An empty line for each block with a key is part of the output on purpose.
+    // Required: each information block that can hold a key prints an empty line.
     orvel::util::WriteConsole("\n");
 }
 
 void FLocalFileNetworkReplayStreamer::ReadChunkTable() {
     try {
-        // Offsets are reckoned, not asked for.
+        // Offsets are computed: asking the stream costs more.
         std::int64_t offset = m_archive.Reader().tellg();
         while (!m_archive.Reader().eof()) {
             if (offset <= m_info.TotalDataSizeInBytes) m_info.TableEnd = offset;
@@ -158,8 +158,8 @@ void FLocalFileNetworkReplayStreamer::ReadChunkTable() {
             m_archive.Reader().seekg(offset);
         }
     } catch (const std::ios_base::failure&) {
-        // The end of the file, usually. What else fails here ends the table as well: to go on could go on for
-        // ever.
+        // Usually the end of the file. Any other failure ends the table too; otherwise the scan might never
+        // end.
     }
 }
 
@@ -173,7 +173,7 @@ ReplayChunkInfo FLocalFileNetworkReplayStreamer::ReadChunkHead(std::int64_t offs
     return chunk;
 }
 
-// False if the chunk cannot belong to the table.
+// Returns false if the chunk cannot belong to the table.
 bool FLocalFileNetworkReplayStreamer::ReadChunkPayload(const ReplayChunkInfo& chunk) {
     const auto type = std::ranges::find(kChunkTypes, chunk.ChunkType, &ChunkType::value);
     const bool belongs = type == std::end(kChunkTypes) || (this->*type->step)(chunk);
@@ -221,7 +221,8 @@ void FLocalFileNetworkReplayStreamer::Validate(ResumeState& resume) {
     CheckCheckpoints(m_info);
     m_info.bIsValid = true;
     resume.Offset = static_cast<std::uint32_t>(m_info.TotalDataSizeInBytes);
-    // Always valid by now: a check that is added above and does not throw must not go unsaid.
+    // bIsValid is true here unless somebody adds a check above that does not throw; then this line reports
+    // it.
     if (!m_info.bIsValid) {
         orvel::util::WriteConsole(
             "[ ue4::FLocalFileNetworkReplayStreamer::ReadReplayInfo ] INVALID REPLAY FILE\n");

@@ -14,7 +14,7 @@
 //     bEncrypted      boolean      FileVersion >= 6
 //     EncryptionKey   byte array   FileVersion >= 6
 //
-// The chunks follow it, one after the other, up to the end of the file:
+// The chunks follow, one behind the other, up to the end of the file:
 //
 //     ChunkType    uint32   0 header, 1 and 2 network data and checkpoints, 3 event, 0xFFFFFFFF cleared
 //     SizeInBytes  int32    of the payload
@@ -40,42 +40,40 @@
 
 namespace ue4 {
 
-// What the next parse of the same, growing file goes on from. At first as it is here.
+// What one parse of a growing file leaves for the next. These defaults are for the first parse.
 struct ResumeState {
-    // Where the scan of the table starts; 0 is the table's beginning. A parse leaves the low 32 bits of the
+    // Where the scan of the table starts; 0: at the first chunk. A parse sets it to the low 32 bits of the
     // file's size.
     std::uint32_t Offset = 0;
-    // The file has held a key. From then on its key is taken even if it is all zeros.
+    // The file has had a key. From then on the file's key is used even if it is all zeros.
     bool IsKeyFromFile = false;
 };
 
 class FLocalFileNetworkReplayStreamer {
   public:
-    // Both must outlive the object.
+    // Both must outlive this object.
     FLocalFileNetworkReplayStreamer(FStreamReader& archive, nlohmann::json& document)
         : m_archive(archive), m_document(document) {}
 
-    // Reads the container from the archive's start and adds "ReplayFileMeta" to the document. Payloads other
-    // than event descriptions are passed over, not read. A file with another magic number is no failure: it
-    // has no chunks and gets no "ReplayFileMeta".
+    // Reads the container from the archive's start and adds "ReplayFileMeta" to the document. Of payloads
+    // only event descriptions are read. A file with another magic number is no failure: it has no chunks and
+    // gets no "ReplayFileMeta".
     //
-    // key: the caller's, in effect (FileVersion >= 6) unless the file's own key is.
+    // key: the caller's. It is used if FileVersion >= 6 and the file has no key of its own.
     //
-    // The table ends where the file does, be it in the middle of a chunk (the game is still writing it), and
-    // at the first chunk that cannot belong to a table written in file order: one with a negative size, one
-    // that cannot be sought past, or an event with which all events together are larger than the file by more
-    // than a mebibyte.
+    // The table ends with the file, even in the middle of a chunk (the game may still be writing it). It also
+    // ends at the first chunk that cannot belong to it: a chunk of negative size, a chunk that cannot be
+    // sought past, or an event with which all events together exceed the file's size by more than a mebibyte.
     //
-    // A broken container throws a plain C string of static duration (type char*): what is wrong, or the
-    // stream's failure text if the information block is cut short. ReplayException passes. What was read
-    // before stays.
+    // A broken container throws a char* to a static C string: what is wrong, or the stream's failure text if
+    // the information block is cut short. ReplayException passes through. What was read before stays.
     void ReadReplayInfo(std::vector<std::uint8_t> key, ResumeState& resume);
 
-    // What was read; the defaults before.
+    // The container as read; defaults before ReadReplayInfo.
     const ReplayFileInfo& Info() const { return m_info; }
 
   private:
-    // What is done at the beginning of a chunk's payload. False if the chunk cannot belong to the table.
+    // Called at the start of a chunk's payload. Returns false if the chunk cannot belong to the table.
     using PayloadStep = bool (FLocalFileNetworkReplayStreamer::*)(const ReplayChunkInfo& chunk);
     struct ChunkType {
         std::uint32_t value;
@@ -98,7 +96,7 @@ class FLocalFileNetworkReplayStreamer {
     FStreamReader& m_archive;
     nlohmann::json& m_document;
     ReplayFileInfo m_info;
-    std::int64_t m_eventBytes = 0;  // of all events so far, their descriptions included
+    std::int64_t m_eventBytes = 0;  // of all events so far, with their descriptions
 };
 
 }  // namespace ue4

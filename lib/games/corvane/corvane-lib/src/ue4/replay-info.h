@@ -1,4 +1,4 @@
-// What the container of a replay file says: its information block and its table of chunks.
+// The contents of a replay's container: its information block and its table of chunks.
 #pragma once
 
 #include <cstdint>
@@ -16,26 +16,26 @@ struct ReplayChunkInfo {
     std::int64_t DataOffset = 0;   // where its payload begins
 };
 
-// One event: the description at the start of an event chunk's payload, and where the event's own data lies.
+// One event: its description from the start of the chunk's payload, and where its data lies.
 struct FLocalFileEventInfo {
-    std::int32_t Index = 0;  // the position among the events, not among the chunks
+    std::int32_t Index = 0;  // among the events, not among the chunks
     std::string Id;
     std::string Group;
     std::string Metadata;
     std::uint32_t Time1 = 0;  // milliseconds into the replay
     std::uint32_t Time2 = 0;
-    std::int32_t SizeInBytes = 0;  // of the data; the data lies within the file
+    std::int32_t SizeInBytes = 0;  // of the data, which lies within the file
     std::int64_t DataOffset = 0;
 };
 
-// One chunk of recorded network data: the half-open range of bytes that it covers.
+// One chunk of recorded network data: the bytes from StartOffset up to, not including, EndOffset.
 struct ReplayDataChunkInfo {
     std::int32_t ChunkIndex = 0;
     std::int64_t StartOffset = 0;
     std::int64_t EndOffset = 0;
 };
 
-// Everything above for one file. Fields that the file's version does not have keep their defaults.
+// All of this for one file. Fields that the file's version does not have keep their defaults.
 struct ReplayFileInfo {
     std::uint32_t FileVersion = 0;
     std::uint32_t MagicNumber = 0;
@@ -51,14 +51,14 @@ struct ReplayFileInfo {
     bool bEncrypted = false;
     std::vector<std::uint8_t> EncryptionKey;  // the key in effect for the payloads
     std::int32_t HeaderChunkIndex = -1;       // in Chunks; -1: none
-    // Where the first chunk begins that does not lie wholly within the file, or could not be read; the file's
-    // size if there is none.
+    // Where the first chunk begins that is not wholly in the file, or could not be read. Without such a
+    // chunk, the file's size.
     std::int64_t TableEnd = 0;
-    // In file order. No vectors, which as they grow take up to three times as much for a moment.
+    // In file order. Not vectors: a vector that grows takes up to three times the memory for a moment.
     std::deque<ReplayChunkInfo> Chunks;
     std::deque<FLocalFileEventInfo> Events;
-    std::vector<FLocalFileEventInfo> Checkpoints;  // this reader fills neither checkpoints
-    std::vector<ReplayDataChunkInfo> DataChunks;   // nor data chunks
+    std::vector<FLocalFileEventInfo> Checkpoints;  // always empty in this reader
+    std::vector<ReplayDataChunkInfo> DataChunks;   // always empty in this reader
 };
 
 }  // namespace ue4

@@ -1,10 +1,13 @@
-// How documents are built and destroyed so that memory that runs out is an exception and nothing worse.
+// How to build and destroy documents so that a lack of memory becomes an exception and never ends the
+// process.
 //
-// nlohmann::json has two weak spots then. A null value that becomes an object because a member is set in it
-// is broken when there is no memory for the object, and crashes when it is destroyed: AsObject makes the
-// object first. And the destructor of an array or object that is not empty takes memory, and ends the process
-// when there is none: members are set one by one, since a braced list of members destroys such temporaries,
-// and whole documents are held by a Document.
+// nlohmann::json has two weak spots when memory runs out:
+//
+// - Setting a member turns a null value into an object. Without memory for the object the value is broken,
+//   and its destructor crashes. So AsObject makes the object first.
+// - The destructor of an array or object that is not empty takes memory, and ends the process if there is
+//   none. So members are set one by one (a braced list destroys temporaries), and a Document holds whole
+//   documents.
 #pragma once
 
 #include <utility>
@@ -13,13 +16,13 @@
 
 namespace ue4 {
 
-// The value itself, an empty object if it was null.
+// Returns the value itself; makes it an empty object first if it was null.
 inline nlohmann::json& AsObject(nlohmann::json& value) {
     if (value.is_null()) value = nlohmann::json::object();
     return value;
 }
 
-// Empties a value from the inside out; takes no memory.
+// Empties a value from the inside out. Takes no memory.
 inline void Clear(nlohmann::json& value) noexcept {
     if (auto* object = value.get_ptr<nlohmann::json::object_t*>()) {
         for (auto& [key, member] : *object) Clear(member);

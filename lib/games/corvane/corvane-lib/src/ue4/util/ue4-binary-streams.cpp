@@ -10,8 +10,8 @@
 namespace ue4 {
 namespace {
 
-// Where a ReplayException says it comes from. The text is what people search for, so it stays the same
-// wherever the throwing lines move to.
+// The place that a ReplayException names. People search for this text, so it stays the same even if the code
+// moves.
 constexpr const char* kSourceFile = "lib/games/corvane/corvane-lib/src/ue4/util/ue4-binary-streams.cpp";
 constexpr int kInvalidSaveNumLine = 23;
 constexpr int kMissingKeyLine = 51;
@@ -27,8 +27,8 @@ std::int32_t Checked(std::int32_t saveNum) {
 }
 
 // A compressed payload: int32 decompressed size, int32 compressed size, then the compressed stream. Returns
-// the payload itself if that fails. Sizes that the payload cannot hold are cut down to what it can, and then
-// it fails or not.
+// the payload itself if decompression fails. An impossible compressed size becomes what is there, an
+// impossible decompressed size 0; decoding decides.
 std::vector<std::uint8_t> Decompressed(std::vector<std::uint8_t> payload) {
     PayloadReader reader(payload);
     const auto size = static_cast<std::size_t>(std::max(reader.ReadInt32(), 0));

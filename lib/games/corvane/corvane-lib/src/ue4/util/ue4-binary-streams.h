@@ -1,4 +1,4 @@
-// The engine's archive encodings over a replay file or a block of memory.
+// Readers of the engine's archive encodings, over a replay file or a block of memory.
 //
 //     int32, uint32   4 bytes
 //     uint64          8 bytes
@@ -29,7 +29,7 @@ namespace ue4 {
 
 using CppUtilities::Endianess;
 
-// A replay that cannot be read on. what() is "file:line: message".
+// Reading the replay cannot go on. what() is "file:line: message".
 class ReplayException : public std::runtime_error {
   public:
     enum class Cause { Corrupt, MissingKey };
@@ -41,26 +41,27 @@ class ReplayException : public std::runtime_error {
     Cause m_cause;
 };
 
-// The text without whitespace of the "C" locale, wherever it stands: the form in which documents have it.
+// Removes all whitespace of the "C" locale, also inside. Documents have texts in this form.
 std::string WithoutWhitespace(std::string text);
 
-// Reads engine values from a stream. What data that runs out does is the stream's business (binary-reader.h):
-// over a file it throws std::ios_base::failure; over memory nothing is thrown and 0, false or "" is returned.
+// Reads engine values from a stream. The stream decides what happens when the data runs out
+// (binary-reader.h): a file's stream throws std::ios_base::failure; over memory the reader returns 0, false
+// or "".
 class FStreamReader : public orvel::util::StreamReader {
   public:
-    // stream: not null; deleted with the reader if giveOwnership is true, else it must outlive the reader.
+    // stream: not null. With giveOwnership the reader deletes it, else it must outlive the reader.
     FStreamReader(std::istream* stream, Endianess endianness, bool giveOwnership);
 
-    // One engine string, as UTF-8, in place of what text holds. Two habits of this format's readers matter:
+    // Reads one engine string as UTF-8 and replaces text with it. Two properties of this format matter:
     //
     //     SaveNum >= 0   bytes up to the next zero, which is consumed and not stored; SaveNum is not used as
     //                    a length, not even when it is 0
     //     SaveNum < 0    -SaveNum UTF-16 units, all of which are kept: the stored terminator ends the result
     //                    as a zero character
     //
-    // Whitespace of the "C" locale is removed wherever it stands. SaveNum INT32_MIN throws ReplayException.
+    // Removes all whitespace of the "C" locale. SaveNum INT32_MIN throws ReplayException.
     void ReadString(std::string& text) override;
-    // The same with the whitespace left in.
+    // The same, but keeps whitespace.
     void ReadStoredString(std::string& text);
 
     std::string ReadString();
@@ -70,20 +71,20 @@ class FStreamReader : public orvel::util::StreamReader {
     bool ReadBool();
     float ReadFloat();
     std::uint8_t ReadByte();
-    // A negative count is treated as data that runs out.
+    // A negative count counts as the end of the data.
     std::vector<std::uint8_t> ReadByteArray();
 
-    // Bits of ReadPayload's flags; others are ignored.
+    // The bits of ReadPayload's flags; other bits are ignored.
     static constexpr std::uint8_t kPayloadEncrypted = 2;
     static constexpr std::uint8_t kPayloadCompressed = 4;
 
-    // The payload of size bytes at the current position, decrypted with EncryptionKey and decompressed as the
-    // flags ask. Empty if decryption fails; still compressed if decompression fails (each after a line on
-    // standard output). Throws ReplayException if it is encrypted and there is no key. It is valid until the
-    // next payload is read: one buffer, as large as the largest so far, serves them all.
+    // Reads size bytes at the current position, then decrypts them with EncryptionKey and decompresses them,
+    // as the flags ask. After a failed decryption the payload is empty, after a failed decompression it is
+    // still compressed (each with a line on standard output). An encrypted payload without a key throws
+    // ReplayException. All payloads share one buffer: the result is valid until the next call.
     std::vector<std::uint8_t>& ReadPayload(std::uint32_t size, std::uint8_t flags);
 
-    // The AES key of the replay's payloads, set by the owner before the first one is read; empty: none.
+    // The AES key of the payloads; empty: none. Set it before the first payload is read.
     std::vector<std::uint8_t> EncryptionKey;
 
   protected:
@@ -91,17 +92,17 @@ class FStreamReader : public orvel::util::StreamReader {
 
   private:
     std::vector<std::uint8_t> m_payload;
-    std::optional<orvel::util::data::AesKey> m_key;  // EncryptionKey, once it has been used
+    std::optional<orvel::util::data::AesKey> m_key;  // made from EncryptionKey at its first use
 };
 
-// Over a block of memory, which is not copied and must outlive the reader.
+// Reads from a block of memory, which is not copied and must outlive the reader.
 class FDataReader : public FStreamReader {
   public:
     FDataReader(const std::uint8_t* data, std::size_t size, Endianess endianness);
 };
 
-// The same encodings from a payload in memory without a stream, one check for each value. What the payload is
-// too short for reads 0 or "", and so does all that follows. It is neither copied nor owned.
+// Reads the same encodings from a payload in memory: no stream, one check for each value. Behind the end of
+// the payload every value reads 0 or "". The payload is neither copied nor owned.
 class PayloadReader {
   public:
     explicit PayloadReader(std::span<const std::uint8_t> payload) : m_rest(payload) {}
@@ -138,12 +139,12 @@ class PayloadReader {
     bool m_failed = false;
 };
 
-// Over a replay file, which stays open while the archive lives; the game may go on writing it, others may
-// delete it. The file's size when it is opened is its end for the whole parse.
+// Reads a replay file, which stays open while the archive lives. The game may go on writing it, others may
+// delete it. The file's size at opening is its end for the whole parse.
 class FArchiveReader : public FStreamReader {
   public:
-    // Throws std::ios_base::failure ("ios_base::failbit set") if the file cannot be opened. The stream stays
-    // the archive's own, whatever giveOwnership says; readers of each kind are constructed alike.
+    // Throws std::ios_base::failure ("ios_base::failbit set") if the file cannot be opened. giveOwnership has
+    // no effect: all readers are constructed alike, and this stream is always the archive's own.
     FArchiveReader(const std::wstring& path, Endianess endianness, bool giveOwnership);
 
   private:
