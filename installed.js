@@ -2,11 +2,11 @@
 // Loads a file of this package from the folder in which it is installed. A bundler packs this file into an application,
 // but neither the native add-on nor the program of the child processes: a bundle finds both in the installed package.
 
-// Not its createRequire alone: webpack would follow that.
+// The whole module: webpack would follow a createRequire taken alone.
 const nodeModule = require('node:module');
 const path = require('node:path');
 
-// From their folders upwards the package is looked for. In a bundle the first is the bundle, or no file at all.
+// The package is searched for from these files upwards. In a bundle the first one is the bundle, or no file at all.
 const places = () => [__filename, process.argv[1], path.join(process.cwd(), 'bundle.js')];
 
 function manifest() {
@@ -14,7 +14,7 @@ function manifest() {
     try {
       return nodeModule.createRequire(place).resolve('corvane_napi/package.json');
     } catch {
-      // The next one may be nearer.
+      // Perhaps from the next place.
     }
   }
   throw notInstalled();

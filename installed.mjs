@@ -1,10 +1,10 @@
-// The same as installed.js for ES modules. It is no wrapper of that file: bundles of ES modules cannot hold a require().
+// The same as installed.js for ES modules. It does not wrap that file: bundles of ES modules cannot hold a require().
 
-// Not its createRequire alone: webpack would follow that.
+// The whole module: webpack would follow a createRequire taken alone.
 import module from 'node:module';
 import path from 'node:path';
 
-// What bundlers make CommonJS of; they may answer "typeof" themselves, and wrongly.
+// The file's name if a bundler has made CommonJS of this one. Not with "typeof": bundlers may answer that, and wrongly.
 function commonJsFile() {
   try {
     return __filename;
@@ -13,8 +13,8 @@ function commonJsFile() {
   }
 }
 
-// From their folders upwards the package is looked for. esbuild leaves import.meta.url empty in CommonJS; webpack puts this
-// file's place at build time in.
+// The package is searched for from these files upwards. In CommonJS, esbuild leaves import.meta.url empty, and webpack
+// replaces it by this file's place at build time.
 const places = () => [
   import.meta.webpack === undefined ? import.meta.url : undefined,
   commonJsFile(),
@@ -27,7 +27,7 @@ function manifest() {
     try {
       return module.createRequire(place).resolve('corvane_napi/package.json');
     } catch {
-      // The next one may be nearer.
+      // Perhaps from the next place.
     }
   }
   throw notInstalled();

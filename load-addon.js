@@ -56,8 +56,8 @@ function loadFailure(file, reason) {
   return Object.assign(error, { code: 'ERR_CORVANE_ADDON', hint });
 }
 
-// The native module. CORVANE_ADDON, an absolute path, replaces the packaged file: for builds of one's own.
-// Throws an Error with code ERR_CORVANE_ADDON.
+// The native module. CORVANE_ADDON, the absolute path of your own build, replaces the packaged file. Throws an Error
+// with code ERR_CORVANE_ADDON.
 function loadAddon() {
   const file = process.env.CORVANE_ADDON || path.join(prebuilds, host, 'corvane_napi.node');
   try {

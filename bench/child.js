@@ -55,8 +55,8 @@ function timeWarmReads(task) {
   return timeInTurns(functions, task.seconds, timed);
 }
 
-// Nobody pays for what the other leaves behind: the second collection waits until the first one's buffers, which are given
-// back on another thread, are gone.
+// Neither reader pays for what the other leaves behind. The first collection frees buffers on another thread; the
+// second waits until they are gone.
 function timeCollectedReads(task) {
   return timeInTurns(readersOf(task), task.seconds, (readFile) => {
     global.gc();
@@ -67,7 +67,7 @@ function timeCollectedReads(task) {
   });
 }
 
-// Linux keeps a process's peak, and can be told to forget it; elsewhere the peak since the start has to do.
+// Linux keeps a process's peak and can reset it. Elsewhere the peak since the start must do.
 function peakKiB() {
   if (process.platform !== 'linux') return process.resourceUsage().maxRSS;
   return Number(/^VmHWM:\s*(\d+)/m.exec(fs.readFileSync('/proc/self/status', 'latin1'))[1]);

@@ -1,7 +1,6 @@
 'use strict';
 // The reader that somebody would write in JavaScript instead of using the add-on: the whole file in a Buffer, fields
-// taken from it one after the other, node:crypto, JSON.stringify. Only as careful as files that the game has completed
-// need it.
+// taken from it one after the other, node:crypto, JSON.stringify. It is only as careful as complete files need.
 
 const { createDecipheriv } = require('node:crypto');
 const fs = require('node:fs');

@@ -8,7 +8,7 @@ const { failureOf, usageFailure } = require('./failures.js');
 
 const KEY_VARIABLE = 'CORVANE_REPLAY_KEY';
 
-// Undefined for what is no key.
+// Undefined if the text is no key.
 function keyBytes(text) {
   const digits = text.replace(/\s/g, '');
   return /^([0-9a-f]{32}|[0-9a-f]{48}|[0-9a-f]{64})$/i.test(digits) ? Buffer.from(digits, 'hex') : undefined;
@@ -64,11 +64,11 @@ const withJobs = (command) =>
     jobCount,
   );
 
-// What the client is to be told of parsed options: --timeout and --max-mib.
+// The client's options from --timeout and --max-mib.
 const limitsOf = ({ timeout, maxMib }) => ({ timeout, maxDocumentBytes: maxMib });
 
-// The key of parsed options: that of --key, --key-file or the variable, in this order; undefined without one. Throws what
-// failures.js knows.
+// The key from --key, --key-file or the variable, in this order; undefined without one. Throws errors that failures.js
+// knows.
 function keyOf({ key, keyFile }) {
   const variable = process.env[KEY_VARIABLE];
   if (key || (keyFile === undefined && !variable)) return key;

@@ -44,7 +44,7 @@ const words = (key) => key.replace(/[A-Z]/g, ' $&').replaceAll('_', ' ').toLower
 
 const STATISTICS = { AthenaMatchStats: 'player', AthenaMatchTeamStats: 'team' };
 
-// A statistics event as one line: whose it is, then its figures. One of a new kind shows under its own name.
+// A statistics event as one line: whose figures, then the figures. A new kind of event shows under its own name.
 function summary({ evtName, eventMeta, ...figures }) {
   const name = STATISTICS[evtName] ?? evtName;
   const list = Object.entries(figures).map(([key, value]) => `${words(key)} ${value ?? '?'}`);

@@ -1,5 +1,5 @@
 'use strict';
-// What goes wrong on the command line: an exit status for each kind of failure, and its text.
+// The failures of the command line: an exit status for each kind, and its text.
 
 const KINDS = [
   [2, 'ERR_INVALID_ARGUMENT', 'invalid arguments'],
@@ -32,7 +32,7 @@ const STATUS_HELP = [
 
 const exitStatus = (error) => STATUS[error.code] ?? OTHER_STATUS;
 
-// A replay is not trusted: nothing of it may steer the terminal or change the direction of what follows.
+// A replay is not trusted: its text must not control the terminal or change the direction of the text behind it.
 function printable(text) {
   return text.replace(/[\p{Cc}\p{Cf}\p{Cs}\u2028\u2029]/gu, '');
 }
@@ -40,14 +40,14 @@ function printable(text) {
 const failureOf = (code, message) => Object.assign(new Error(message), { code });
 const usageFailure = (message) => failureOf('ERR_INVALID_ARGUMENT', message);
 
-// No further replay would fare better.
+// No other replay could be read either.
 const endsRun = ({ code }) => code === 'ERR_CORVANE_ADDON';
 
 // The error as lines for standard error.
 function failureText({ code, message, hint }) {
   const advice = hint && !message.includes(hint) ? `. ${hint}` : '';
   const lines = `corvane-replay: ${message}${advice}`.split('\n').map(printable);
-  // Of the others a line end is that of a file's name, which must not look like another message.
+  // In other messages a line end comes from a file's name. The rest of the name must not look like another message.
   return lines.join(code === 'ERR_CORVANE_ADDON' ? '\n' : ' ') + '\n';
 }
 

@@ -5,7 +5,7 @@ const { compare } = require('./match-columns.js');
 const { modeOf } = require('./export/tables.js');
 const { clock, count, metres, plain, rate, share, tenths } = require('./units.js');
 
-// Numbers of which the unknown ones do not count.
+// A series of numbers; unknown ones do not count.
 class Series {
   #values = [];
 
@@ -34,7 +34,7 @@ class Series {
   }
 }
 
-// What is counted of a group.
+// The counts of one group.
 class Group {
   matches = 0;
   wins = 0;
@@ -174,7 +174,7 @@ const GROUPINGS = {
   week: { add: byMatch(({ recordedAt }) => week(recordedAt)), figures: OF_MATCHES, isTime: true },
 };
 
-// What the figures come to: a list of { key, values }, values by the figures' names.
+// The values of the figures: a list of { key, values }, values by the figures' names.
 function figuresOf(groups, figures) {
   const all = { eliminations: 0 };
   for (const group of groups.values()) all.eliminations += group.eliminations;
@@ -186,7 +186,7 @@ function figuresOf(groups, figures) {
 
 const isPool = ({ key }) => Object.values(UNNAMED).includes(key);
 
-// By a figure downwards, or by the keys; those that are no single player come last, and so does what is not known.
+// Sorts by a figure, downwards, or by the keys. Groups that are no single player come last, and so do unknown values.
 function sortFigures(rows, name) {
   const by = name === undefined ? ({ key }) => key : ({ values }) => values[name];
   rows.sort((a, b) => compare(by(a), by(b)));

@@ -1,5 +1,5 @@
 'use strict';
-// What can be asked of a match on the command line, by name: to be shown, sorted by, and compared with.
+// The columns of a match on the command line: to show, to sort by, and to compare with.
 
 const path = require('node:path');
 const { modeOf } = require('./export/tables.js');
@@ -52,7 +52,7 @@ function compare(a, b) {
   return a < b ? -1 : Number(a > b);
 }
 
-// "place" sorts upwards, "-place" downwards. Returns { value, compare }: what of a match is compared, and how.
+// "place" sorts upwards, "-place" downwards. Returns { value, compare }: the value of a match, and how to compare it.
 function sorter(text) {
   const isDown = text.startsWith('-');
   const { value } = columnOf(isDown ? text.slice(1) : text);
@@ -83,8 +83,8 @@ const orderOfTexts = (value, wanted, name) => {
   return compare(name === 'date' ? a.slice(0, b.length) : a, b);
 };
 
-// A condition like "place<=3", "map=Saltmarsh" or "path~final" ("~": holds this text). Returns (match) => whether it
-// holds; what is not known meets none but "!=".
+// A condition like "place<=3", "map=Saltmarsh" or "path~final" ("~": holds this text). Returns (match) => boolean. An
+// unknown value meets only "!=".
 function condition(text) {
   const [, name, operator, wanted] = /^\s*(\w+)\s*(<=|>=|!=|=|<|>|~)\s*(.*?)\s*$/.exec(text) ?? [];
   if (name === undefined) throw usageFailure(`"${text}" is no condition like "place<=3"`);

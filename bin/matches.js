@@ -1,5 +1,5 @@
 'use strict';
-// What the commands about matches share: their options, and the reading of all that PATHS name.
+// Shared by the commands about matches: their options, and the reading of all replays that PATHS name.
 
 const path = require('node:path');
 const { readMatches } = require('../client');
@@ -9,7 +9,7 @@ const { namesOf } = require('./name-file.js');
 const { progress } = require('./progress.js');
 const { replayPaths } = require('./replay-paths.js');
 
-// What concerns the reading of matches.
+// The options for reading matches.
 const withReading = (command) =>
   withLimits(withKey(withJobs(command)))
     .option('--salvage', 'take what is whole of a replay that is broken or cut short')
@@ -22,7 +22,7 @@ const withJson = (command) =>
 // People at a terminal get tables, programs data.
 const wantsData = ({ json }, { stream }) => json === true || !stream.isTTY;
 
-// The options of readMatches() that the arguments say.
+// The options for readMatches(), from the arguments.
 const readingOf = ({ options, key, signal }) => ({
   ...limitsOf(options),
   key,
@@ -32,7 +32,7 @@ const readingOf = ({ options, key, signal }) => ({
   damageNames: namesOf(options.damageNames),
 });
 
-// The replays that PATHS name, each once; what is wrong with PATHS is told, and sets the status.
+// The replays that PATHS name, each once. Errors in PATHS are reported and set the status.
 async function listReplays(names, { terminal, signal }, tally) {
   const onFailure = (error) => {
     tally.status ||= exitStatus(error);

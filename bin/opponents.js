@@ -24,7 +24,7 @@ class Opponents {
     }
   }
 
-  // Who was in most matches: in one's own replays that is oneself. Undefined without any account.
+  // The account in most matches; in your own replays that is yours. Undefined without any account.
   get mostFrequent() {
     const [first] = [...this.#matches].reduce(
       (most, each) => (each[1] > most[1] ? each : most),

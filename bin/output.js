@@ -8,8 +8,7 @@ const path = require('node:path');
 const outputFailure = (cause) =>
   Object.assign(new Error(`cannot write: ${cause.message}`, { cause }), { code: 'ERR_OUTPUT' });
 
-// JSON in which characters that show nothing themselves stand as \uXXXX; it holds the same. Those below U+0020 stand so
-// in every JSON text.
+// The same JSON with invisible characters as \uXXXX. (Those below U+0020 are so in every JSON text.)
 function escapedJson(text) {
   const escape = (unit) => `\\u${unit.charCodeAt(0).toString(16).padStart(4, '0')}`;
   return text.replace(/[\x7f-\x9f\p{Cf}\p{Cs}\u2028\u2029]/gu, (found) =>
@@ -40,7 +39,7 @@ class Output {
     if (this.failure) throw this.failure;
   }
 
-  // The same for JSON. On a terminal nothing in a text may steer it or turn the direction of what follows.
+  // The same for JSON. On a terminal, no text may control it or change the direction of the text behind it.
   writeJson(text) {
     return this.write(this.stream.isTTY ? escapedJson(text) : text);
   }

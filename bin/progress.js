@@ -12,7 +12,7 @@ function clock(seconds) {
   return `${minutes}:${String(rest).padStart(2, '0')}`;
 }
 
-// As much of the line as has room: the count first, then the rate and the time left, then the bar.
+// As much of the line as fits: first the count, then the rate and the time left, then the bar.
 function line(done, total, seconds, columns) {
   const count = `${done}/${total} replays`;
   const rate = seconds > 0 ? done / seconds : 0;

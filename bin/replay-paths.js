@@ -69,8 +69,8 @@ async function standardInput(signal) {
   return lines;
 }
 
-// Resolves with the paths of the replays in the order of the arguments. What is wrong with an argument goes to
-// onFailure(error), and the others are looked at.
+// Resolves with the paths of the replays in the order of the arguments. Errors in an argument go to onFailure(error);
+// the other arguments still count.
 async function replayPaths(names, onFailure, signal) {
   const found = [];
   for (const name of names) {

@@ -7,7 +7,7 @@ const GAP = '  ';
 // Wide enough for an account's 32 digits and most names; no cell takes more, however wide the terminal is.
 const WIDEST_CELL = 40;
 const NARROWEST_CELL = 6;
-// Marks without a width of their own count, too.
+// A limit for combining marks, which have no width of their own.
 const POINTS_PER_CELL = 4;
 
 const isPlain = (text) => /^[\x20-\x7e]*$/.test(text);

@@ -13,7 +13,7 @@ class ChildPool {
   #size;
   #execPath;
   #idleMs;
-  #waiting = new Set(); // jobs in the order of their coming
+  #waiting = new Set(); // jobs in order of arrival
   #jobs = new Map(); // child -> the job it works on, or null
   #dying = new Set(); // children that were told to end
   #heeded = new Map(); // signal -> { jobs, onAbort }: one listener each, since Node.js warns of more than ten
@@ -27,9 +27,9 @@ class ChildPool {
     this.#idleMs = idleMs;
   }
 
-  // Resolves with what finish(answer) makes of a child's answer to the request. path: the file's name in errors. timeout:
-  // milliseconds until the result is there, from when a child begins with it. Rejects with ERR_ABORTED, ERR_TIMEOUT,
-  // ERR_CHILD_START or ERR_CHILD_LOST, and with what finish throws.
+  // Resolves with the result of finish(answer), where answer is a child's answer to the request. path: the file's name
+  // in errors. timeout: milliseconds from the start of the child's work until the result is there. Rejects with
+  // ERR_ABORTED, ERR_TIMEOUT, ERR_CHILD_START or ERR_CHILD_LOST, and with what finish throws.
   run(request, { path, signal, timeout, finish }) {
     return new Promise((resolve, reject) => {
       if (this.#isClosed) throw closed(path);
@@ -41,7 +41,7 @@ class ChildPool {
     });
   }
 
-  // Rejects what is being read or waits with ERR_ABORTED. Resolves when no child is left.
+  // Rejects all running and waiting jobs with ERR_ABORTED. Resolves when no child is left.
   async close() {
     this.#isClosed = true;
     const jobs = [...this.#waiting, ...this.#jobs.values()].filter((job) => job !== null);
@@ -85,7 +85,7 @@ class ChildPool {
     for (const [child, job] of this.#jobs) {
       if (job !== null) continue;
       if (child.isConnected) return child;
-      // It was killed while it was idle, and that is not reported yet.
+      // It was killed while idle, and its end is not reported yet.
       this.#end(child);
     }
     return this.#jobs.size < this.#size ? this.#newChild() : undefined;
@@ -115,7 +115,7 @@ class ChildPool {
     this.#jobs.set(child, null);
     child.hold(false);
     this.#forget(job);
-    this.#assign(); // the child reads on while its answer is worked on here
+    this.#assign(); // the child reads the next file while its answer is handled here
     try {
       const result = job.finish(answer);
       if (performance.now() - job.begun > job.timeout) throw lateFailure(job);

@@ -8,21 +8,21 @@ const path = require('node:path');
 // Bytes of the end of a child's standard error that are kept for the reason of its end.
 const KEPT_STDERR = 4096;
 
-// What a child's environment does not get from the application: an inspector's port, for one, cannot be shared. Windows
-// knows a variable in any case of letters.
+// Variables that a child does not get from the application; an inspector's port, for example, cannot be shared. On
+// Windows the case of a name does not matter.
 const NOT_INHERITED = /^(NODE_OPTIONS|ELECTRON_RUN_AS_NODE)$/i;
 
 // Children that still run. A child ends by itself when its parent is gone, but not while it reads.
 const running = new Set();
 process.on('exit', () => running.forEach((child) => child.kill('SIGKILL')));
 
-// In Electron and its like the program is the application; with ELECTRON_RUN_AS_NODE it is Node.js.
+// In Electron the program is the application itself; ELECTRON_RUN_AS_NODE makes it Node.js.
 function environment() {
   const inherited = Object.entries(process.env).filter(([name]) => !NOT_INHERITED.test(name));
   return { ...Object.fromEntries(inherited), ELECTRON_RUN_AS_NODE: '1' };
 }
 
-// Beside Electron's archive, if it is packed so: a Node.js other than Electron's cannot read in the archive.
+// Outside Electron's archive, if a copy is unpacked there: only Electron's own Node.js can read inside the archive.
 function program() {
   const file = path.join(__dirname, 'child.js');
   const unpacked = file.replace(/\bapp\.asar(?=[\\/])/, 'app.asar.unpacked');
@@ -48,12 +48,11 @@ class ChildProcess {
   #onEnd;
   #resolveGone;
 
-  // Resolves when the process is no more.
+  // Resolves when the process has ended.
   gone = new Promise((resolve) => (this.#resolveGone = resolve));
 
   // onMessage(message): what the child sends. onEnd(code, reason): it has ended (ERR_CHILD_LOST) or did not start
-  // (ERR_CHILD_START); called once. After kill() neither is called, and none of them before this constructor has
-  // returned.
+  // (ERR_CHILD_START); called once. Neither is called after kill(), or before this constructor has returned.
   constructor(execPath, { onMessage, onEnd }) {
     this.#onMessage = onMessage;
     this.#onEnd = onEnd;
@@ -71,7 +70,7 @@ class ChildProcess {
     return this.#process?.connected ?? false;
   }
 
-  // A lost message needs no care of its own: the child has ended then, and that is reported.
+  // A lost message needs no handling: the child has then ended, and that is reported.
   send(message) {
     if (this.isConnected) this.#process.send(message, () => {});
   }
@@ -105,8 +104,8 @@ class ChildProcess {
     else this.#onMessage(message);
   }
 
-  // Not at once: the system takes the failed child's pipes back when the event loop turns, and until then no other is to
-  // be started.
+  // Not at once: the system closes the failed child's pipes in the next turn of the event loop, and no other child
+  // should start before that.
   #failToStart({ message }) {
     setImmediate(() => this.#ended(message));
   }

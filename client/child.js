@@ -13,7 +13,7 @@
 const fs = require('node:fs');
 const loadAddon = require('../load-addon.js');
 
-// The native side cannot say why a file does not open; Node.js meets the same obstacle and can.
+// The native side does not know why a file cannot be opened. Node.js fails in the same way, and knows.
 function openFailure(path) {
   try {
     if (!fs.statSync(path).isFile()) return 'not a regular file';
@@ -30,8 +30,8 @@ function failure({ code, message, hint }) {
   return { code, reason: message.trim(), hint };
 }
 
-// More than the limit never reaches the application, which would have to hold it twice and to parse it. The facts count
-// too: a file can name any number of unknown events.
+// A larger document never reaches the application, which would hold it twice and parse it. The facts count too: a file
+// can name any number of unknown events.
 function limited({ text, facts }, maxDocumentBytes) {
   const bytes = Buffer.byteLength(text) + (facts?.length ?? 0);
   if (bytes <= maxDocumentBytes) return facts === undefined ? { text } : { text, facts };
@@ -68,13 +68,13 @@ function watch({ folder, key, maxDocumentBytes }) {
   }
 }
 
-// The parent may be gone by now; that is no error.
+// The parent may be gone. That is no error.
 function answer(message) {
   process.send(message, () => {});
 }
 
 process.on('message', (order) => (order.path === undefined ? watch(order) : answer(read(order))));
 process.on('disconnect', () => process.exit());
-// A terminal's interrupt goes to both; what comes of it is the parent's decision.
+// A terminal's interrupt reaches parent and child. The parent decides.
 for (const signal of ['SIGINT', 'SIGHUP']) process.on(signal, () => {});
 answer({ ready: true });

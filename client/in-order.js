@@ -56,7 +56,7 @@ async function checked(result) {
   return result;
 }
 
-// Yields what read(path) comes to, or { path, error }, in the order of the paths, with as many reads ahead as keep the
+// Yields the result of read(path), or { path, error }, in the order of the paths, with enough reads ahead to keep the
 // children busy. A result does not wait for the next path, which may come late.
 async function* readInOrder(paths, { ahead, signal, read }) {
   const source = new PathSource(paths, signal);
@@ -77,7 +77,7 @@ async function* readInOrder(paths, { ahead, signal, read }) {
   }
 }
 
-// Makes `await using` end the iteration, where Node.js has it and its engine's generators do not.
+// Makes `await using` end the iteration in versions of Node.js whose generators do not do so themselves.
 function disposable(generator) {
   if (Symbol.asyncDispose !== undefined && !(Symbol.asyncDispose in generator)) {
     generator[Symbol.asyncDispose] = async () => void (await generator.return());

@@ -22,7 +22,7 @@ export type ReplayErrorCode =
   | 'ERR_NO_DEMO_FOLDER'
   | 'ERR_INVALID_ARGUMENT';
 
-/** What every function of the client fails with. */
+/** Every failure of the client. */
 export class ReplayError extends Error {
   private constructor();
   /** `'AbortError'` for `ERR_ABORTED`. */
@@ -71,7 +71,7 @@ export interface WatchMatchesOptions extends WatchOptions, MatchOptions {
 }
 
 export interface ReadOptions extends LimitOptions {
-  /** Milliseconds until the result is there, once the file's turn has come. */
+  /** Milliseconds until the result is there; waiting for other files does not count. */
   timeout?: number;
 }
 
@@ -109,7 +109,7 @@ export type ReplayPaths<Path extends ReplayPath = ReplayPath> =
   | (Iterable<Path> & object)
   | AsyncIterable<Path>;
 
-/** `path`: the file. A failure that is of no file has none. */
+/** `path`: the file; absent for a failure that concerns no file. */
 export type WatchResult =
   | { path: string; document: WatcherReplay; error?: never }
   | { path?: string; document?: never; error: ReplayError };
@@ -192,7 +192,7 @@ export interface ReplayWatch extends EventEmitter, AsyncIterable<WatchResult> {
     listener: (...args: ReplayWatchEvents[Name]) => void,
   ): this;
   [Symbol.asyncIterator](): AsyncIterableIterator<WatchResult>;
-  /** Stops watching and ends iterations. Resolves when the child process is no more. */
+  /** Stops watching and ends iterations. Resolves when the child process has ended. */
   close(): Promise<void>;
 }
 

@@ -1,12 +1,13 @@
 'use strict';
 // Who took part in a match, as far as its events name them.
 
-// What the reader writes for a bot without a name. It removes blanks from names in the file, so that no name reads so.
+// The reader writes this for a bot without a name. It removes blanks from names in the file, so no name reads like
+// this.
 const UNNAMED_BOT = 'Unnamed Bot';
 
 const isNobody = ({ kind, name }) => kind === 'unknown' || name === null;
 
-// null where it cannot be known: who is unknown may be anyone, and two unnamed bots may be one.
+// null if unknown: an unknown player may be anyone, and two unnamed bots may be one.
 function isSelf(attacker, victim) {
   if (attacker === victim) return true;
   const isUnclear = attacker.kind === 'unknown' || victim.kind === 'unknown';

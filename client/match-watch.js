@@ -63,10 +63,10 @@ class Recordings {
     this.#options = options;
   }
 
-  // What one result of the watch means.
+  // Yields the updates that one result of the watch means.
   *take({ path, document, error }) {
     if (error) return yield { path: path ?? error.path, type: 'error', error };
-    // A file of which nothing is known yet need not be a replay.
+    // A file without information so far need not be a replay.
     if (document.ReplayFileMeta === undefined) return;
     const known = this.#find(path, document);
     const recording = known ?? (document.Creation && new Recording());
@@ -80,7 +80,7 @@ class Recordings {
     if (recording.hasClosed()) yield this.#end(recording);
   }
 
-  // Milliseconds to the next end for want of changes; undefined if there is none to come.
+  // Milliseconds until a match ends for lack of changes; undefined if none can.
   get patience() {
     const [next] = this.#quietAt.values();
     return next === undefined ? undefined : Math.max(next - performance.now(), 0);
@@ -93,7 +93,7 @@ class Recordings {
     }
   }
 
-  // A replay that is not told from its start is known, though perhaps by another name.
+  // A replay that is not told from its start is already known, perhaps under another name.
   #find(path, { Creation, ReplayFileMeta: { Timestamp } }) {
     const known = this.#all.get(path);
     if (known?.recordedAt === Timestamp) return known;
@@ -147,7 +147,7 @@ async function* watchMatches(watch, { endAfterMs = QUIET_MS, damageNames } = {})
       }
     }
   } finally {
-    // Not iterator.return(), which would wait for the result that is asked for already.
+    // Not iterator.return(), which would wait for the result that was already asked for.
     await results.close();
   }
 }

@@ -153,7 +153,7 @@ function teamOf(event) {
   return place === null && of === null ? null : { place, of };
 }
 
-// JSON has no 64-bit numbers; and whoever wants the document has it.
+// JSON has no 64-bit numbers, and callers who want the document already have it.
 function toJSON() {
   const { document, recordedTicks, ...rest } = this;
   return { ...rest, recordedTicks: recordedTicks === null ? null : String(recordedTicks) };

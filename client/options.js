@@ -1,6 +1,6 @@
 'use strict';
-// What callers pass, checked and brought into the form that the rest of the client works with. What is wrong throws a
-// ReplayError ERR_INVALID_ARGUMENT.
+// Checks what callers pass, and brings it into the form that the rest of the client uses. Throws a ReplayError
+// ERR_INVALID_ARGUMENT for a wrong argument.
 
 const { constants } = require('node:buffer');
 const os = require('node:os');
@@ -14,7 +14,7 @@ const MAX_CONCURRENCY = 64;
 const MAX_TIMER_MS = 2 ** 31 - 1;
 const AES_KEY_BYTES = [16, 24, 32];
 
-// Far more than any match needs. Parsed, a document takes several times its text; a small heap is to survive it.
+// Far more than any match needs. Parsed, a document takes several times its text, and a small heap must survive that.
 const DEFAULT_DOCUMENT_BYTES = Math.min(2 ** 26, Math.floor(v8.getHeapStatistics().heap_size_limit / 16));
 
 const invalid = (reason) => new ReplayError('ERR_INVALID_ARGUMENT', reason);
@@ -78,7 +78,7 @@ function pathList(paths) {
   throw invalid('paths must be an iterable or an async iterable of paths');
 }
 
-// given: an object of no other members than these, so that what is misspelt is not passed over.
+// given: an object with these members only, so that a misspelt one is noticed.
 function members(given = {}, names) {
   if (typeof given !== 'object' || given === null) throw invalid('options must be an object');
   const unknown = Object.keys(given).find((name) => !names.includes(name));
@@ -89,7 +89,7 @@ function members(given = {}, names) {
 const WATCH = ['key', 'signal', 'maxDocumentBytes'];
 const READ = [...WATCH, 'timeout'];
 
-// What one reading or watching is told, whichever function it is for.
+// Checks the options that reading and watching share.
 const checked = ({ key, signal, timeout, maxDocumentBytes, ...more }) => ({
   ...more,
   key: keyBuffer(key),
@@ -107,7 +107,7 @@ function watchLimits(given, more = []) {
   return { ...rest, folder: folder === undefined ? undefined : filePath(folder, 'folder') };
 }
 
-// What the watching of matches is told. endAfterMs: undefined for the default.
+// The options of watchMatches. endAfterMs: undefined for the default.
 function matchWatchLimits(given) {
   const { endAfterMs, damageNames, ...rest } = watchLimits(given, ['endAfterMs', 'damageNames']);
   const end = milliseconds(endAfterMs, 'endAfterMs');
@@ -119,7 +119,7 @@ function namesOf(damageNames) {
   throw invalid('damageNames must be an object');
 }
 
-// What the reading of a match is told.
+// The options of readMatch.
 function matchLimits(given, more = []) {
   const { salvage = false, damageNames, ...rest } = limits(given, ['salvage', 'damageNames', ...more]);
   if (typeof salvage !== 'boolean') throw invalid('salvage must be true or false');

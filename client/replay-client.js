@@ -9,7 +9,7 @@ const { ReplayError } = require('./replay-error.js');
 const { ReplayWatch } = require('./replay-watch.js');
 const { watchMatches } = require('./match-watch.js');
 
-// What a child's answer comes to: each is given { text, facts?, code, reason, hint } and the name of the file.
+// Each makes a result from a child's answer { text, facts?, code, reason, hint } and the name of the file.
 function textOf({ text, code, reason, hint }, name) {
   if (code !== undefined) throw new ReplayError(code, reason, name, { hint });
   return decoded(text, name);

@@ -1,5 +1,5 @@
 'use strict';
-// The one class of the client's errors: what went wrong, and what to do about it, in the words of those who call.
+// The one class of the client's errors: what went wrong and what to do about it, in the caller's terms.
 
 // code: [what went wrong, what to do].
 const FAILURES = {
@@ -45,7 +45,7 @@ const FAILURES = {
   ERR_INVALID_ARGUMENT: ['invalid argument', 'See docs/api.md.'],
 };
 
-// Codes of which the reason is in the caller's own words, and so part of the message.
+// The reason of these codes is in the caller's own terms, so it is part of the message.
 const TOLD_IN_MESSAGE = new Set([
   'ERR_UNREADABLE',
   'ERR_DOCUMENT_TOO_LARGE',
@@ -63,7 +63,7 @@ class ReplayError extends Error {
     const [what, advice] = FAILURES[code];
     const subject = path === undefined ? '' : `${path}: `;
     const detail = TOLD_IN_MESSAGE.has(code) ? ` (${reason})` : '';
-    // The loader of the add-on tells all of it itself.
+    // The loader's text already says all of this.
     const message = code === 'ERR_CORVANE_ADDON' ? reason : `${subject}${what}${detail}`;
     super(message, cause === undefined ? undefined : { cause });
     this.code = code;
@@ -78,7 +78,7 @@ class ReplayError extends Error {
     return new ReplayError('ERR_ABORTED', String(reason?.message ?? reason), path, { cause: reason });
   }
 
-  // What JSON.stringify takes, and what may be posted from a worker thread: an Error loses its code on both ways.
+  // For JSON.stringify, and for posting to another thread: an Error loses its code in both.
   toJSON() {
     const { name, code, message, reason, hint, path } = this;
     return { name, code, message, reason, hint, path };

@@ -11,7 +11,7 @@ const { ReplayError } = require('./replay-error.js');
 const FIRST_PAUSE_MS = 500;
 const LONGEST_PAUSE_MS = 30_000;
 
-// A folder that is missing is looked for by the child that runs, which costs next to nothing.
+// The running child looks for a missing folder, which costs almost nothing.
 const FOLDER_PAUSE_MS = 1000;
 
 // Events: 'replay' (document, path), 'error' (ReplayError; watching goes on), 'watching' (a child has begun), 'close'.
@@ -48,7 +48,7 @@ class ReplayWatch extends EventEmitter {
     return reader[Symbol.asyncIterator]();
   }
 
-  // Ends the child and the iterations. Resolves when the child is no more.
+  // Ends the child and the iterations. Resolves when the child has ended.
   close() {
     this.#closing ??= this.#end();
     return this.#closing;
@@ -95,7 +95,7 @@ class ReplayWatch extends EventEmitter {
     this.emit('watching');
   }
 
-  // No other child would do better.
+  // Another child would fail too.
   #giveUp(error) {
     this.#fail(error);
     this.close();

@@ -26,7 +26,7 @@ const policy = ({ script, style }) =>
 const ENTITIES = { '&': '&amp;', '<': '&lt;', '>': '&gt;', '"': '&quot;' };
 const escapeHtml = (text) => text.replace(/[&<>"]/g, (character) => ENTITIES[character]);
 
-// Within a script element only these could end it, or be read as a comment.
+// Inside a script element only these could end it, or begin a comment.
 const inertJson = (json) =>
   json.replace(
     /[<>&\u2028\u2029]/g,

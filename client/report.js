@@ -12,7 +12,7 @@ const { visible } = require('./report-text.js');
 const { ReplayError } = require('./replay-error.js');
 
 const FULL_ID_DIGITS = 32;
-// An account of a single match among many is shown by so many digits; that keeps 90 strangers a match small.
+// An account that is in one match of many is shown by this many digits: a match can have 90 strangers.
 const SHORT_ID_DIGITS = 8;
 const ACCOUNT = /^[0-9a-f]{8,32}$/;
 

@@ -7,8 +7,8 @@ endif()
 add_library(corvane_node_api INTERFACE)
 target_include_directories(corvane_node_api SYSTEM INTERFACE
   ${CORVANE_NODE_MODULES}/node-api-headers/include ${CORVANE_NODE_MODULES}/node-addon-api)
-# NAPI_EXTERN is plain: the linker drops delay-load stubs that are reached as dllimport only. In a worker that is ending
-# Node-API refuses to throw; an error that nobody can receive any more is dropped, instead of ending the process.
+# NAPI_EXTERN is plain: the linker drops delay-load stubs that only dllimport reaches. In a worker that is ending,
+# Node-API refuses to throw; an error that nobody can receive is then dropped and does not end the process.
 target_compile_definitions(corvane_node_api INTERFACE NAPI_VERSION=8 NAPI_CPP_EXCEPTIONS NODE_API_SWALLOW_UNTHROWABLE_EXCEPTIONS
   NAPI_EXTERN=
   BUILDING_NODE_EXTENSION NODE_GYP_MODULE_NAME=corvane_napi)

@@ -6,7 +6,7 @@ const { readAll, wantsData, withJson, withReading } = require('../matches.js');
 
 const words = (name) => name.replace(/_(m|ms)$/, '').replaceAll('_', ' ');
 
-// The arguments before and after "--": the parser itself does not tell where it stood.
+// The arguments before and after "--". The parser does not say where it stood.
 function sides(paths) {
   const mark = process.argv.indexOf('--');
   const second = mark < 0 ? 0 : process.argv.length - mark - 1;

@@ -22,7 +22,7 @@ function wordsByContext(root) {
 const cases = (entries, line) => entries.map(([context, words]) => line(context, words.join(' '))).join('\n');
 const isOfOption = ([context]) => context.includes(' ');
 
-// Where nothing of ours fits, files are completed.
+// Where nothing else fits, file names are completed.
 function bash(contexts) {
   const entries = [...contexts];
   const choose = (context, words) => `      '${context}') words='${words}' ;;`;

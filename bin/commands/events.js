@@ -1,5 +1,5 @@
 'use strict';
-// corvane-replay events: who eliminated whom, as a table, or in a pipe as a line of JSON each.
+// corvane-replay events: who eliminated whom, as a table, or in a pipe as one line of JSON per event.
 
 const { readMatch } = require('../../client');
 const { eventTable } = require('../event-table.js');

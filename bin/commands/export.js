@@ -1,5 +1,5 @@
 'use strict';
-// corvane-replay export: tables that engines read, written part by part.
+// corvane-replay export: tables for other programs, written part by part.
 
 const { createHash } = require('node:crypto');
 const fs = require('node:fs');
@@ -9,11 +9,11 @@ const { addFailure, addMatch, newCells } = require('../export/tables.js');
 const { eachMatch, listReplays, withReading } = require('../matches.js');
 const { PATHS } = require('../replay-paths.js');
 
-// A part is written when it has as many replays, or as many eliminations: that bounds the memory.
+// A part is written when it has this many replays, or this many eliminations: that limits the memory.
 const PART_REPLAYS = 500;
 const PART_EVENTS = 60_000;
 
-// Another attempt may fare better, also if the file is the same.
+// A later attempt may succeed with the same file.
 const PASSING = [
   ...['ERR_TIMEOUT', 'ERR_CHILD_LOST', 'ERR_CHILD_START', 'ERR_OUT_OF_MEMORY', 'ERR_KEY_REQUIRED'],
   'ERR_UNREADABLE',
@@ -31,13 +31,13 @@ function isInShard(file, { index, count }) {
   return hash % count === index - 1;
 }
 
-// Size and time of change, before the file is read: null where they cannot be had.
+// Size and time of change, taken before the file is read; null where they are not known.
 function stampOf(file) {
   const stats = fs.statSync(file, { throwIfNoEntry: false });
   return { size: stats?.size ?? null, mtimeMs: stats?.mtimeMs ?? null };
 }
 
-// These options are the advice that comes with the failure.
+// The failure's own advice is to use this option.
 const isHelped = (code, { salvage, maxMib }) =>
   (code === 'ERR_CORRUPT' && salvage) || (code === 'ERR_DOCUMENT_TOO_LARGE' && maxMib !== undefined);
 
@@ -46,7 +46,7 @@ function isUnchanged(known, { size, mtimeMs }, options) {
   return known.size === size && known.mtimeMs === mtimeMs;
 }
 
-// What has been read and is not yet written.
+// Results that are read but not yet written.
 class Batch {
   #dataSet;
   #replays = [];
@@ -71,7 +71,7 @@ class Batch {
   }
 }
 
-// Reads what is to be read into the data set; resolves with the numbers of replays and failures.
+// Reads the replays into the data set. Resolves with the numbers of replays and failures.
 async function exportReplays(todo, dataSet, context, tally) {
   const batch = new Batch(dataSet);
   const counts = { read: 0, failed: 0 };

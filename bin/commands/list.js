@@ -19,7 +19,7 @@ async function run(context) {
   const shown = isData
     ? (match) => ndjsonLine(TABLES.matches, matchRow(match)) + '\n'
     : (match) => SHOWN.map((name) => cellText(name, match));
-  const kept = []; // no more of a match than is shown: there may be many
+  const kept = []; // only the shown part of each match: there may be many
   const status = await readAll(args[0], context, async (match) => {
     if (!conditions.every((holds) => holds(match))) return;
     if (isData && !order) await output.writeJson(shown(match));

@@ -10,7 +10,7 @@ const { outputFailure, writeWhole } = require('../output.js');
 const { progress } = require('../progress.js');
 const { PATHS, replayPaths } = require('../replay-paths.js');
 
-// In a document's text only the layout holds line ends: within a string they are escaped.
+// In a document's text line ends belong to the layout: inside strings they are escaped.
 const oneLine = (text) => text.replace(/\n */g, '');
 
 // Where each document goes with --out. Documents of one name would overwrite each other.

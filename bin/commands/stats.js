@@ -8,7 +8,7 @@ const { PATHS } = require('../replay-paths.js');
 
 const SHOWN_ON_TERMINAL = 25;
 
-// Over time these are drawn, too.
+// By day and week these are also drawn.
 const TRENDS = ['median_place', 'own_eliminations_per_match', 'mean_accuracy'];
 
 function wholeNumber(text) {
@@ -43,7 +43,7 @@ async function opponents(found, context, tally) {
   return found.of(account);
 }
 
-// The figure by which the lines come; undefined for the order of the keys.
+// The figure to sort by; undefined: sorted by the keys.
 function sortName({ figures, sort }, options) {
   const name = options.sort ?? sort;
   if (name === undefined || figures.some((figure) => figure.name === name)) return name;
@@ -68,7 +68,7 @@ function trends(rows, figures) {
     .join('');
 }
 
-// The table of as many figures, from the left, as have room.
+// The table, with as many figures from the left as fit.
 function tableOf(rows, { figures }, options, names, width = Infinity) {
   const { plain } = require('../figures.js');
   const { textTable } = require('../text-table.js');

@@ -11,7 +11,7 @@ const MOST_PLAYERS = 5;
 
 const MARK = ' · ';
 
-// What there is of the parts, in as many lines as they need.
+// The parts that are not empty, on as many lines as they need.
 function wrapped(parts, lineWidth) {
   const lines = [];
   for (const part of parts.filter((each) => each !== null && each !== undefined)) {
@@ -27,7 +27,7 @@ function nameOf(player, names) {
   return player.kind === 'bot' ? printable(player.name ?? 'unnamed bot') : 'unknown';
 }
 
-// The same between words.
+// A text on as many lines as it needs, broken between words.
 function wrapWords(text, lineWidth) {
   const words = text.split(' ');
   return words.reduce((lines, word) => {

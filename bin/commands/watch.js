@@ -9,7 +9,7 @@ const { updateText } = require('../match-update-text.js');
 
 const FORMATS = ['text', 'ndjson', 'documents'];
 
-// The match as a whole at its start and its end only: between them it would be the same again and again.
+// The whole match only at its start and its end: in between it would be repeated again and again.
 function updateJson({ path, type, match, added }) {
   return JSON.stringify(type === 'events' ? { path, type, added } : { path, type, match, added });
 }
@@ -33,7 +33,7 @@ async function run({ options, key, output, terminal, signal }) {
     else await output.writeJson((document ? JSON.stringify(document) : updateJson(result)) + '\n');
     if (type === 'end' && options.endAfterMatch) break;
   }
-  // Interrupting is how watching ends; else it was the last failure that ended it.
+  // An interrupt is the normal end of watching. Otherwise the last failure ended it.
   return signal.aborted ? 0 : status;
 }
 

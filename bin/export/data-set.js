@@ -3,10 +3,11 @@
 //
 //     TABLE/part-NAME.EXTENSION   rows of some replays, the same ones in every table
 //     _state/part-NAME.json       which replays these are, as they were when they were read, and how many rows each has
-//     _state/commit-SHARD.json    parts that come and parts that go with them: written when all that come are complete
-//                                 under temporary names, and removed when they have taken the place of those that go
+//     _state/commit-SHARD.json    new parts, and old parts that they replace: written when all new parts are complete
+//                                 under temporary names, removed when they have replaced the old ones
 //
-// Whatever interrupts a run, the commit is there or not: the next run completes the one and forgets the other.
+// A run may be interrupted at any moment. If the commit file is there, the next run completes the commit; if not, it
+// deletes the unfinished parts.
 
 const fs = require('node:fs');
 const path = require('node:path');
@@ -19,7 +20,7 @@ const PART = /^part-(\d+of\d+)-(\d+)\.json$/;
 
 const readJson = (file) => JSON.parse(fs.readFileSync(file, 'utf8'));
 
-// The failure as one that the command line knows.
+// Turns a failure into one that the command line knows.
 function writing(action) {
   return Promise.resolve()
     .then(action)
@@ -37,7 +38,7 @@ class DataSet {
   #owners = new Map(); // path of a replay -> { part, size, mtimeMs, code }
   #lastNumber = 0;
 
-  // shard: "1of1", or another one; nobody else may write into that at the same time.
+  // shard: "1of1" or another share. Nobody else may write the same share at the same time.
   constructor(folder, formatName, shard) {
     this.#folder = folder;
     this.#formatName = formatName;
@@ -45,7 +46,7 @@ class DataSet {
     this.#shard = shard;
   }
 
-  // Makes the folder, or takes up what is in it.
+  // Makes the folder, or goes on with what is in it.
   open() {
     return writing(() => {
       for (const name of [...TABLE_NAMES, '_state'])
@@ -62,8 +63,8 @@ class DataSet {
     return this.#owners.get(file);
   }
 
-  // Adds replays, a list of { path, size, mtimeMs, code, rows }, in the place of what is known of them. rows: how many rows
-  // each has in each table; cells: these rows, replay after replay, as newCells() has them.
+  // Adds replays, a list of { path, size, mtimeMs, code, rows }, and replaces what is known of them. rows: how many
+  // rows each has in each table; cells: these rows, replay after replay, as newCells() has them.
   commit(replays, cells) {
     return writing(async () => {
       const paths = new Set(replays.map((replay) => replay.path));
@@ -81,7 +82,7 @@ class DataSet {
     });
   }
 
-  // Without shards nobody else is at work, and what others left is completed, too.
+  // Without shards nobody else is at work, so the commits of other shards are completed too.
   #shardsToRepair() {
     if (this.#shard !== '1of1') return [this.#shard];
     const names = fs.readdirSync(path.join(this.#folder, '_state'));
@@ -118,7 +119,7 @@ class DataSet {
     return [...TABLE_NAMES.map((table) => this.#tableFile(part, table)), this.#stateFile(part)];
   }
 
-  // Engines and this program pass over such names.
+  // Other programs and this one ignore such names.
   #temporary(file, shard = this.#shard) {
     return path.join(path.dirname(file), `.${shard}~${path.basename(file)}`);
   }
@@ -129,7 +130,7 @@ class DataSet {
     fs.renameSync(temporary, file);
   }
 
-  // May be done again after it was interrupted. What comes is there before what it replaces goes.
+  // Can be repeated after an interruption: new parts appear before the old ones go.
   #apply({ add, remove }, shard = this.#shard) {
     for (const file of add.flatMap((part) => this.#filesOf(part))) {
       const temporary = this.#temporary(file, shard);
@@ -150,7 +151,7 @@ class DataSet {
     }
   }
 
-  // The other shards of as many have other replays, and may be at work.
+  // The other shards of the same number have other replays, and may be at work.
   #concerns(shard) {
     const [, count] = this.#shard.split('of');
     return shard === this.#shard || count === '1' || shard.split('of')[1] !== count;
@@ -205,7 +206,7 @@ class DataSet {
     return part;
   }
 
-  // A part with the rows of the others in this one; undefined if there are none.
+  // Writes a part with the rows of this part's other replays. Undefined if there are none.
   async #writeRest(name, gone) {
     const { replays } = this.#parts.get(name);
     const kept = replays.filter((replay) => !gone.has(replay.path));

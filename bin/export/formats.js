@@ -8,9 +8,9 @@
 const fs = require('node:fs');
 
 const ROW_GROUP = 100_000;
-// What a spreadsheet takes for the beginning of a formula; the wide forms do as well.
+// What a spreadsheet takes for the start of a formula, wide forms included.
 const FORMULA = /^\s*[=+\-@\t\r\uff1d\uff0b\uff0d\uff20]/;
-// Where the list separator is another one than the comma, a spreadsheet divides a cell there.
+// If the list separator is not the comma, a spreadsheet splits a cell at these characters.
 const DIVIDED = /([;\t|]\s*)(?=[=+\-@])/g;
 
 const timestampText = (microseconds) => {
@@ -39,7 +39,7 @@ function csvCell(cell, { type }) {
 
 const rowsOf = (cells) => cells[0].map((_, i) => cells.map((column) => column[i]));
 
-// Formats of lines: a row is a line, after `header`.
+// Formats with one line per row, behind a header.
 function lineFormat({ extension, headerOf, linesOf }) {
   const writeLines = (file, columns, lines) =>
     fs.writeFileSync(file, [...headerOf(columns), ...lines].map((line) => line + '\n').join(''));
@@ -69,7 +69,7 @@ const PARQUET_TYPES = {
   long: { type: 'INT64' },
   double: { type: 'DOUBLE' },
   boolean: { type: 'BOOLEAN' },
-  // The game writes its own clock's time, of no known zone.
+  // The game writes the time of its own clock, without a zone.
   timestamp: {
     type: 'INT64',
     logical_type: { type: 'TIMESTAMP', isAdjustedToUTC: false, unit: 'MICROS' },
@@ -87,7 +87,7 @@ const parquetSchema = (columns) => [
 
 const bigOrNull = (cell) => (cell === null ? null : BigInt(cell));
 
-// Neither a dictionary nor compression makes positions smaller; trying takes half of the time.
+// Dictionaries and compression do not make positions smaller, and trying takes half of the time.
 const DOUBLES = { encoding: 'PLAIN', codec: 'UNCOMPRESSED' };
 
 function parquetColumn({ name, type }, cells) {

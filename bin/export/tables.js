@@ -1,5 +1,5 @@
 'use strict';
-// The tables of an export: their columns, and the rows that a match comes to. docs/tables.md describes them for users.
+// The tables of an export: their columns, and the rows of a match. docs/tables.md describes them for users.
 //
 // Types: text, integer (32 bits, signed), long (64 bits, signed), double, boolean, and timestamp (a number of microseconds
 // since 1970, in the game's own clock). Every column may be null, except those that REQUIRED names.
@@ -73,14 +73,14 @@ for (const table of Object.values(TABLES)) {
   for (const column of table) column.required = REQUIRED.includes(column.name);
 }
 
-// null for what no calendar of ours reaches: such a time is no time.
+// null for a time beyond every calendar here.
 function microseconds(ticks) {
   if (ticks === null) return null;
   const found = Number((ticks - UNIX_EPOCH_TICKS) / TICKS_PER_MICROSECOND);
   return Number.isSafeInteger(found) ? found : null;
 }
 
-// An account's digits, a bot's name, and what tells the players of a match apart.
+// An account's digits, a bot's name, and the number that tells the players of a match apart.
 function personCells(player, numbers) {
   if (player === null) return [null, null, null, null];
   return [numbers.get(player), player.kind, player.id ?? null, player.name ?? null];
@@ -127,7 +127,7 @@ const eliminationRow = (event, number, id, start, numbers) => [
   ...[event.damageType, event.damageName],
 ];
 
-// The cells of a table by column: rows as such would be as many objects, which outlive the collection of short-lived ones.
+// The cells of a table by column. One object per row would live long enough to be costly for the garbage collector.
 const newCells = () =>
   Object.fromEntries(Object.entries(TABLES).map(([table, list]) => [table, list.map(() => [])]));
 

@@ -1,6 +1,6 @@
 import { PlayerName } from './player-name.js';
 
-// A player's name that follows the player; a second time ends it.
+// A player's name; choosing it follows the player, choosing it again ends that.
 export function FollowButton({ player, followed, onFollow, item }) {
   const isFollowed = player === followed;
   return (

@@ -88,8 +88,8 @@ function Drawn({ width, events, extent, modes, choices, chosen, onChoose, about 
   );
 }
 
-// The map: toolbar, picture, what is chosen, legend. all: events that the map is large enough for; choices: elements for the
-// toolbar; modes: whether density can be had; about: what is said while nothing is chosen.
+// The map: toolbar, picture, the chosen event, legend. all: the events that decide its extent; choices: elements for
+// the toolbar; modes: whether density is offered; about: the text while nothing is chosen.
 export function MapCard({ note, events, all, modes = false, choices, chosen, onChoose, about }) {
   const [box, width] = useWidth();
   const extent = useMemo(() => extentOf(all), [all]);

@@ -15,7 +15,7 @@ import { Timeline } from './timeline.js';
 import { Warnings } from './warnings.js';
 import { Whom } from './whom.js';
 
-// What the reader of the page looks at: a part of the time, a player, an event. Escape forgets the event.
+// The reader's focus: a part of the time, a player, an event. Escape forgets the event.
 function useFocus(match) {
   const whole = [0, lengthOf(match)];
   const [range, setRange] = useState(whole);
@@ -34,7 +34,7 @@ function useFocus(match) {
     addEventListener('keydown', onKeyDown);
     return () => removeEventListener('keydown', onKeyDown);
   }, []);
-  // An event outside of what is shown is shown by showing everything.
+  // Choosing an event outside of the shown part shows everything.
   const choose = (event) => {
     if (event.timeMs < range[0] || event.timeMs > range[1]) setRange(whole);
     if (followed && !concerns(event, followed)) setFollowed(null);

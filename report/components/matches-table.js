@@ -21,7 +21,7 @@ const VALUES = {
   accuracy: trend('accuracy'),
   durationMs: (match) => match.durationMs,
 };
-// Which way is wanted first: the newest, the best.
+// Columns that first sort downwards: the newest, the best.
 const FALLS_FIRST = new Set(['recordedAt', 'eliminations', 'damage', 'accuracy', 'durationMs']);
 
 // Matches without the value come last, whichever way the others are sorted.

@@ -44,7 +44,7 @@ function mapsOf(matches) {
   return [...counts.keys()].sort((a, b) => counts.get(b) - counts.get(a));
 }
 
-// The positions of one map at a time: those of another mean other places.
+// One map at a time: the same position on another map is another place.
 function SeasonMap({ matches, all, events, follow }) {
   const maps = useMemo(() => mapsOf(matches), [matches]);
   const [map, setMap] = useState(maps[0]);

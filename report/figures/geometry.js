@@ -7,7 +7,7 @@ const Y_GROWS_DOWN = true;
 const SMALLEST_EXTENT_M = 40;
 const MARGIN = 1.08;
 
-// What of the world is seen: { x, y } in metres is in the middle of the picture.
+// The part of the world that is seen; { x, y } in metres is its middle.
 export class View {
   constructor({ x, y, metresPerPixel, width, height }) {
     Object.assign(this, { x, y, metresPerPixel, width, height });

@@ -17,7 +17,7 @@ const folder = temporaryFolder();
 const FLAGS = ['--no-sandbox', '--disable-dev-shm-usage', '--disable-gpu', '--hide-scrollbars'];
 const SAME_PICTURES = ['--force-color-profile=srgb', '--font-render-hinting=none'];
 
-// Also for what the tests read themselves.
+// The tests themselves read replays too.
 process.env.CORVANE_ADDON ??= addonPath;
 
 const inFolder = (...names) => path.join(folder, ...names);

@@ -53,7 +53,7 @@ for (const [name, options, code, reason] of [
     'ERR_DOCUMENT_TOO_LARGE',
     /^\d+ bytes; maxDocumentBytes is 1000$/,
   ],
-  // The end of what the child said, however much that was.
+  // The reason is only the end of a long output.
   ['exit.7', {}, 'ERR_CHILD_LOST', /^exit code 7: x{4000}x*\nthe reason of the end$/],
 ]) {
   test(`${code} names its file and reason; other reads and the next one are not concerned`, async () => {

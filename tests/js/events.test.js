@@ -17,7 +17,7 @@ const whole = {
 };
 const elimination = (more) => w.eventChunk({ data: w.playerElim({ ...whole, ...more }) });
 
-// Of an elimination nothing can be read.
+// An elimination of which nothing can be read.
 const unread = { killedX: 0, killerZ: 0, killedBot: '', killerBot: '', damageType: 0, knocked: false };
 
 // Fields of an elimination, and what of it is expected.

@@ -106,8 +106,8 @@ class Watch {
     return this.payloads.splice(0, count);
   }
 
-  // All payloads of what has happened so far: no cycle that misses some of it is still to come when a probe that is
-  // written again and again has been told twice.
+  // All payloads of what has happened so far. A probe is written again and again; once it has been told twice, no cycle
+  // can still miss a part of that.
   async settle(demo) {
     const seen = [];
     for (let told = 0; told < 2; await sleep(50)) {

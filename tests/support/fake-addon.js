@@ -1,6 +1,6 @@
 'use strict';
-// Stands in for the native add-on in child processes of the client (CORVANE_ADDON), to do at a word what replays do
-// seldom. The file name says what: its parts are separated by dots, as in "sleep.200.replay".
+// Replaces the native add-on in child processes of the client (CORVANE_ADDON), and does on request what replays seldom
+// do. The file name says what: its parts are separated by dots, as in "sleep.200.replay".
 
 const fs = require('node:fs');
 const path = require('node:path');

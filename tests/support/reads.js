@@ -40,7 +40,7 @@ function readFiles(contents) {
   return readPaths(files).map((outcome, i) => ({ file: files[i], ...outcome }));
 }
 
-// What `actual` has of the members that `expected` names.
+// The members of `actual` that `expected` names.
 function sharedPart(actual, expected) {
   if (Array.isArray(actual)) return actual.map((item, i) => sharedPart(item, expected?.[i]));
   if (Object(actual) !== actual || Object(expected) !== expected) return actual;
@@ -49,7 +49,7 @@ function sharedPart(actual, expected) {
   );
 }
 
-// Registers a test for each row { name, bytes, ... }, which says what is to come of reading a file of these bytes:
+// Registers a test for each row { name, bytes, ... }. The row says what reading these bytes must give:
 //   dies: TEXT        the process ends with the text on its standard error
 //   throws: REGEXP    a JavaScript Error is thrown whose message matches
 //   empty: true       the result is ""
