@@ -12,12 +12,12 @@ const { replayPaths } = require('./replay-paths.js');
 // The options for reading matches.
 const withReading = (command) =>
   withLimits(withKey(withJobs(command)))
-    .option('--salvage', 'take what is whole of a replay that is broken or cut short')
+    .option('--salvage', 'read what can be read of a replay that is broken or cut short')
     .option('--damage-names <file>', 'names of damage types: CSV lines "3,rifle", or a JSON object')
     .option('--no-progress', 'no progress line');
 
 const withJson = (command) =>
-  command.option('--json', 'lines of JSON, as in a pipe, where a terminal gets a table');
+  command.option('--json', 'print lines of JSON, as in a pipe, instead of a table');
 
 // People at a terminal get tables, programs data.
 const wantsData = ({ json }, { stream }) => json === true || !stream.isTTY;

@@ -3,15 +3,15 @@
 
 // code: [what went wrong, what to do].
 const FAILURES = {
-  ERR_UNREADABLE: ['the file cannot be opened', 'Check the path, and who may read the file.'],
+  ERR_UNREADABLE: ['the file cannot be opened', 'Check the path and the permissions of the file.'],
   ERR_NOT_A_REPLAY: ['the file is no replay', 'Name a .replay file that the game has written.'],
   ERR_KEY_REQUIRED: [
     'the replay is encrypted and carries no key',
     'Give its AES key: options.key, or --key-file on the command line.',
   ],
   ERR_CORRUPT: [
-    'the replay is damaged or not complete',
-    'The game may still be writing it: read it again later. What stands before the damage: readMatch with salvage, or --salvage.',
+    'the replay is damaged or incomplete',
+    'The game may still be writing it: read it again later. To keep what can be read, use readMatch with salvage, or --salvage.',
   ],
   ERR_OUT_OF_MEMORY: [
     'there is not enough memory for the document',
@@ -26,12 +26,12 @@ const FAILURES = {
     'Allow more time: options.timeout, or --timeout on the command line.',
   ],
   ERR_ABORTED: [
-    'reading was given up',
-    'The signal was aborted or the client closed: read it again if you still need it.',
+    'reading was cancelled',
+    'The signal was aborted, or the client was closed. Read the file again if you still need it.',
   ],
   ERR_CHILD_START: [
     'the reading process could not be started',
-    'Check options.execPath: it must be a Node.js, or an Electron that may run as one.',
+    'Check options.execPath: it must be Node.js, or an Electron that may run as Node.js.',
   ],
   ERR_CHILD_LOST: [
     'the reading process ended',
@@ -40,7 +40,7 @@ const FAILURES = {
   ERR_CORVANE_ADDON: ['the native add-on could not be loaded', 'See docs/troubleshooting.md.'],
   ERR_NO_DEMO_FOLDER: [
     'the folder to watch is not there',
-    'The game makes its folder with its first replay; it is waited for.',
+    'The game makes its folder with its first replay. The watch waits for it.',
   ],
   ERR_INVALID_ARGUMENT: ['invalid argument', 'See docs/api.md.'],
 };

@@ -25,8 +25,8 @@ module.exports = {
   define: (command) =>
     withJson(withLimits(withKey(command)))
       .description('print who eliminated whom: a table, or in a pipe a line of JSON for each event')
-      .option('--salvage', 'take what is whole of a replay that is broken or cut short')
-      .option('--table', 'the table in a pipe, too')
+      .option('--salvage', 'read what can be read of a replay that is broken or cut short')
+      .option('--table', 'print the table in a pipe too')
       .argument('<file>', 'replay'),
   run,
 };

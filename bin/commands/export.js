@@ -129,10 +129,10 @@ module.exports = {
       .argument('<path...>', PATHS)
       .requiredOption(
         '--out <folder>',
-        'where the tables go; a folder of an earlier export is brought up to date',
+        'folder for the tables; one of an earlier export is brought up to date',
       )
       .addOption(
-        new Option('--format <format>', 'of the files')
+        new Option('--format <format>', 'format of the files')
           .choices(['parquet', 'csv', 'ndjson'])
           .default('parquet'),
       )

@@ -48,10 +48,10 @@ module.exports = {
     withJson(withReading(command))
       .description('a line for each match: date, map, mode, length, place, eliminations, state')
       .argument('<path...>', PATHS)
-      .option('--sort <column>', 'by this column, "-place" downwards')
+      .option('--sort <column>', 'sort by this column; "-place" sorts downwards')
       .option(
         '--where <condition>',
-        'only these, like "place<=3" or "map=Saltmarsh"; may be repeated',
+        'only matches for which this holds, like "place<=3" or "map=Saltmarsh"; may be repeated',
         collected,
       )
       .addHelpText(

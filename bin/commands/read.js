@@ -71,7 +71,7 @@ module.exports = {
       .description('print the document of each replay: JSON for one file, one line of JSON each for several')
       .argument('<file...>', PATHS)
       .option('--out <folder>', 'write each document into a file of this folder instead')
-      .option('--ndjson', 'one line for a single file, too')
+      .option('--ndjson', 'print a single file as one line too')
       .option('--no-progress', 'no progress line'),
   run,
 };

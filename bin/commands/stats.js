@@ -117,18 +117,21 @@ module.exports = {
       .description('counts, rates and medians over many matches')
       .argument('<path...>', PATHS)
       .addOption(
-        new Option('--by <what>', 'a line for each of these')
+        new Option('--by <what>', 'print a line for each of these')
           .choices(['player', 'opponent', 'damage', 'map', 'mode', 'day', 'week'])
           .default('player'),
       )
-      .option('--sort <figure>', 'by this figure, downwards; the names are those of --json')
+      .option('--sort <figure>', 'sort by this figure, highest first; names as in --json')
       .option(
         '--top <number>',
-        `only as many lines (default: ${SHOWN_ON_TERMINAL} on a terminal)`,
+        `print at most this many lines (default: ${SHOWN_ON_TERMINAL} on a terminal)`,
         wholeNumber,
       )
-      .option('--min-matches <number>', 'only groups of at least as many matches', wholeNumber)
-      .option('--player <account>', 'whose opponents (default: who is in most matches)')
+      .option('--min-matches <number>', 'leave out groups of fewer matches', wholeNumber)
+      .option(
+        '--player <account>',
+        'the account whose opponents are counted (default: the one in most matches)',
+      )
       .option('--names <file>', 'names of accounts: CSV lines "ACCOUNT,name", or a JSON object'),
   run,
 };
