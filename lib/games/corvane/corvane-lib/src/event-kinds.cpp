@@ -80,6 +80,7 @@ struct EventKind {
     // on standard output.
     std::size_t payloadBytes = 0;
     const char* reader = nullptr;
+    bool isInEachMatch = false;  // a match without one gets a warning
 };
 
 namespace {
@@ -87,8 +88,8 @@ namespace {
 // A statistics event is a row here and a table of members above.
 constexpr EventKind kKinds[] = {
     {"playerElim", kElimination},
-    {"AthenaMatchStats", kMatchStats, 48, "ReadMatchStats"},
-    {"AthenaMatchTeamStats", kMatchTeamStats, 12, "ReadMatchTeamStats"},
+    {"AthenaMatchStats", kMatchStats, 48, "ReadMatchStats", true},
+    {"AthenaMatchTeamStats", kMatchTeamStats, 12, "ReadMatchTeamStats", true},
 };
 
 constexpr std::uint8_t kUnnamedBot = 3;
@@ -214,7 +215,7 @@ std::vector<std::string_view> MissingStatistics(const ue4::ReplayFileInfo& info)
     std::vector<std::string_view> names;
     for (const EventKind& kind : kKinds) {
         const auto isOfKind = [&](const auto& event) { return FindEventKind(event) == &kind; };
-        if (kind.payloadBytes != 0 && std::ranges::none_of(info.Events, isOfKind)) names.push_back(kind.name);
+        if (kind.isInEachMatch && std::ranges::none_of(info.Events, isOfKind)) names.push_back(kind.name);
     }
     return names;
 }

@@ -40,8 +40,7 @@ const EventKind* FindEventKind(const ue4::FLocalFileEventInfo& info);
 
 std::string_view NameOf(const EventKind& kind);
 
-// The names of those kinds of statistics of which the replay has no event. A whole match has one event of
-// each.
+// The names of the kinds that each whole match has and this replay does not.
 std::vector<std::string_view> MissingStatistics(const ue4::ReplayFileInfo& info);
 
 // Writes one event from its decrypted payload, and appends the names of its bots to botNames unless that is
