@@ -38,7 +38,7 @@ function advice(file) {
   if (!hosts.includes(host)) return `Run it in a Node.js or Electron for one of: ${hosts.join(', ')}.`;
   if (!fs.existsSync(file)) return INCOMPLETE;
   if (isMusl()) return 'The Linux add-on needs the GNU C library; this system has another C library.';
-  return 'The file is there, but the system refused to load it: see the reason above.';
+  return 'The file is there, but the system refused it: see the reason above.';
 }
 
 function loadFailure(file, reason) {
