@@ -1,5 +1,5 @@
 'use strict';
-// Replays of a wanted size to be read by the benchmarks: as many data chunks of equal size as asked for, with the
+// Replays for the benchmarks, of any size: the given number of data chunks of equal size, with the
 // events spread evenly among them.
 
 const { createHash } = require('node:crypto');

@@ -66,7 +66,7 @@ export interface WatchOptions extends LimitOptions {
 }
 
 export interface WatchMatchesOptions extends WatchOptions, MatchOptions {
-  /** A match whose file has not changed for so many milliseconds has ended. Default: 60,000. */
+  /** A match has ended when its file has not changed for this many milliseconds. Default: 60,000. */
   endAfterMs?: number;
 }
 
@@ -146,7 +146,7 @@ export function readReplayTexts<Path extends ReplayPath>(
 /** Reads one replay in a child process, as a match. */
 export function readMatch(path: ReplayPath, options?: ReadMatchOptions): Promise<Match>;
 
-/** Reads many replays as matches, in the way of `readReplays`. */
+/** Reads many replays as matches, like `readReplays`. */
 export function readMatches<Path extends ReplayPath>(
   paths: ReplayPaths<Path>,
   options?: ReadMatchesOptions,

@@ -121,7 +121,7 @@ class Recordings {
   }
 }
 
-// The promise's value, or undefined after so many milliseconds.
+// The promise's value, or undefined after this many milliseconds.
 async function within(promise, ms) {
   if (ms === undefined) return promise;
   const timer = new AbortController();

@@ -1,6 +1,6 @@
 'use strict';
 // Which account recorded the replays. They do not say it, so it is a guess from two signs: the account is in most of the
-// matches, and its eliminations are as many as the statistics of the recording player say.
+// matches, and the number of its eliminations is the one in the recording player's statistics.
 
 const MIN_MATCHES_SEEN = 5;
 

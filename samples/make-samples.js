@@ -1,5 +1,5 @@
 'use strict';
-// node samples/make-samples.js: writes the sample replays anew, byte for byte the same. Both hold the same match, once
+// node samples/make-samples.js: writes the sample replays again, byte for byte the same. Both hold the same match, once
 // plain and once encrypted.
 
 const { createHash } = require('node:crypto');

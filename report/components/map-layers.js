@@ -30,7 +30,7 @@ export function EventLines({ events, view }) {
   );
 }
 
-// Squares as dark as many victims fell in them, by the square root, so that one hot spot does not hide the rest.
+// Squares, darker with more victims. By the square root, so that one hot spot does not hide the rest.
 export function Density({ squares, view }) {
   const most = squares[0]?.count ?? 1;
   return (

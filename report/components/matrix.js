@@ -88,7 +88,7 @@ function MatrixTable({ matrix, isNarrow, followed, onFollow }) {
   );
 }
 
-// Who eliminated whom over all matches: as many accounts as the width has room for.
+// Who eliminated whom over all matches, for as many accounts as fit into the width.
 export function Matrix({ events, accounts, followed, onFollow }) {
   const [box, width] = useWidth();
   const isNarrow = width < NARROW_BELOW;

@@ -16,7 +16,7 @@ const GAP = 1 / 40;
 
 // Two handles over a scale of time.
 export function RangeSlider({ x, range, length, onRange, top }) {
-  // target(ms): where the handle should go from where it is. Several keys may come before the page is drawn anew.
+  // target(ms): where the handle should go from where it is. Several keys may come before the page is drawn again.
   const move = (which, target) =>
     onRange((now) => {
       const gap = length * GAP;

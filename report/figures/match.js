@@ -8,7 +8,7 @@ export const isNamed = ({ kind }) => kind === 'account' || kind === 'bot';
 // By whom an event was done, or to whom.
 export const concerns = (event, player) => event.attacker === player || event.victim === player;
 
-// Players whose elimination was their last one; each unnamed one counts anew. In order of time.
+// Players whose elimination was their last one; each unnamed one counts as another player. In order of time.
 function exits(events) {
   const last = new Map();
   for (const event of events.filter(isEnd)) last.set(isNamed(event.victim) ? event.victim : event, event);

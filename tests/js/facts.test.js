@@ -29,7 +29,7 @@ const NAMED = /^the file ends too early$|^ReadReplayInfo: Invalid event disk siz
 
 test('a match that is cut anywhere fails by name or says what is missing, and what is whole can be had', () => {
   const whole = fs.readFileSync(path.join(__dirname, '..', '..', 'samples', 'match.replay'));
-  const growing = fs.openSync(file, 'w'); // which is faster than to write each cut anew
+  const growing = fs.openSync(file, 'w'); // faster than writing each cut again
   const eventsUpTo = new Map(); // by the end of a chunk
   for (let size = 1; size < whole.length; ++size) {
     fs.writeSync(growing, whole, size - 1, 1);

@@ -1,5 +1,5 @@
 'use strict';
-// The exit status of tools/lz_decode, which is built beside the add-on. What it decodes is the C++ tests' business.
+// The exit status of tools/lz_decode, which is built beside the add-on. The C++ tests check what it decodes.
 
 const assert = require('node:assert/strict');
 const fs = require('node:fs');

@@ -1,5 +1,5 @@
 'use strict';
-// node watch-child.js SCENARIO ARGUMENT...: a process that watches the demo folder and ends in the way of the scenario.
+// node watch-child.js SCENARIO ARGUMENT...: a process that watches the demo folder and ends as the scenario says.
 
 const { createHook } = require('node:async_hooks');
 const fs = require('node:fs');
@@ -57,7 +57,7 @@ const scenarios = {
     say('stopped');
   },
 
-  // A key of so many bytes, in a file without blocks, makes a text of three times as many. Another replay is told
+  // A key of this many bytes, in a file without blocks, makes a text of three times that. Another replay is told
   // afterwards.
   tooLong(bytes) {
     const [long, hidden] = [`${file}.replay`, `${file}.tmp`];
