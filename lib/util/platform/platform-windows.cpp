@@ -92,21 +92,17 @@ DiskFile::~DiskFile() {
     if (ToHandle(m_handle) != INVALID_HANDLE_VALUE) CloseHandle(ToHandle(m_handle));
 }
 
+// With the position set first: a read that brings its own (OVERLAPPED) takes Wine 13 us in place of 1.1 us.
 std::ptrdiff_t DiskFile::ReadAt(std::int64_t position, char* to, std::size_t count) const {
     constexpr std::size_t kMostAtOnce = 1 << 30;  // a DWORD counts the bytes of one call
+    LARGE_INTEGER from;
+    from.QuadPart = position;
+    if (!SetFilePointerEx(ToHandle(m_handle), from, nullptr, FILE_BEGIN)) return -1;
     std::size_t done = 0;
     while (done < count) {
-        ULARGE_INTEGER from;
-        from.QuadPart = static_cast<ULONGLONG>(position) + done;
-        OVERLAPPED place{};
-        place.Offset = from.LowPart;
-        place.OffsetHigh = from.HighPart;
         DWORD read = 0;
         const auto wanted = static_cast<DWORD>(std::min(count - done, kMostAtOnce));
-        if (!ReadFile(ToHandle(m_handle), to + done, wanted, &read, &place) &&
-            GetLastError() != ERROR_HANDLE_EOF) {
-            return -1;
-        }
+        if (!ReadFile(ToHandle(m_handle), to + done, wanted, &read, nullptr)) return -1;
         if (read == 0) break;
         done += read;
     }
