@@ -74,10 +74,10 @@ const beyondAscii = () =>
 // What files of nothing but the smallest events add to the host's peak.
 async function smallest() {
   const rows = [];
-  for (const of of ['elimination', 'statistics', 'unknown']) {
-    const file = replay({ bytes: 8 << 20, chunks: 1, of });
+  for (const [of, name] of [['elimination'], ['elimination', 'Finale Ö'], ['statistics'], ['unknown']]) {
+    const file = replay({ bytes: 8 << 20, chunks: 1, of, name });
     const [[kiB, textBytes]] = await medians(3, 'peakMemory', [{ file, reader: 'addon' }]);
-    rows.push({ of, kiB, textBytes });
+    rows.push({ of, name, kiB, textBytes });
   }
   return rows;
 }

@@ -1,6 +1,6 @@
 'use strict';
-// node report.js RESULTS DOCUMENT: prints the tables of a run of scripts/bench and puts them into the document, each
-// between the comments that name it.
+// node report.js RESULTS DOCUMENT PART...: prints the tables of these parts of scripts/bench and puts them into the
+// document, each between the comments that name it.
 
 const { execFileSync } = require('node:child_process');
 const fs = require('node:fs');
@@ -8,7 +8,7 @@ const os = require('node:os');
 const path = require('node:path');
 const { median } = require('./child.js');
 
-const [results, document] = process.argv.slice(2);
+const [results, document, ...parts] = process.argv.slice(2);
 const load = (name) => JSON.parse(fs.readFileSync(path.join(results, name), 'utf8'));
 
 const fixed = (digits) => (value) => (Number.isFinite(value) ? value.toFixed(digits) : '-');
@@ -113,8 +113,11 @@ function watcher() {
   return table(head, rows);
 }
 
-const HOSTS = ['addon-linux.json', 'addon-windows.json'].map(load);
-const eachHost = (make) => HOSTS.map((host) => `${host.node}:\n\n${make(host)}`).join('\n\n');
+const hosts = () => ['addon-linux.json', 'addon-windows.json'].map(load);
+const eachHost = (make) =>
+  hosts()
+    .map((host) => `${host.node}:\n\n${make(host)}`)
+    .join('\n\n');
 const plainOrEncrypted = ({ encrypted }) => (encrypted ? 'encrypted' : 'plain');
 
 function warm() {
@@ -136,7 +139,7 @@ function warm() {
 }
 
 function beyondAscii() {
-  const rows = HOSTS.map(({ node, beyondAscii: [ascii, beyond] }) => [
+  const rows = hosts().map(({ node, beyondAscii: [ascii, beyond] }) => [
     node,
     ms(ascii.addonMs),
     ms(beyond.addonMs),
@@ -150,16 +153,21 @@ function smallest() {
   return eachHost(({ smallest }) =>
     table(
       head,
-      smallest.map(({ of, kiB, textBytes }) => {
+      smallest.map(({ of, name, kiB, textBytes }) => {
         const text = textBytes / 1024;
-        return [of, text.toFixed(0), kiB, (3 * text + 4096).toFixed(0)];
+        return [
+          name ? `${of}, one character beyond ASCII` : of,
+          text.toFixed(0),
+          kiB,
+          (3 * text + 4096).toFixed(0),
+        ];
       }),
     ),
   );
 }
 
 function client() {
-  const rows = HOSTS.map(({ node, client: { count, clientMs, exportMs, readerMs } }) => [
+  const rows = hosts().map(({ node, client: { count, clientMs, exportMs, readerMs } }) => [
     node,
     ...[clientMs, exportMs, readerMs].map((time) => fixed(0)((1000 * count) / time)),
     ratio(readerMs / clientMs),
@@ -170,7 +178,7 @@ function client() {
 }
 
 function matches() {
-  const rows = HOSTS.map(({ node, client: { singleMs, matchMs } }) => [
+  const rows = hosts().map(({ node, client: { singleMs, matchMs } }) => [
     node,
     ...[singleMs, matchMs].map(fixed(3)),
     ratio(matchMs / singleMs),
@@ -223,7 +231,7 @@ function memory() {
 }
 
 function loading() {
-  const rows = HOSTS.flatMap(({ node, loading }) =>
+  const rows = hosts().flatMap(({ node, loading }) =>
     Object.entries({ require: loading.require, 'first call': loading.firstCall, both: loading.both }).map(
       ([name, [own, empty]]) => [`${node}: ${name}`, ms(own), ms(empty), ms(own - empty)],
     ),
@@ -232,7 +240,7 @@ function loading() {
 }
 
 function idle() {
-  const rows = HOSTS.map(({ node, idle }) => [
+  const rows = hosts().map(({ node, idle }) => [
     node,
     ...[idle.watching, idle.host].map((load) => `${ratio(load)} %`),
   ]);
@@ -246,28 +254,22 @@ function machine() {
     `- ${new Date().toISOString().slice(0, 16).replace('T', ' ')} UTC`,
     `- ${cpu.length} × ${cpu[0].model}, ${Math.round(os.totalmem() / 2 ** 30)} GiB, ${os.type()} ${os.release()}`,
     ...['g++', 'i686-w64-mingw32-g++-posix', 'wine'].map((program) => `- ${firstLine(program)}`),
-    ...HOSTS.map(({ node }) => `- ${node}`),
+    ...hosts().map(({ node }) => `- ${node}`),
   ].join('\n');
 }
 
+const TABLES = {
+  aes: [aes],
+  lz: [lz, lzTargets],
+  watcher: [watcher],
+  addon: [
+    ...[machine, warm, beyondAscii, smallest, client, matches],
+    ...[reading, eliminations, memory, loading, idle],
+  ],
+};
+
 let text = fs.readFileSync(document, 'utf8');
-for (const make of [
-  machine,
-  warm,
-  beyondAscii,
-  smallest,
-  client,
-  matches,
-  reading,
-  eliminations,
-  memory,
-  loading,
-  aes,
-  lz,
-  lzTargets,
-  watcher,
-  idle,
-]) {
+for (const make of parts.flatMap((part) => TABLES[part])) {
   const measured = make();
   console.log(`\n${make.name}\n\n${measured}`);
   const marked = new RegExp(`(<!-- measured: ${make.name} -->\n)[^]*?(<!-- end -->)`);

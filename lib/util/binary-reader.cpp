@@ -165,11 +165,6 @@ std::wstring BinaryReader::readWString(std::uint32_t count) {
     return fail() ? std::wstring{} : text;
 }
 
-void BinaryReader::skip(std::uint64_t length) {
-    if (!holds(length)) return runOut();
-    WithFailureText(m_stream, [&] { m_stream.ignore(static_cast<std::streamsize>(length)); });
-}
-
 std::int64_t BinaryReader::tellg() {
     if (window() != nullptr) return m_window->Position();
     return WithFailureText(m_stream, [&] { return std::int64_t{std::streamoff{m_stream.tellg()}}; });

@@ -54,8 +54,6 @@ class BinaryReader {
     std::string readTerminatedString(char terminator = '\0');
     // count 16-bit little-endian units, one per wchar_t.
     std::wstring readWString(std::uint32_t count);
-    // Passes over length bytes.
-    void skip(std::uint64_t length);
 
     // The position in bytes from the stream's start; -1 if the stream has no positions.
     std::int64_t tellg();

@@ -2,6 +2,7 @@
 #include "games/corvane/corvane-lib/src/ue4/util/ue4-binary-streams.h"
 
 #include <algorithm>
+#include <bit>
 #include <utility>
 
 #include "util/data.h"
@@ -16,8 +17,9 @@ constexpr const char* kSourceFile = "lib/games/corvane/corvane-lib/src/ue4/util/
 constexpr int kInvalidSaveNumLine = 23;
 constexpr int kMissingKeyLine = 51;
 
-// std::isspace of the "C" locale, whatever the host program's locale is.
-bool IsWhitespace(char c) { return c == ' ' || (c >= '\t' && c <= '\r'); }
+// std::isspace of the "C" locale, whatever the host program's locale is. Not a function, so that it is
+// inlined.
+constexpr auto kIsWhitespace = [](char c) { return c == ' ' || (c >= '\t' && c <= '\r'); };
 
 std::int32_t Checked(std::int32_t saveNum) {
     if (saveNum == INT32_MIN) {
@@ -53,13 +55,13 @@ FStreamReader::FStreamReader(std::istream* stream, Endianess endianness, bool gi
 }
 
 std::string WithoutWhitespace(std::string text) {
-    std::erase_if(text, IsWhitespace);
+    std::erase_if(text, kIsWhitespace);
     return text;
 }
 
 void FStreamReader::ReadString(std::string& text) {
     ReadStoredString(text);
-    std::erase_if(text, IsWhitespace);
+    std::erase_if(text, kIsWhitespace);
 }
 
 void FStreamReader::ReadStoredString(std::string& text) {
@@ -130,11 +132,6 @@ std::vector<std::uint8_t>& FStreamReader::ReadPayload(std::uint32_t size, std::u
     }
     if ((flags & kPayloadCompressed) != 0) m_payload = Decompressed(std::move(m_payload));
     return m_payload;
-}
-
-void PayloadReader::ReadString(std::string& text) {
-    ReadStoredString(text);
-    std::erase_if(text, IsWhitespace);
 }
 
 void PayloadReader::ReadStoredString(std::string& text) {

@@ -9,7 +9,6 @@
 // All integers are little-endian.
 #pragma once
 
-#include <bit>
 #include <cstdint>
 #include <fstream>
 #include <optional>
@@ -109,8 +108,7 @@ class PayloadReader {
 
     // The next count bytes; none if there are fewer.
     std::span<const std::uint8_t> ReadBytes(std::uint64_t count) {
-        m_failed = m_failed || count > m_rest.size();
-        if (m_failed) return m_rest = {};
+        if (count > m_rest.size()) return m_rest = {};
         const auto bytes = m_rest.first(static_cast<std::size_t>(count));
         m_rest = m_rest.subspan(bytes.size());
         return bytes;
@@ -119,14 +117,10 @@ class PayloadReader {
     std::uint8_t ReadByte() { return ReadWord<std::uint8_t>(); }
     std::int32_t ReadInt32() { return static_cast<std::int32_t>(ReadUInt32()); }
     std::uint32_t ReadUInt32() { return ReadWord<std::uint32_t>(); }
-    float ReadFloat() { return std::bit_cast<float>(ReadUInt32()); }
-    // As FStreamReader has them.
-    void ReadString(std::string& text);
+    // As FStreamReader has it.
     void ReadStoredString(std::string& text);
 
     std::span<const std::uint8_t> Rest() const { return m_rest; }
-    // Whether something was missing.
-    bool Failed() const { return m_failed; }
 
   private:
     template <typename Word>
@@ -136,7 +130,6 @@ class PayloadReader {
     }
 
     std::span<const std::uint8_t> m_rest;
-    bool m_failed = false;
 };
 
 // Reads a replay file, which stays open while the archive lives. The game may go on writing it, others may
