@@ -6,6 +6,7 @@
 #include <cstring>
 
 #include "util/aes/aes-field.h"
+#include "util/byte-order.h"
 
 namespace orvel::util::data {
 
@@ -27,7 +28,7 @@ AesDecryptionKey::~AesDecryptionKey() {
 
 // FIPS-197, 5.2.
 void AesDecryptionKey::expand(const std::uint8_t* key, std::size_t keyWords) {
-    for (std::size_t i = 0; i < keyWords; ++i) m_words[i] = AesLoadColumn(key + 4 * i);
+    for (std::size_t i = 0; i < keyWords; ++i) m_words[i] = LoadLittleEndian<std::uint32_t>(key + 4 * i);
     std::uint32_t roundConstant = 1;
     std::size_t inPeriod = 0;  // the word's index modulo keyWords
     std::uint32_t word = m_words[keyWords - 1];

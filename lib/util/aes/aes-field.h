@@ -59,12 +59,7 @@ constexpr std::uint32_t AesSubWord(const std::array<std::uint8_t, 256>& sBox, st
            std::uint32_t{sBox[(word >> 16) & 0xff]} << 16 | std::uint32_t{sBox[word >> 24]} << 24;
 }
 
-// Loads a column from four bytes of memory, or stores it there.
-constexpr std::uint32_t AesLoadColumn(const std::uint8_t* bytes) {
-    return bytes[0] | std::uint32_t{bytes[1]} << 8 | std::uint32_t{bytes[2]} << 16 |
-           std::uint32_t{bytes[3]} << 24;
-}
-
+// A column is loaded from memory as a little-endian word, and stored as one.
 constexpr void AesStoreColumn(std::uint32_t column, std::uint8_t* bytes) {
     for (unsigned row = 0; row < 4; ++row) bytes[row] = static_cast<std::uint8_t>(column >> (8 * row));
 }

@@ -4,6 +4,7 @@
 
 #include "util/aes/aes-field.h"
 #include "util/aes/aes-paths.h"
+#include "util/byte-order.h"
 
 namespace orvel::util::data {
 namespace {
@@ -44,7 +45,8 @@ Columns Round(const Columns& state, const std::uint32_t* roundKey) {
 
 void DecryptBlock(const AesDecryptionKey& key, const std::uint8_t* input, std::uint8_t* output) {
     Columns state;
-    for (std::size_t i = 0; i < 4; ++i) state[i] = AesLoadColumn(input + 4 * i) ^ key.roundKey(0)[i];
+    for (std::size_t i = 0; i < 4; ++i)
+        state[i] = LoadLittleEndian<std::uint32_t>(input + 4 * i) ^ key.roundKey(0)[i];
     for (std::size_t round = 1; round < key.rounds(); ++round) {
         state = Round<RoundColumn>(state, key.roundKey(round));
     }

@@ -1,5 +1,6 @@
 #include "games/corvane/napi-module/conversions.h"
 
+#include "games/corvane/corvane-lib/src/ue4/util/json-object.h"
 #include "util/platform/platform.h"
 
 namespace orvel::corvane {
@@ -15,11 +16,10 @@ std::vector<std::uint8_t> BytesOf(const Napi::Value& arrayBuffer) {
     return {bytes, bytes + buffer.ByteLength()};
 }
 
-nlohmann::json CreationMember(const std::wstring& path, std::uint64_t timestamp) {
-    nlohmann::json creation = nlohmann::json::object();
-    creation["timestamp"] = timestamp;
+void AddCreation(ReplayParser& parser, const std::wstring& path) {
+    nlohmann::json& creation = ue4::AsObject(parser.Document())["Creation"] = nlohmann::json::object();
+    creation["timestamp"] = parser.FileInfo().Timestamp;
     creation["fileName"] = util::platform::WideToUtf8(path);
-    return creation;
 }
 
 }  // namespace orvel::corvane

@@ -6,7 +6,8 @@
 #include <vector>
 
 #include <napi.h>
-#include <nlohmann/json.hpp>
+
+#include "games/corvane/corvane-lib/src/replay-parser.h"
 
 namespace orvel::corvane {
 
@@ -16,8 +17,8 @@ std::wstring PathOf(const Napi::Value& string);
 // A copy of the bytes of an ArrayBuffer.
 std::vector<std::uint8_t> BytesOf(const Napi::Value& arrayBuffer);
 
-// {"fileName": path in UTF-8 (an unpaired surrogate becomes EF BF BD), "timestamp": the replay's own
-// timestamp}.
-nlohmann::json CreationMember(const std::wstring& path, std::uint64_t timestamp);
+// Adds "Creation" to the document of a parsed file: {"fileName": path in UTF-8 (an unpaired surrogate becomes
+// EF BF BD), "timestamp": the replay's own timestamp}.
+void AddCreation(ReplayParser& parser, const std::wstring& path);
 
 }  // namespace orvel::corvane

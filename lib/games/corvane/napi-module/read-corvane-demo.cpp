@@ -12,7 +12,6 @@
 #include <nlohmann/json.hpp>
 
 #include "games/corvane/corvane-lib/src/replay-parser.h"
-#include "games/corvane/corvane-lib/src/ue4/util/json-object.h"
 #include "games/corvane/napi-module/conversions.h"
 #include "games/corvane/napi-module/process-end.h"
 
@@ -59,7 +58,7 @@ Napi::Value ParseToText(Napi::Env env, const std::wstring& path) {
         parser = std::make_unique<ReplayParser>(path);
         ue4::ResumeState resume;
         parser->ParseReplay(resume, {});
-        ue4::AsObject(parser->Document())["Creation"] = CreationMember(path, parser->FileInfo().Timestamp);
+        AddCreation(*parser, path);
         return StringOfBytes(env, parser->TakeText());
     } catch (const std::runtime_error&) {
         // ReplayException among them. On purpose the parser is not destroyed: its memory and its open file

@@ -66,7 +66,7 @@ Reading Read(const std::wstring& path, std::vector<std::uint8_t> key, Options op
         if (!options.salvage || !IsReplay(*parser)) throw Refusal(*failure);
         parser->Salvage();
     }
-    parser->Document()["Creation"] = CreationMember(path, parser->FileInfo().Timestamp);
+    AddCreation(*parser, path);
     Reading reading;
     reading.text = TextOf(*parser, options.salvage, failure);
     if (options.facts) reading.facts = FactsText(*parser, failure);

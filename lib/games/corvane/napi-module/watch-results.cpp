@@ -45,7 +45,7 @@ void Parse(ReplayParser& parser, ReplayState& state, const std::vector<std::uint
 std::string ResultText(ReplayParser& parser, const std::wstring& path, const ReplayState& state,
                        bool isFirst) {
     nlohmann::json& document = parser.Document();
-    if (isFirst) ue4::AsObject(document)["Creation"] = CreationMember(path, state.timestamp);
+    if (isFirst) AddCreation(parser, path);
     if (state.resume.IsKeyFromFile) ue4::AsObject(document)["PlayerStateEncryptionKey"] = 1;
     // The game has written to the file, but there is nothing to tell yet.
     if (document.empty()) ue4::AsObject(document)["GameAlive"] = 1;
