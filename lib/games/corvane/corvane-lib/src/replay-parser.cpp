@@ -101,8 +101,8 @@ void ReplayParser::ParseEvent(const ue4::FLocalFileEventInfo& info) {
 std::string ReplayParser::TakeText(nlohmann::json::error_handler_t handler) {
     const bool isStrict = handler == nlohmann::json::error_handler_t::strict;
     if (m_events.InvalidText()) {
-        // The library throws for the first text that is not UTF-8 in the document's order. So the events'
-        // text stands at its place.
+        // For the first text in the document that is not UTF-8, the library throws. So the events' invalid
+        // text goes to the place of the events.
         nlohmann::json& events = m_document.json["events"] = nlohmann::json::array();
         if (isStrict) events.push_back(*m_events.InvalidText());
     }
