@@ -51,7 +51,7 @@ module.exports = {
   order: 70,
   define: (command) =>
     withJson(withReading(command))
-      .description('the same figures of two sets of matches side by side: compare A… -- B…')
+      .description('print the same figures of two sets of matches side by side: compare A… -- B…')
       .argument('<path...>', 'the replays of both sets, -- between them'),
   run,
 };

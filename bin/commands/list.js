@@ -46,7 +46,7 @@ module.exports = {
   order: 40,
   define: (command) =>
     withJson(withReading(command))
-      .description('a line for each match: date, map, mode, length, place, eliminations, state')
+      .description('print a line for each match: date, map, mode, length, place, eliminations, state')
       .argument('<path...>', PATHS)
       .option('--sort <column>', 'sort by this column; "-place" sorts downwards')
       .option(

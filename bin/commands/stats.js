@@ -114,7 +114,7 @@ module.exports = {
   order: 60,
   define: (command) =>
     withJson(withReading(command))
-      .description('counts, rates and medians over many matches')
+      .description('print counts, rates and medians over many matches')
       .argument('<path...>', PATHS)
       .addOption(
         new Option('--by <what>', 'print a line for each of these')

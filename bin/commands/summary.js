@@ -133,7 +133,7 @@ module.exports = {
   order: 50,
   define: (command) =>
     withJson(withReading(command))
-      .description('one match at a glance')
+      .description('print one match at a glance')
       .argument('<file>', 'replay')
       .option('--names <file>', 'names of accounts: CSV lines "ACCOUNT,name", or a JSON object'),
   run,
