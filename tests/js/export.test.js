@@ -19,7 +19,7 @@ const folder = temporaryFolder();
 const inFolder = (...names) => path.join(folder, ...names);
 const season = inFolder('season');
 const truth = makeSeason(season, 24);
-const hostile = '=cmd|"/c calc"\n,é';
+const hostile = '=cmd|"/c calc"\n,é;+1';
 const inHostile = path.join(season, 'more', 'hostile.replay');
 fs.mkdirSync(path.join(season, 'more'));
 fs.writeFileSync(
@@ -121,7 +121,7 @@ test('a cell of CSV is no formula, and a row is a line', () => {
   const lines = fs.readFileSync(path.join(out, 'matches', file), 'utf8').split('\n');
   assert.deepEqual([lines.length, lines[0].split(',').length], [27, TABLES.matches.length]);
   const line = lines.find((each) => each.includes('hostile.replay'));
-  assert.match(line, /,"'=cmd\|""\/c ?calc"" ?,é",/);
+  assert.match(line, /,"'=cmd\|""\/c ?calc"" ?,é;'\+1",/);
   // Numbers below zero stay numbers.
   const [events] = fs.readdirSync(path.join(out, 'eliminations'));
   assert.match(fs.readFileSync(path.join(out, 'eliminations', events), 'utf8'), /,-\d+\.\d+,/);

@@ -117,6 +117,12 @@ for (const { name, info, chunks, facts, document = {} } of [
     document: { header: undefined, events: [{ killerBot: 'b' }] },
   },
   {
+    name: 'an event that is broken',
+    chunks: [rest, event(bot('a')), event(bot(w.i32(-0x80000000))), event(bot('c'))],
+    facts: { end: 'failed', skipped: [{ name: 'playerElim', count: 1, reason: 'broken' }] },
+    document: { events: [{}, {}, { killerBot: 'a' }, { killerBot: 'c' }] },
+  },
+  {
     name: 'a table that is broken',
     chunks: [rest, event(bot('b')), w.headerChunk(), event(bot('c'))],
     facts: { end: 'failed', failure: { reason: 'ReadReplayInfo: Found multiple header chunks' } },

@@ -54,6 +54,9 @@ test('what the replay does not say is null', async () => {
   }
   const bare = await read(w.replay({}, w.headerChunk({ Version: 10, levels: [] })));
   assert.deepEqual(bare.engine, { version: null, branch: null, changelist: null });
+  const teams = [w.teamStats(3, 0), w.teamStats(0, 98)]; // the last one counts
+  const half = await matchWith(...teams.map((data) => w.eventChunk({ Group: 'AthenaMatchTeamStats', data })));
+  assert.deepEqual(half.team, { place: null, of: 98 });
   const { eliminations } = await matchWith(
     elimination({ killedAt: [NaN, 1, 1], killerAt: [300, 0, 0] }),
     elimination({ killedAt: [0, 0, 0], killerAt: [300, 0, 400] }),
@@ -73,7 +76,9 @@ test('what the replay does not say is null', async () => {
 
 test('a match without a GUID is known by its content', async () => {
   const replay = (Timestamp) => w.replay({ Timestamp }, w.headerChunk({ Version: 11 }));
-  const [first, copy, other] = await Promise.all([1n, 1n, 2n].map((ticks) => read(replay(ticks))));
+  const [first, copy, other] = await Promise.all(
+    [0n, 0n, 1n].map((digit) => read(replay(2n ** 60n + digit))),
+  );
   assert.match(first.id, /^[0-9a-f]{32}$/);
   assert.equal(first.id, copy.id);
   assert.notEqual(first.id, other.id);
@@ -84,6 +89,8 @@ test('players: accounts and named bots are the same in all events, unnamed ones 
   const named = { type: 16, id: 'Søren B' };
   const match = await matchWith(
     elimination({ killed: b, killer: b }, 900),
+    elimination({ killed: b, killer: b, knocked: 1 }, 850),
+    elimination({ killed: b, killer: a }, 800),
     elimination({ killed: named, killer: a, knocked: 1 }, 100),
     elimination({ killed: named, killer: { type: 0 } }, 200),
     elimination({ killed: { type: 3 }, killer: { type: 3 } }, 300),
@@ -91,7 +98,7 @@ test('players: accounts and named bots are the same in all events, unnamed ones 
   );
   assert.deepEqual(
     match.eliminations.map(({ timeMs }) => timeMs),
-    [100, 200, 300, 400, 900],
+    [100, 200, 300, 400, 800, 850, 900],
   );
   const facts = match.players.map(({ player, eliminations, knocks, timesKnocked, deaths, ...end }) => [
     player.id ?? player.name ?? player.kind,
@@ -101,8 +108,8 @@ test('players: accounts and named bots are the same in all events, unnamed ones 
   ]);
   const bot = match.players[2].player.name;
   assert.deepEqual(facts, [
-    [id(2), 0, 0, 0, 1, id(2), true],
-    [id(1), 0, 1, 0, 1, bot, false],
+    [id(2), 0, 0, 1, 2, id(2), true],
+    [id(1), 1, 1, 0, 1, bot, false],
     [bot, 1, 0, 1, 1, 'unknown', null],
     ['unknown', 1, 0, 0, 0, null, null],
     ['bot', 1, 0, 0, 0, null, null],
@@ -113,8 +120,8 @@ test('players: accounts and named bots are the same in all events, unnamed ones 
 test('texts are as the file has them: blanks stay, final zeros go', async () => {
   const header = w.headerChunk({
     Branch: 'x y',
-    levels: [['/Game/Maps/Isle of Ash.Isle of Ash', 0]],
-    GameSpecificData: ['Sub Game = é b', 'Ranked'],
+    levels: ['Lobby', 'Isle of Ash'].map((name) => [`/Game/Maps/${name}.${name}`, 0]),
+    GameSpecificData: ['Sub Game = é b', 'Ranked', '=x'],
   });
   const named = (text) => elimination({ killed: { type: 16, id: text }, killer: { type: 16, id: text } });
   const events = ['Unnamed Bot', 'Søren B', ''].map(named);

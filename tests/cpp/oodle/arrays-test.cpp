@@ -1,5 +1,6 @@
 // The limits of arrays, besides their bytes: impossible lengths, scratch, and the places of a batch.
 #include <cstdint>
+#include <span>
 #include <vector>
 
 #include <gtest/gtest.h>
@@ -36,6 +37,14 @@ TEST(JoinedArrays, take_scratch_for_their_parts) {
         oo2::ArrayScratch scratch{.next = memory.data(), .end = memory.data() + room};
         EXPECT_EQ(oo2::newLZ_decode_multi(joined, out, scratch), room == 20);
     }
+}
+
+// The last byte of the description is 0, as are the bits that a reader gives behind the end.
+TEST(HuffBatch, takes_no_description_that_goes_on_behind_the_array) {
+    const Bytes array = {0x00, 0x83, 0x0C, 0x00, 1, 0, 0, 0, 0};  // 'a' and 0x80 of 1 bit each
+    Bytes out(12);
+    EXPECT_TRUE(oo2::HuffBatch().Add(array, out, false));
+    EXPECT_FALSE(oo2::HuffBatch().Add(std::span(array).first(3), out, false));
 }
 
 TEST(HuffBatch, refuses_more_arrays_than_a_chunk_has) {

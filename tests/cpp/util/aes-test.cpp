@@ -77,7 +77,7 @@ TEST(AesDecrypt, the_result_says_which_argument_is_wrong_and_lengths_are_judged_
         bool removePadding;
         int result;
     } cases[] = {
-        {20, 20, 0, false, kAesBadInputLength}, {32, 20, 0, false, kAesBadKeyLength},
+        {24, 20, 0, false, kAesBadInputLength}, {32, 20, 0, false, kAesBadKeyLength},
         {0, 15, 0, false, kAesBadKeyLength},    {32, 16, 31, false, kAesOutputTooSmall},
         {32, 24, 15, true, kAesOutputTooSmall}, {32, 32, 33, false, kAesSuccess},
         {0, 32, 0, true, kAesSuccess},

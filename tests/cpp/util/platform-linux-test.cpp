@@ -1,4 +1,6 @@
 // What only Linux has: links made by anyone, names that are no text, pipes, programs that inherit open files.
+#include <array>
+#include <cstdlib>
 #include <fcntl.h>
 #include <filesystem>
 #include <fstream>
@@ -23,7 +25,9 @@ TEST(ListFolderLinux, links_are_no_folders_dangling_ones_have_no_time_and_every_
     fs::create_directory_symlink(folder / "sub", folder / "link");
     fs::create_symlink(folder / "nothing", folder / "dangling");
     fs::create_symlink(folder / "loop", folder / "loop");
-    std::ofstream(folder / "x\xFF\xE0\x80\xAFy") << "text";  // with a "/" in too many bytes
+    // With a "/" in too many bytes, twice, a character above the last one, and half of one.
+    const std::string bytes = "x\xFF\xE0\x80\xAF\xF0\x80\x80\xAF\xF4\x90\x80\x80y\xE4\xB8";
+    std::ofstream(folder / bytes) << "text";
 
     std::map<std::wstring, bool> isFolder;
     const auto visit = [&](const platform::FolderEntry& entry) {
@@ -34,12 +38,23 @@ TEST(ListFolderLinux, links_are_no_folders_dangling_ones_have_no_time_and_every_
         EXPECT_EQ(entry.lastWriteTime.has_value(), name != L"dangling" && name != L"loop");
     };
     EXPECT_FALSE(platform::ListFolder(platform::WideFromPath(folder), visit));
-    const std::wstring noText = {L'x', wchar_t{0xDCFF}, wchar_t{0xDCE0}, wchar_t{0xDC80}, wchar_t{0xDCAF},
-                                 L'y'};
+    std::wstring noText;
+    for (const char c : bytes) noText.push_back(static_cast<wchar_t>(c >= 0 ? c : 0xDC00 | (c & 0xFF)));
     EXPECT_EQ(
         isFolder,
         (std::map<std::wstring, bool>{
             {L"sub", true}, {L"link", false}, {L"dangling", false}, {L"loop", false}, {noText, false}}));
+}
+
+TEST(LocalApplicationDataFolder, is_in_the_first_variable_that_is_set_and_not_empty) {
+    const auto folder = [](const char* windows, const char* data, const char* home) {
+        setenv("LOCALAPPDATA", windows, 1), setenv("XDG_DATA_HOME", data, 1), setenv("HOME", home, 1);
+        return platform::LocalApplicationDataFolder().value_or("none").string();
+    };
+    EXPECT_EQ(folder("/l", "/x", "/h"), "/l");
+    EXPECT_EQ(folder("", "/x", "/h"), "/x");
+    EXPECT_EQ(folder("", "", "/h"), "/h/.local/share");
+    EXPECT_EQ(folder("", "", ""), "none");
 }
 
 TEST(PathFromWide, only_bytes_from_0x80_are_restored) {
@@ -56,6 +71,8 @@ TEST(DiskFile, opens_no_pipe_and_no_device_and_is_not_inherited) {
 
     const platform::DiskFile open(file.WidePath());
     EXPECT_EQ(open.Size(), 3);
+    std::array<char, 8> bytes;
+    EXPECT_EQ(open.ReadAt(1, bytes.data(), bytes.size()), 2);  // and no wait for more
     int found = 0;
     for (const auto& entry : fs::directory_iterator("/proc/self/fd")) {
         std::error_code error;

@@ -23,7 +23,7 @@ TEST(WideToUtf8, pairs_are_joined_and_unpaired_surrogates_replaced) {
     } cases[] = {
         {{}, ""},
         {L"a\u007F\u0080\u07FF\u0800\uFFFF", "a\x7F\xC2\x80\xDF\xBF\xE0\xA0\x80\xEF\xBF\xBF"},
-        {{wchar_t{0xD83D}, wchar_t{0xDE00}}, "\xF0\x9F\x98\x80"},
+        {{wchar_t{0xDBFF}, wchar_t{0xDFFF}}, "\xF4\x8F\xBF\xBF"},
         {{wchar_t{0xD83D}}, "\xEF\xBF\xBD"},
         {{wchar_t{0xDE00}, L'x'}, "\xEF\xBF\xBDx"},
         {{wchar_t{0xD83D}, L'x'}, "\xEF\xBF\xBDx"},
