@@ -10,6 +10,7 @@ const { TABLES, addFailure, newCells } = require('../../bin/export/tables.js');
 const { makeSeason, matchReplay } = require('../../samples/make-season.js');
 const { addonPath } = require('../support/reads.js');
 const { run, start, temporaryFolder } = require('../support/run.js');
+const w = require('../support/replay-writer.js');
 
 process.env.CORVANE_ADDON = addonPath;
 const { readMatches } = require('../../client');
@@ -127,16 +128,31 @@ test('a cell of CSV is no formula, and a row is a line', () => {
   assert.match(fs.readFileSync(path.join(out, 'eliminations', events), 'utf8'), /,-\d+\.\d+,/);
 });
 
+// The status of a run, and what it says of its replays.
+function updated(from, out, ...more) {
+  const { status, stderr } = run(process.execPath, [program, 'export', from, '--out', out, ...more]);
+  return [status, stderr.match(/\d+ read, \d+ failed, \d+ unchanged/)?.[0]];
+}
+
+test('an update reads again what failed and may fare better now', () => {
+  const own = inFolder('failing');
+  const update = (...more) => updated(own, inFolder('failed'), '--format', 'csv', '--update', ...more);
+  fs.mkdirSync(own);
+  fs.writeFileSync(path.join(own, 'cut.replay'), matchReplay(1, 100).subarray(0, -3));
+  assert.deepEqual(update(), [5, '0 read, 1 failed, 0 unchanged']);
+  assert.deepEqual(update(), [0, '0 read, 0 failed, 1 unchanged']);
+  assert.deepEqual(update('--salvage'), [0, '1 read, 0 failed, 0 unchanged']);
+  const noKey = w.replay({ bEncrypted: 1 }, w.eventChunk({ data: w.skipped(16) }));
+  fs.writeFileSync(path.join(own, 'encrypted.replay'), noKey);
+  for (let i = 0; i < 2; ++i) assert.deepEqual(update(), [6, '0 read, 1 failed, 1 unchanged']);
+});
+
 for (const extension of extensions) {
   test(`${extension}: an update reads what is new or changed, and comes to the same rows`, async () => {
     const own = inFolder(`season-${extension}`);
     const replay = (number) => path.join(own, `match-${number}.replay`);
     const put = (number, play = number) => fs.writeFileSync(replay(number), matchReplay(play, 100));
-    const update = (out, ...more) => {
-      const args = [program, 'export', own, '--out', out, '--format', extension, ...more];
-      const { status, stderr } = run(process.execPath, args);
-      return [status, stderr.match(/\d+ read, \d+ failed, \d+ unchanged/)?.[0]];
-    };
+    const update = (out, ...more) => updated(own, out, '--format', extension, ...more);
     fs.mkdirSync(own);
     for (let number = 1; number <= 6; ++number) put(number);
     const [out, fresh] = [inFolder(`updated-${extension}`), inFolder(`fresh-${extension}`)];
@@ -177,8 +193,13 @@ test('four shards at once write the rows of one run', async () => {
     [4],
   );
   await assertSameRows(four, one, 'ndjson');
-  const other = exported(four, '--format', 'csv');
-  assert.deepEqual([other.status, /holds an export as ndjson/.test(other.stderr)], [2, true]);
+  for (const [more, text] of [
+    [['csv'], /holds an export as ndjson/],
+    [['ndjson', '--shard', '1/3'], /was written with another --shard/],
+  ]) {
+    const { status, stderr } = exported(four, '--format', ...more);
+    assert.deepEqual([status, text.test(stderr)], [2, true], stderr);
+  }
 });
 
 test('a run that is interrupted at any moment loses nothing, and the next one completes it', async () => {

@@ -7,6 +7,7 @@ const fs = require('node:fs');
 const path = require('node:path');
 const { test } = require('node:test');
 const { Command } = require('commander');
+const { condition, sorter } = require('../../bin/match-columns.js');
 const { OWN, makeSeason } = require('../../samples/make-season.js');
 const { addonPath } = require('../support/reads.js');
 const { run, temporaryFolder } = require('../support/run.js');
@@ -95,7 +96,7 @@ const QUESTIONS = [
     args: ['stats', season, '--by', 'damage', '--damage-names', path.join(folder, 'damage.csv')],
     check: (rows) => {
       const counts = countBy(ends(), ({ damageType }) => damageType);
-      const rifle = rows.find(({ damage }) => damage === 'rifle, heavy');
+      const rifle = rows.find(({ damage }) => damage === 'rifle, "heavy"');
       assert.equal(rifle.eliminations, counts.get(12));
       assert.ok(Math.abs(rows.reduce((sum, { share }) => sum + share, 0) - 1) < 1e-9);
     },
@@ -153,17 +154,44 @@ const QUESTIONS = [
   },
 ];
 
-fs.writeFileSync(path.join(folder, 'damage.csv'), 'type,name\r\n12,"rifle, heavy"\r\n');
+fs.writeFileSync(path.join(folder, 'damage.csv'), '\ufeff12,"rifle, ""heavy"""\r\n');
 fs.writeFileSync(path.join(folder, 'names.json'), JSON.stringify({ [OWN]: 'me' }));
 
 for (const { question, args, check } of QUESTIONS) test(question, async () => check(await lines(...args)));
+
+test('conditions hold as they read, and what is not known meets none but "!="', () => {
+  const match = {
+    recordedAt: new Date('2021-02-14T10:00Z'),
+    durationMs: 750_000,
+    map: 'Saltmarsh',
+    name: null,
+  };
+  Object.assign(match, { team: { place: 3, of: 98 }, own: { accuracy: 0.25 } });
+  const held = [
+    'date=2021-02',
+    'date<2021-03',
+    'length=12:30',
+    'accuracy=25%',
+    'map~MARSH',
+    'place<=3',
+    'name!=x',
+  ];
+  for (const text of held) assert.ok(condition(text)(match), text);
+  for (const text of ['date=2021-03', 'place<3', 'map=Salt', 'name=x', 'name>a'])
+    assert.ok(!condition(text)(match), text);
+  assert.ok(sorter('-accuracy').compare(null, 1) > 0);
+});
 
 test('a match at a glance, and tables, fit the terminal', async () => {
   const [first] = truth;
   const summary = await onTerminal('summary', first.file);
   assert.match(summary, new RegExp(`^${first.map} · ${first.mode} · 2020-12-31 08:26 · \\d+:\\d\\d`));
   assert.match(summary, new RegExp(`^place ${first.place} of ${first.total} · ${first.own.kills} elim`, 'm'));
-  assert.match(summary, /^eliminations +[▁▂▃▄▅▆▇█ ]+$/m);
+  assert.match(summary, /^eliminations +[▁▂▃▄▅▆▇█ ]{30,}$/m);
+  const distances = ends()
+    .filter((event) => event.match.path === first.file)
+    .map((event) => event.distanceM);
+  assert.match(summary, new RegExp(`^longest .* over ${Math.max(...distances).toFixed(1)} m`, 'm'));
   const list = await onTerminal('list', season, '--where', 'map=Saltmarsh', '--where', 'length>=16:00');
   assert.equal(list.match(/Saltmarsh/g).length, truth.filter(({ map }) => map === 'Saltmarsh').length);
   const trend = await onTerminal('stats', season, '--by', 'day');

@@ -45,6 +45,7 @@ test('what is no file gives ""', () => {
     path.join(folder, 'none'),
     path.join(write('file'), 'x'),
     '\ud800',
+    write('file') + '\0x',
   ];
   for (const name of paths) assert.equal(addon.ReadCorvaneDemo(name), '', name);
 });

@@ -1,11 +1,10 @@
-// Engine encodings, and archives over files and memory.
+// Engine encodings, over a stream and over a payload in memory.
 #include "games/corvane/corvane-lib/src/ue4/util/ue4-binary-streams.h"
 
 #include <gmock/gmock.h>
 
 #include "support/allocation-meter.h"
 #include "support/replay-builder.h"
-#include "util/platform/platform.h"
 
 namespace {
 
@@ -87,29 +86,6 @@ TEST(EngineString, an_impossible_length_is_a_replay_exception) {
     ExpectReplayException(text, [&] { archive.ReadString(); });
     std::string name;
     ExpectReplayException(text, [&] { ue4::PayloadReader(bytes).ReadStoredString(name); });
-}
-
-TEST(FArchiveReader, opens_what_is_a_file_and_nothing_else) {
-    const auto folder = orvel::util::platform::WideFromPath(std::filesystem::temp_directory_path());
-    const corvane_test::TemporaryFile file({});
-    for (const std::wstring& path : {std::wstring(L"/no/such/file.replay"), std::wstring(), folder,
-                                     file.WidePath() + std::wstring(L"\0x", 2)})
-        EXPECT_THROW(ue4::FArchiveReader(path, LittleEndian, false), std::ios_base::failure);
-}
-
-TEST(FArchiveReader, ends_where_the_file_did_when_it_was_opened_and_is_in_nobodys_way) {
-    const corvane_test::TemporaryFile file(Writer().U32(1).bytes);
-    ue4::FArchiveReader archive(file.WidePath(), LittleEndian, true);
-    std::ofstream game(file.path, std::ios_base::binary | std::ios_base::app);
-    game.write("\2\0\0\0", 4).flush();
-    EXPECT_EQ(archive.Reader().remaining(), 4U);
-    EXPECT_EQ(archive.ReadUInt32(), 1U);
-    EXPECT_THROW(archive.ReadUInt32(), std::ios_base::failure);
-    EXPECT_TRUE(archive.Reader().eof());
-    game.close();
-    const corvane_test::TemporaryFile other({});
-    std::filesystem::rename(file.path, other.path);
-    EXPECT_TRUE(std::filesystem::remove(other.path));
 }
 
 // A payload that is compressed: the two sizes, then a stored block.
