@@ -68,6 +68,7 @@ function beginning(encrypted, FriendlyName) {
     Branch: '++Corvane+Main',
     levels: [['/Game/Maps/Corvane_Isle', 5120]],
     GameSpecificData: ['SubGame=Duos', 'Region=EU'],
+    Guid: createHash('md5').update(FriendlyName).digest(),
   };
   return w.replay(info, w.headerChunk(header));
 }

@@ -43,8 +43,8 @@ async function listReplays(names, { terminal, signal }, tally) {
 }
 
 // Reads the replays: onMatch(match, i) for each that can be read, onFailure(path, error, i) for the others, each awaited
-// before the next. A failure is a line on standard error, and sets the status.
-async function eachMatch(replays, context, { tally, onMatch, onFailure = () => {} }) {
+// before the next. A failure is a line on standard error, and sets the status. read: the function of a client that reads.
+async function eachMatch(replays, context, { tally, onMatch, onFailure = () => {}, read = readMatches }) {
   const { options, terminal, output } = context;
   const bar = progress(replays.length, terminal, {
     wanted: options.progress !== false,
@@ -52,7 +52,7 @@ async function eachMatch(replays, context, { tally, onMatch, onFailure = () => {
   });
   let i = 0;
   try {
-    for await (const { path, match, error } of readMatches(replays, readingOf(context))) {
+    for await (const { path, match, error } of read(replays, readingOf(context))) {
       if (error && endsRun(error)) throw error;
       if (error) {
         bar.message(failureText(error));

@@ -6,6 +6,8 @@
 //     { path, key, maxDocumentBytes, facts, salvage }
 //                      reads a replay; answers { text }, the document in UTF-8, and if they are wanted { facts }, JSON text
 //                      as well; or { code, reason, hint }
+//     { path, key, maxDocumentBytes, facts: true, salvage, reduce, name, damageNames }
+//                      answers { reduced }: what reduce(match) of that module makes of the match
 //     { folder, key, maxDocumentBytes }
 //                      watches the folder, or the demo folder; answers { watching: true } or { code, reason, hint }, then
 //                      { path, text } or { path, code, reason, hint } for each result
@@ -55,6 +57,20 @@ function read({ path, key, maxDocumentBytes, facts = false, salvage = false }) {
   }
 }
 
+// What is made of many matches is made here, where all processors are at work.
+function reduced(result, { reduce, name, damageNames }) {
+  const { matchOf } = require('./match.js');
+  const text = result.text.toString('utf8');
+  const facts = JSON.parse(result.facts.toString('utf8'));
+  const match = matchOf(JSON.parse(text), { path: name, text, facts, damageNames });
+  return { reduced: require(reduce).reduce(match) };
+}
+
+function answerTo(order) {
+  const result = read(order);
+  return order.reduce === undefined || result.code !== undefined ? result : reduced(result, order);
+}
+
 function watch({ folder, key, maxDocumentBytes }) {
   const onResult = (text, path, code) => {
     const result = code ? readFailure({ code, message: text }, path) : limited({ text }, maxDocumentBytes);
@@ -73,7 +89,7 @@ function answer(message) {
   process.send(message, () => {});
 }
 
-process.on('message', (order) => (order.path === undefined ? watch(order) : answer(read(order))));
+process.on('message', (order) => (order.path === undefined ? watch(order) : answer(answerTo(order))));
 process.on('disconnect', () => process.exit());
 // A terminal's interrupt reaches parent and child. The parent decides.
 for (const signal of ['SIGINT', 'SIGHUP']) process.on(signal, () => {});

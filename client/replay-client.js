@@ -9,10 +9,14 @@ const { ReplayError } = require('./replay-error.js');
 const { ReplayWatch } = require('./replay-watch.js');
 const { watchMatches } = require('./match-watch.js');
 
-// Each makes a result from a child's answer { text, facts?, code, reason, hint } and the name of the file.
-function textOf({ text, code, reason, hint }, name) {
+function check({ code, reason, hint }, name) {
   if (code !== undefined) throw new ReplayError(code, reason, name, { hint });
-  return decoded(text, name);
+}
+
+// Each makes a result from a child's answer { text, facts?, reduced?, code, reason, hint } and the name of the file.
+function textOf(answer, name) {
+  check(answer, name);
+  return decoded(answer.text, name);
 }
 
 function decoded(bytes, name) {
@@ -31,12 +35,18 @@ function matchOfAnswer(answer, name, { damageNames }) {
   return matchOf(JSON.parse(text), { path: name, text, facts, damageNames });
 }
 
+function reducedOf(answer, name) {
+  check(answer, name);
+  return answer.reduced;
+}
+
 // make: one of those above.
 async function read(pool, make, path, { key, maxDocumentBytes, signal, timeout, salvage, ...more }) {
   const file = options.filePath(path);
   const name = typeof path === 'string' ? path : file;
   const request = { path: file, key, maxDocumentBytes };
   if (make === matchOfAnswer) Object.assign(request, { facts: true, salvage });
+  if (make === reducedOf) Object.assign(request, { facts: true, salvage, name, ...more });
   return pool.run(request, { path: name, signal, timeout, finish: (answer) => make(answer, name, more) });
 }
 
@@ -86,6 +96,13 @@ class ReplayClient {
   // The same for many, as readReplays(): yields { path, match } or { path, error }.
   readMatches(paths, limits) {
     return this.#readMany('match', matchOfAnswer, paths, options.matchLimits, limits);
+  }
+
+  // For the command line: as readMatches(), but each `match` is what reduce(match) of a module makes of it, in the child.
+  // reduce: the module's absolute path. What it returns must be such as can be cloned.
+  reduceMatches(paths, reduce, limits) {
+    const limitsOf = (...given) => ({ ...options.matchLimits(...given), reduce });
+    return this.#readMany('match', reducedOf, paths, limitsOf, limits);
   }
 
   // A ReplayWatch over a folder. Throws ERR_INVALID_ARGUMENT.

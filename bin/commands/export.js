@@ -5,13 +5,16 @@ const { createHash } = require('node:crypto');
 const fs = require('node:fs');
 const path = require('node:path');
 const { InvalidArgumentError, Option } = require('commander');
-const { addFailure, addMatch, newCells } = require('../export/tables.js');
+const { ReplayClient } = require('../../client');
+const { TABLES } = require('../export/tables.js');
+const { packFailure } = require('../export/packed-match.js');
 const { eachMatch, listReplays, withReading } = require('../matches.js');
 const { PATHS } = require('../replay-paths.js');
 
 // A part is written when it has this many replays, or this many eliminations: that limits the memory.
 const PART_REPLAYS = 500;
 const PART_EVENTS = 60_000;
+const EVENTS = Object.keys(TABLES).indexOf('eliminations');
 
 // A later attempt may succeed with the same file.
 const PASSING = [
@@ -46,63 +49,86 @@ function isUnchanged(known, { size, mtimeMs }, options) {
   return known.size === size && known.mtimeMs === mtimeMs;
 }
 
-// Results that are read but not yet written.
+// Results that are read but not yet written. A part is written while the next one is read.
 class Batch {
   #dataSet;
   #replays = [];
-  #cells = newCells();
+  #packs = [];
+  #events = 0;
+  #written = Promise.resolve();
 
   constructor(dataSet) {
     this.#dataSet = dataSet;
   }
 
-  // replay: { path, size, mtimeMs, code }; addRows(cells): adds its rows and returns how many they are.
-  async add(replay, addRows) {
-    this.#replays.push({ ...replay, rows: addRows(this.#cells) });
-    const [first] = this.#cells.eliminations;
-    if (this.#replays.length >= PART_REPLAYS || first.length >= PART_EVENTS) await this.write();
+  // replay: { path, size, mtimeMs, code }; pack: what it comes to, see packed-match.js.
+  async add(replay, pack) {
+    this.#replays.push({ ...replay, rows: pack.counts });
+    this.#packs.push(pack);
+    this.#events += pack.counts[EVENTS];
+    if (this.#replays.length >= PART_REPLAYS || this.#events >= PART_EVENTS) await this.#write();
   }
 
-  async write() {
-    const [replays, cells] = [this.#replays, this.#cells];
+  // Resolves when all is written.
+  async end() {
+    await this.#write();
+    await this.#written;
+  }
+
+  async #write() {
+    const [replays, packs] = [this.#replays, this.#packs];
     this.#replays = [];
-    this.#cells = newCells();
-    if (replays.length > 0) await this.#dataSet.commit(replays, cells);
+    this.#packs = [];
+    this.#events = 0;
+    await this.#written;
+    if (replays.length > 0) this.#written = this.#dataSet.commit(replays, packs);
+    this.#written.catch(() => {}); // whoever waits for it is told
   }
 }
+
+// The children make the packs, with all processors.
+const readPacks = (files, options) =>
+  new ReplayClient().reduceMatches(files, require.resolve('../export/packed-match.js'), options);
 
 // Reads the replays into the data set. Resolves with the numbers of replays and failures.
 async function exportReplays(todo, dataSet, context, tally) {
   const batch = new Batch(dataSet);
   const counts = { read: 0, failed: 0 };
-  const onMatch = (match, i) => {
+  const onMatch = (pack, i) => {
     counts.read += 1;
-    const { path: file } = todo[i];
-    return batch.add({ ...todo[i], code: null }, (cells) => addMatch(cells, { ...match, path: file }));
+    return batch.add({ ...todo[i], code: null }, pack);
   };
   const onFailure = (_, error, i) => {
     counts.failed += 1;
     const { path: file, size } = todo[i];
-    return batch.add({ ...todo[i], code: error.code }, (cells) => addFailure(cells, file, error, size));
+    return batch.add({ ...todo[i], code: error.code }, packFailure(file, error, size));
   };
   const files = todo.map((replay) => replay.path);
   try {
-    await eachMatch(files, context, { tally, onMatch, onFailure });
-  } catch (error) {
-    if (error.code === 'ERR_ABORTED') await batch.write();
-    throw error;
+    await eachMatch(files, context, { tally, onMatch, onFailure, read: readPacks });
+  } finally {
+    await batch.end();
   }
-  await batch.write();
   return counts;
 }
 
 async function run(context) {
+  const { PartWriter } = require('../export/part-writer.js');
+  const writer = new PartWriter();
+  try {
+    return await exportWith(writer, context);
+  } finally {
+    await writer.close();
+  }
+}
+
+async function exportWith(writer, context) {
   const { DataSet } = require('../export/data-set.js');
   const { args, options, terminal } = context;
   const [names] = args;
   const shard = options.shard ?? { index: 1, count: 1 };
   const tally = { status: 0 };
-  const dataSet = new DataSet(options.out, options.format, `${shard.index}of${shard.count}`);
+  const dataSet = new DataSet(options.out, options.format, `${shard.index}of${shard.count}`, writer);
   await dataSet.open();
   const listed = (await listReplays(names, context, tally)).map((file) => path.resolve(file));
   const replays = listed

@@ -13,9 +13,9 @@ const fs = require('node:fs');
 const path = require('node:path');
 const { failureOf, usageFailure } = require('../failures.js');
 const { FORMATS } = require('./formats.js');
-const { TABLES } = require('./tables.js');
+const partFiles = require('./part-files.js');
 
-const TABLE_NAMES = Object.keys(TABLES);
+const { TABLE_NAMES } = partFiles;
 const PART = /^part-(\d+of\d+)-(\d+)\.json$/;
 
 const readJson = (file) => JSON.parse(fs.readFileSync(file, 'utf8'));
@@ -31,19 +31,19 @@ function writing(action) {
 
 class DataSet {
   #folder;
-  #format;
-  #formatName;
+  #format; // its name
   #shard;
+  #writer;
   #parts = new Map(); // name -> what its state file holds
   #owners = new Map(); // path of a replay -> { part, size, mtimeMs, code }
   #lastNumber = 0;
 
-  // shard: "1of1" or another share. Nobody else may write the same share at the same time.
-  constructor(folder, formatName, shard) {
+  // shard: "1of1" or another share. Nobody else may write the same share at the same time. writer: writes the tables.
+  constructor(folder, format, shard, writer = partFiles) {
     this.#folder = folder;
-    this.#formatName = formatName;
-    this.#format = FORMATS[formatName];
+    this.#format = format;
     this.#shard = shard;
+    this.#writer = writer;
   }
 
   // Makes the folder, or goes on with what is in it.
@@ -64,17 +64,17 @@ class DataSet {
   }
 
   // Adds replays, a list of { path, size, mtimeMs, code, rows }, and replaces what is known of them. rows: how many
-  // rows each has in each table; cells: these rows, replay after replay, as newCells() has them.
-  commit(replays, cells) {
+  // rows each has in each table; packs: what the rows are made of, see packed-match.js. One call at a time.
+  commit(replays, packs) {
     return writing(async () => {
       const paths = new Set(replays.map((replay) => replay.path));
       const stale = this.#partsOf(paths);
-      const add = [await this.#writePart(replays, cells)];
+      const add = [await this.#writePart(replays, packs)];
       for (const name of stale) {
         const kept = await this.#writeRest(name, paths);
         if (kept !== undefined) add.push(kept);
       }
-      const commit = { format: this.#formatName, add, remove: [...stale] };
+      const commit = { format: this.#format, add, remove: [...stale] };
       this.#replaceFile(this.#commitFile(), commit);
       this.#apply(commit);
       for (const name of stale) this.#parts.delete(name);
@@ -99,7 +99,7 @@ class DataSet {
   }
 
   #checkFormat(format) {
-    if (format === this.#formatName) return;
+    if (format === this.#format) return;
     throw usageFailure(`${this.#folder} holds an export as ${format}, and takes no other format`);
   }
 
@@ -112,11 +112,15 @@ class DataSet {
   }
 
   #tableFile(part, table) {
-    return path.join(this.#folder, table, `${part}.${this.#format.extension}`);
+    return path.join(this.#folder, table, `${part}.${FORMATS[this.#format].extension}`);
+  }
+
+  #tableFiles(part) {
+    return TABLE_NAMES.map((table) => this.#tableFile(part, table));
   }
 
   #filesOf(part) {
-    return [...TABLE_NAMES.map((table) => this.#tableFile(part, table)), this.#stateFile(part)];
+    return [...this.#tableFiles(part), this.#stateFile(part)];
   }
 
   // Other programs and this one ignore such names.
@@ -193,15 +197,17 @@ class DataSet {
   }
 
   #writeState(part, replays) {
-    const state = { format: this.#formatName, replays };
+    const state = { format: this.#format, replays };
     fs.writeFileSync(this.#temporary(this.#stateFile(part)), JSON.stringify(state));
   }
 
-  async #writePart(replays, cells) {
+  #temporaryTables(part) {
+    return this.#tableFiles(part).map((file) => this.#temporary(file));
+  }
+
+  async #writePart(replays, packs) {
     const part = this.#newPart();
-    for (const table of TABLE_NAMES) {
-      await this.#format.write(this.#temporary(this.#tableFile(part, table)), TABLES[table], cells[table]);
-    }
+    await this.#writer.writeTables(this.#format, this.#temporaryTables(part), packs);
     this.#writeState(part, replays);
     return part;
   }
@@ -212,11 +218,10 @@ class DataSet {
     const kept = replays.filter((replay) => !gone.has(replay.path));
     if (kept.length === 0) return undefined;
     const part = this.#newPart();
-    for (const [i, table] of TABLE_NAMES.entries()) {
-      const flags = replays.flatMap(({ path: file, rows }) => Array(rows[i]).fill(!gone.has(file)));
-      const target = this.#temporary(this.#tableFile(part, table));
-      await this.#format.copy(this.#tableFile(name, table), target, TABLES[table], (row) => flags[row]);
-    }
+    const flags = TABLE_NAMES.map((_, i) =>
+      replays.flatMap(({ path: file, rows }) => Array(rows[i]).fill(!gone.has(file))),
+    );
+    await this.#writer.copyTables(this.#format, this.#tableFiles(name), this.#temporaryTables(part), flags);
     this.#writeState(part, kept);
     return part;
   }

@@ -1,5 +1,5 @@
 'use strict';
-// The tables of an export: their columns, and the rows of a match. docs/tables.md describes them for users.
+// The tables of an export: their columns, and the row of a match. docs/tables.md describes them for users.
 //
 // Types: text, integer (32 bits, signed), long (64 bits, signed), double, boolean, and timestamp (a number of microseconds
 // since 1970, in the game's own clock). Every column may be null, except those that REQUIRED names.
@@ -80,14 +80,6 @@ function microseconds(ticks) {
   return Number.isSafeInteger(found) ? found : null;
 }
 
-// An account's digits, a bot's name, and the number that tells the players of a match apart.
-function personCells(player, numbers) {
-  if (player === null) return [null, null, null, null];
-  return [numbers.get(player), player.kind, player.id ?? null, player.name ?? null];
-}
-
-const pointCells = (point) => (point === null ? [null, null, null] : [point.x, point.y, point.z]);
-
 // The mode is what the game calls it in the header.
 const modeOf = ({ settings }) => settings.SubGame ?? null;
 
@@ -114,44 +106,4 @@ function matchRow(match) {
   ].map((cell) => cell ?? null);
 }
 
-const playerRow = (record, id, numbers) => [
-  ...[id, ...personCells(record.player, numbers)],
-  ...[record.eliminations, record.knocks, record.timesKnocked, record.deaths],
-  ...[...personCells(record.endedBy, numbers), record.endedAtMs, record.selfInflicted],
-];
-
-const eliminationRow = (event, number, id, start, numbers) => [
-  ...[id, number, event.timeMs, start === null ? null : start + event.timeMs * 1000, event.kind],
-  ...[...personCells(event.attacker, numbers), ...personCells(event.victim, numbers)],
-  ...[...pointCells(event.attackerAt), ...pointCells(event.victimAt), event.distanceM],
-  ...[event.damageType, event.damageName],
-];
-
-// The cells of a table by column. One object per row would live long enough to be costly for the garbage collector.
-const newCells = () =>
-  Object.fromEntries(Object.entries(TABLES).map(([table, list]) => [table, list.map(() => [])]));
-
-function addRow(cells, row) {
-  for (let i = 0; i < row.length; ++i) cells[i].push(row[i]);
-}
-
-// Adds the rows of a match, and returns how many they are, in the order of the tables.
-function addMatch(cells, match) {
-  const { id, players, eliminations } = match;
-  const numbers = new Map(players.map(({ player }, i) => [player, i]));
-  const start = microseconds(match.recordedTicks);
-  addRow(cells.matches, matchRow(match));
-  for (const record of players) addRow(cells.players, playerRow(record, id, numbers));
-  eliminations.forEach((event, i) =>
-    addRow(cells.eliminations, eliminationRow(event, i, id, start, numbers)),
-  );
-  return [1, players.length, eliminations.length, 0];
-}
-
-// The same for a replay that cannot be read; bytes: its size, null if that is not known.
-function addFailure(cells, path, { code, message }, bytes) {
-  addRow(cells.failures, [path, code ?? null, message, bytes]);
-  return [0, 0, 0, 1];
-}
-
-module.exports = { TABLES, addFailure, addMatch, matchRow, modeOf, newCells };
+module.exports = { TABLES, matchRow, microseconds, modeOf };

@@ -6,7 +6,8 @@ const fs = require('node:fs');
 const path = require('node:path');
 const { test } = require('node:test');
 const { DataSet } = require('../../bin/export/data-set.js');
-const { TABLES, addFailure, newCells } = require('../../bin/export/tables.js');
+const { packFailure } = require('../../bin/export/packed-match.js');
+const { TABLES } = require('../../bin/export/tables.js');
 const { makeSeason, matchReplay } = require('../../samples/make-season.js');
 const { addonPath } = require('../support/reads.js');
 const { run, start, temporaryFolder } = require('../support/run.js');
@@ -205,12 +206,12 @@ test('four shards at once write the rows of one run', async () => {
 test('a run that is interrupted at any moment loses nothing, and the next one completes it', async () => {
   // The replays of a name and a text each, as rows of failures.
   const put = (dataSet, texts) => {
-    const cells = newCells();
-    const replays = Object.entries(texts).map(([name, message]) => {
-      const rows = addFailure(cells, name, { message }, 1);
-      return { path: name, size: 1, mtimeMs: 1, code: null, rows };
-    });
-    return dataSet.commit(replays, cells);
+    const packs = Object.entries(texts).map(([name, message]) => packFailure(name, { message }, 1));
+    const replays = packs.map(({ failure: [name], counts }) => ({
+      ...{ path: name, size: 1, mtimeMs: 1, code: null },
+      rows: counts,
+    }));
+    return dataSet.commit(replays, packs);
   };
   const opened = async (out) => {
     const dataSet = new DataSet(out, 'ndjson', '1of1');

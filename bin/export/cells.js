@@ -1,0 +1,89 @@
+'use strict';
+// The cells of the tables, made of packed matches. What makes a column is given a match as unpackMatch() has it, and returns
+// the cells of all its rows.
+
+const { unpackMatch, EVENT_KINDS } = require('./packed-match.js');
+const { TABLES } = require('./tables.js');
+
+const repeated = (cell, count) => new Array(count).fill(cell);
+
+function counted(count) {
+  const cells = [];
+  for (let i = 0; i < count; ++i) cells.push(i);
+  return cells;
+}
+
+// The cell that each of the numbers points to; null points to none.
+const picked = (list, numbers) => numbers.map((number) => (number === null ? null : (list[number] ?? null)));
+
+// numbersOf(match): the players' numbers.
+const personColumns = (role, numbersOf) => ({
+  [`${role}_no`]: numbersOf,
+  [`${role}_kind`]: (match) => picked(match.persons.kind, numbersOf(match)),
+  [`${role}_account`]: (match) => picked(match.persons.account, numbersOf(match)),
+  [`${role}_name`]: (match) => picked(match.persons.name, numbersOf(match)),
+});
+
+const PLAYERS = {
+  match_id: ({ row, players }) => repeated(row[0], players.count),
+  player_no: ({ players }) => counted(players.count),
+  player_kind: ({ persons }) => persons.kind,
+  player_account: ({ persons }) => persons.account,
+  player_name: ({ persons }) => persons.name,
+  eliminations: ({ players }) => players.eliminations,
+  knocks: ({ players }) => players.knocks,
+  times_knocked: ({ players }) => players.timesKnocked,
+  deaths: ({ players }) => players.deaths,
+  ...personColumns('ended_by', ({ players }) => players.endedBy),
+  ended_at_ms: ({ players }) => players.endedAtMs,
+  self_inflicted: ({ players }) => picked([false, true], players.selfInflicted),
+};
+
+function eventTimes({ start, events }) {
+  if (start === null) return repeated(null, events.count);
+  return events.timeMs.map((timeMs) => start + timeMs * 1000);
+}
+
+const ELIMINATIONS = {
+  match_id: ({ row, events }) => repeated(row[0], events.count),
+  event_no: ({ events }) => counted(events.count),
+  time_ms: ({ events }) => events.timeMs,
+  event_time: eventTimes,
+  kind: ({ events }) => picked(EVENT_KINDS, events.kind),
+  ...personColumns('attacker', ({ events }) => events.attacker),
+  ...personColumns('victim', ({ events }) => events.victim),
+  attacker_x: ({ events }) => events.attackerX,
+  attacker_y: ({ events }) => events.attackerY,
+  attacker_z: ({ events }) => events.attackerZ,
+  victim_x: ({ events }) => events.victimX,
+  victim_y: ({ events }) => events.victimY,
+  victim_z: ({ events }) => events.victimZ,
+  distance_m: ({ events }) => events.distanceM,
+  damage_type: ({ events }) => events.damageType,
+  damage_name: ({ damageNames, events }) => picked(damageNames, events.damageType),
+};
+
+const cellsOfRows = (table, rows) => TABLES[table].map((_, i) => rows.map((row) => row[i]));
+
+const cellsOfMatches = (table, makers, matches) =>
+  TABLES[table].map(({ name }) => [].concat(...matches.map(makers[name])));
+
+// packs: of matches and failures. Returns for each table its columns' cells.
+function cellsOf(packs) {
+  const failures = packs.filter(({ failure }) => failure !== undefined);
+  const matches = packs.filter(({ failure }) => failure === undefined).map(unpackMatch);
+  return {
+    matches: cellsOfRows(
+      'matches',
+      matches.map(({ row }) => row),
+    ),
+    players: cellsOfMatches('players', PLAYERS, matches),
+    eliminations: cellsOfMatches('eliminations', ELIMINATIONS, matches),
+    failures: cellsOfRows(
+      'failures',
+      failures.map(({ failure }) => failure),
+    ),
+  };
+}
+
+module.exports = { cellsOf };

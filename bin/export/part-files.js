@@ -1,0 +1,25 @@
+'use strict';
+// The files of a part: a file for each table.
+
+const { cellsOf } = require('./cells.js');
+const { FORMATS } = require('./formats.js');
+const { TABLES } = require('./tables.js');
+
+const TABLE_NAMES = Object.keys(TABLES);
+
+// files: one for each table, in their order. packs: as packed-match.js has them.
+async function writeTables(format, files, packs) {
+  const cells = cellsOf(packs);
+  for (const [i, table] of TABLE_NAMES.entries()) {
+    await FORMATS[format].write(files[i], TABLES[table], cells[table]);
+  }
+}
+
+// The rows of the sources that are kept, in the targets. kept: for each table, for each row whether it is.
+async function copyTables(format, sources, targets, kept) {
+  for (const [i, table] of TABLE_NAMES.entries()) {
+    await FORMATS[format].copy(sources[i], targets[i], TABLES[table], (row) => kept[i][row]);
+  }
+}
+
+module.exports = { TABLE_NAMES, copyTables, writeTables };

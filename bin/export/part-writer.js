@@ -1,0 +1,43 @@
+'use strict';
+// What part-files.js does, on a thread of its own: the reading goes on meanwhile. One order at a time.
+
+const { once } = require('node:events');
+const { isMainThread, parentPort, Worker } = require('node:worker_threads');
+
+class PartWriter {
+  #thread;
+
+  writeTables(...args) {
+    return this.#order('writeTables', args);
+  }
+
+  copyTables(...args) {
+    return this.#order('copyTables', args);
+  }
+
+  async close() {
+    await this.#thread?.terminate();
+  }
+
+  async #order(name, args) {
+    this.#thread ??= new Worker(__filename);
+    this.#thread.postMessage({ name, args });
+    const [{ failure }] = await once(this.#thread, 'message');
+    if (failure) throw Object.assign(new Error(failure.message), failure);
+  }
+}
+
+// An error that is posted loses what it has beside its message.
+async function obey({ name, args }) {
+  try {
+    await require('./part-files.js')[name](...args);
+    parentPort.postMessage({});
+  } catch (error) {
+    const { message, code, syscall } = error;
+    parentPort.postMessage({ failure: { message, code, syscall } });
+  }
+}
+
+if (!isMainThread) parentPort.on('message', obey);
+
+module.exports = { PartWriter };
