@@ -84,11 +84,17 @@ async function smallest() {
 
 // The client over a season of replays, which lie sparse on the disk.
 async function client() {
-  const season = path.join(folder, 'season');
+  const season = path.join(folder, 'matches');
   fs.mkdirSync(season, { recursive: true });
   const count = 6000;
   for (let i = 0; i < count; ++i) {
-    const row = { bytes: 0.3 * MB + (2.7 * MB * i) / count, chunks: 20, events: 200, isSparse: true };
+    const row = {
+      bytes: 0.3 * MB + (2.7 * MB * i) / count,
+      chunks: 20,
+      events: 200,
+      isSparse: true,
+      name: `Match ${i}`,
+    };
     writeReplay(path.join(season, `${i}.replay`), row);
   }
   const task = { folder: season, client: path.join(__dirname, '..', 'client') };

@@ -53,10 +53,10 @@ const withKey = (command) =>
         .conflicts('keyFile'),
     )
     .addHelpText('after', `\nThe key is ${KEY_FORM}. It may also be in the variable ${KEY_VARIABLE}.`);
+const withSizeLimit = (command) =>
+  command.option('--max-mib <number>', 'size limit for the JSON of each replay (default: 64)', mebibytes);
 const withLimits = (command) =>
-  command
-    .option('--timeout <seconds>', 'time limit for each replay', milliseconds)
-    .option('--max-mib <number>', 'size limit for the JSON of each replay (default: 64)', mebibytes);
+  withSizeLimit(command.option('--timeout <seconds>', 'time limit for each replay', milliseconds));
 const withJobs = (command) =>
   command.option(
     '-j, --jobs <number>',
@@ -85,4 +85,4 @@ function readKeyFile(file) {
   }
 }
 
-module.exports = { keyOf, limitsOf, withJobs, withKey, withLimits };
+module.exports = { keyOf, limitsOf, withJobs, withKey, withLimits, withSizeLimit };

@@ -33,6 +33,11 @@ class Opponents {
     return first;
   }
 
+  // The accounts that begin so.
+  accounts(beginning) {
+    return [...this.#matches.keys()].filter((account) => account.startsWith(beginning));
+  }
+
   // The opponents of this account, as figures.js gives groups.
   of(account) {
     return [...(this.#pairs.get(account) ?? [])].map(([key, values]) => ({ key, values }));

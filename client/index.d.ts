@@ -109,10 +109,10 @@ export type ReplayPaths<Path extends ReplayPath = ReplayPath> =
   | (Iterable<Path> & object)
   | AsyncIterable<Path>;
 
-/** `path`: the file; absent for a failure that concerns no file. */
+/** `path`: the file; absent for a failure that concerns no file. `text`: the document as JSON, with all digits. */
 export type WatchResult =
-  | { path: string; document: WatcherReplay; error?: never }
-  | { path?: string; document?: never; error: ReplayError };
+  | { path: string; document: WatcherReplay; text: string; error?: never }
+  | { path?: string; document?: never; text?: never; error: ReplayError };
 
 /**
  * 'start': the replay is told for the first time. 'events': something was added to it. 'end': the game has closed the
@@ -166,7 +166,7 @@ export function watchMatches(options?: WatchMatchesOptions): AsyncGenerator<Matc
 
 export interface ReplayWatchEvents {
   /** A replay was made or changed. */
-  replay: [document: WatcherReplay, path: string];
+  replay: [document: WatcherReplay, path: string, text: string];
   /** A replay could not be read, or the folder is missing; watching goes on, unless 'close' follows. */
   error: [error: ReplayError];
   /** A child process watches from now on: after the start, and after each restart. */

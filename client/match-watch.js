@@ -7,9 +7,13 @@ const { matchOf } = require('./match.js');
 // The game writes to a replay every few seconds for as long as it records.
 const QUIET_MS = 60_000;
 
+// A file may be written to again after its match has ended. No more of them are remembered.
+const ENDED_KEPT = 100;
+
 // One replay, under whatever name. Its document is what the watch has told of it so far, put together.
 class Recording {
   #known = 0; // events that have been told
+  #text; // of the latest document: it has all digits of the time
   #wasLive = false;
 
   isOver = false;
@@ -23,10 +27,11 @@ class Recording {
   }
 
   // The events of a document without "Creation" follow those that are there; with it, they are all.
-  take(path, document) {
+  take(path, document, text) {
     const events = document.Creation ? [] : (this.document.events ?? []);
     this.document = { ...this.document, ...document, events: [...events, ...(document.events ?? [])] };
     this.path = path;
+    this.#text = text;
   }
 
   // True once, when the game has closed the file.
@@ -40,7 +45,7 @@ class Recording {
   // The match as it is now, and those of its eliminations that have not been told.
   tell(type, damageNames) {
     const { events = [] } = this.document;
-    const match = matchOf(this.document, { path: this.path, damageNames });
+    const match = matchOf(this.document, { path: this.path, text: this.#text, damageNames });
     const news = new Set(events.slice(this.#known));
     const ordered = events.filter(({ evtName }) => evtName === 'playerElim');
     ordered.sort((a, b) => a.eventMeta.time1 - b.eventMeta.time1);
@@ -64,14 +69,14 @@ class Recordings {
   }
 
   // Yields the updates that one result of the watch means.
-  *take({ path, document, error }) {
+  *take({ path, document, text, error }) {
     if (error) return yield { path: path ?? error.path, type: 'error', error };
     // A file without information so far need not be a replay.
     if (document.ReplayFileMeta === undefined) return;
     const known = this.#find(path, document);
     const recording = known ?? (document.Creation && new Recording());
     if (recording === undefined) return;
-    recording.take(path, document);
+    recording.take(path, document, text);
     this.#all.set(path, recording);
     // What follows an end is a new beginning only if it tells something.
     if (!recording.isOver || recording.hasNews || recording.isLive) this.#wake(recording);
@@ -113,7 +118,13 @@ class Recordings {
   #end(recording) {
     recording.isOver = true;
     this.#quietAt.delete(recording);
+    this.#forgetOldest();
     return this.#tell(recording, 'end');
+  }
+
+  #forgetOldest() {
+    const ended = [...this.#all].filter(([, { isOver }]) => isOver);
+    for (const [path] of ended.slice(0, -ENDED_KEPT)) this.#all.delete(path);
   }
 
   #tell(recording, type) {
@@ -129,8 +140,8 @@ async function within(promise, ms) {
   return Promise.race([promise, timeout]).finally(() => timer.abort());
 }
 
-// watch(): starts a ReplayWatch, an async iterable of { path, document } and { path, error }. Yields { path, type, match, added } for each
-// replay: 'start' when it is first told, 'events' for each addition, 'end'; and { path, type: 'error', error }.
+// watch(): starts a ReplayWatch, an async iterable of { path, document, text } and { path, error }. Yields { path, type, match,
+// added } for each replay: 'start' when it is first told, 'events' for each addition, 'end'; and { path, type: 'error', error }.
 async function* watchMatches(watch, { endAfterMs = QUIET_MS, damageNames } = {}) {
   const recordings = new Recordings({ endAfterMs, damageNames });
   const results = watch();

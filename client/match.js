@@ -14,7 +14,7 @@ const TICKS_PER_MS = 10_000n;
 const UNIX_EPOCH_TICKS = 621_355_968_000_000_000n;
 
 // Only keys are followed by a colon, and quotes within texts are escaped: this is the number itself, with all its digits.
-const TIMESTAMP = /"timestamp": ?(\d+)/;
+const TIMESTAMP = /"Timestamp": ?(\d+)/;
 
 const orNull = (value) => value || null;
 

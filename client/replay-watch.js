@@ -14,7 +14,7 @@ const LONGEST_PAUSE_MS = 30_000;
 // The running child looks for a missing folder, which costs almost nothing.
 const FOLDER_PAUSE_MS = 1000;
 
-// Events: 'replay' (document, path), 'error' (ReplayError; watching goes on), 'watching' (a child has begun), 'close'.
+// Events: 'replay' (document, path, text), 'error' (ReplayError; watching goes on), 'watching' (a child has begun), 'close'.
 // Iterating yields the same as { path, document } or { path, error }, from the moment the iterator is made.
 class ReplayWatch extends EventEmitter {
   #order; // what a child is told
@@ -87,7 +87,7 @@ class ReplayWatch extends EventEmitter {
     if (path === undefined) return this.#giveUp(new ReplayError(code, reason, this.#order.folder, { hint }));
     this.#pause = FIRST_PAUSE_MS;
     if (code !== undefined) return this.#fail(new ReplayError(code, reason, path, { hint }));
-    this.#deliver(path, JSON.parse(text));
+    this.#deliver({ path, document: JSON.parse(text), text });
   }
 
   #begun() {
@@ -115,10 +115,10 @@ class ReplayWatch extends EventEmitter {
     this.#fail(new ReplayError(code, reason));
   }
 
-  #deliver(path, document) {
+  #deliver(result) {
     if (this.#closing) return;
-    for (const reader of this.#readers) reader.push({ path, document });
-    this.emit('replay', document, path);
+    for (const reader of this.#readers) reader.push(result);
+    this.emit('replay', result.document, result.path, result.text);
   }
 
   // An 'error' event that nobody listens for would end the application.

@@ -36,11 +36,23 @@ function groupingOf({ by }) {
 async function opponents(found, context, tally) {
   const { args, options, terminal } = context;
   tally.status = await readAll(args[0], context, (match) => found.add(match));
-  const account = options.player?.toLowerCase() ?? found.mostFrequent;
-  if (options.player === undefined && account !== undefined) {
+  if (options.player !== undefined) return found.of(chosenAccount(found, options.player));
+  const account = found.mostFrequent;
+  if (account !== undefined) {
     terminal.write(`corvane-replay: of ${account}, who is in most matches; choose another with --player\n`);
   }
   return found.of(account);
+}
+
+function chosenAccount(found, beginning) {
+  const accounts = found.accounts(beginning.toLowerCase());
+  if (accounts.length === 1) return accounts[0];
+  const few = accounts.slice(0, 5).join(', ');
+  throw usageFailure(
+    accounts.length === 0
+      ? `no account begins with ${beginning}`
+      : `${accounts.length} accounts begin with ${beginning}: ${few}${accounts.length > 5 ? ', …' : ''}`,
+  );
 }
 
 // The figure to sort by; undefined: sorted by the keys.
@@ -130,7 +142,7 @@ module.exports = {
       .option('--min-matches <number>', 'leave out groups of fewer matches', wholeNumber)
       .option(
         '--player <account>',
-        'the account whose opponents are counted (default: the one in most matches)',
+        'the account whose opponents are counted, or how it begins (default: the one in most matches)',
       )
       .option('--names <file>', 'names of accounts: CSV lines "ACCOUNT,name", or a JSON object'),
   run,

@@ -3,7 +3,7 @@
 
 const { Option } = require('commander');
 const { watchMatches, watchReplays } = require('../../client');
-const { withKey } = require('../command-options.js');
+const { withKey, withSizeLimit } = require('../command-options.js');
 const { exitStatus, failureText, usageFailure } = require('../failures.js');
 const { updateText } = require('../match-update-text.js');
 
@@ -14,23 +14,28 @@ function updateJson({ path, type, match, added }) {
   return JSON.stringify(type === 'events' ? { path, type, added } : { path, type, match, added });
 }
 
-function formatOf({ format, endAfterMatch }, isTerminal) {
+// The document's text as it is, since a parsed one has rounded numbers; its line ends belong to the layout.
+const documentJson = ({ path, text }) =>
+  `{"path":${JSON.stringify(path)},"document":${text.replace(/\n */g, '')}}`;
+
+function formatOf({ format, json, endAfterMatch }, isTerminal) {
   if (format === 'documents' && endAfterMatch)
     throw usageFailure('--end-after-match goes with --format text or ndjson');
-  return format ?? (isTerminal ? 'text' : endAfterMatch ? 'ndjson' : 'documents');
+  return format ?? (isTerminal && !json ? 'text' : 'ndjson');
 }
 
 async function run({ options, key, output, terminal, signal }) {
   const format = formatOf(options, output.stream.isTTY);
-  const watched = { key, signal, folder: options.folder };
+  const watched = { key, signal, folder: options.folder, maxDocumentBytes: options.maxMib };
   const results = format === 'documents' ? watchReplays(watched) : watchMatches(watched);
+  const jsonOf = format === 'documents' ? documentJson : updateJson;
   let status = 0;
   for await (const result of results) {
-    const { document, error, type } = result;
+    const { error, type } = result;
     status = error ? exitStatus(error) : 0;
     if (error) terminal.write(failureText(error));
     else if (format === 'text') await output.write(updateText(result));
-    else await output.writeJson((document ? JSON.stringify(document) : updateJson(result)) + '\n');
+    else await output.writeJson(jsonOf(result) + '\n');
     if (type === 'end' && options.endAfterMatch) break;
   }
   // An interrupt is the normal end of watching. Otherwise the last failure ended it.
@@ -40,7 +45,7 @@ async function run({ options, key, output, terminal, signal }) {
 module.exports = {
   order: 90,
   define: (command) =>
-    withKey(command)
+    withSizeLimit(withKey(command))
       .description(
         'print what is added to the replays of a folder while they are recorded, until interrupted',
       )
@@ -49,9 +54,10 @@ module.exports = {
         new Option(
           '--format <format>',
           'text: for people (default on a terminal); ndjson: the start, the additions and the end of each match, a ' +
-            'line of JSON each; documents: what each change added, as the replay has it (default elsewhere)',
+            'line of JSON each (default elsewhere); documents: what each change added, as the replay has it',
         ).choices(FORMATS),
       )
+      .addOption(new Option('--json', 'the same as --format ndjson').conflicts('format'))
       .option('--end-after-match', 'end when a match has ended'),
   run,
 };

@@ -17,6 +17,7 @@ const partFiles = require('./part-files.js');
 
 const { TABLE_NAMES } = partFiles;
 const PART = /^part-(\d+of\d+)-(\d+)\.json$/;
+const TABLE_FILE = /^part-\d+of\d+-\d+\.(\w+)$/;
 
 const readJson = (file) => JSON.parse(fs.readFileSync(file, 'utf8'));
 
@@ -54,6 +55,7 @@ class DataSet {
       const shards = this.#shardsToRepair();
       for (const shard of shards) this.#complete(shard);
       for (const shard of shards) this.#removeTemporaries(shard);
+      this.#checkFiles();
       this.#load();
     });
   }
@@ -67,6 +69,7 @@ class DataSet {
   // rows each has in each table; packs: what the rows are made of, see packed-match.js. One call at a time.
   commit(replays, packs) {
     return writing(async () => {
+      this.#checkFiles();
       const paths = new Set(replays.map((replay) => replay.path));
       const stale = this.#partsOf(paths);
       const add = [await this.#writePart(replays, packs)];
@@ -101,6 +104,16 @@ class DataSet {
   #checkFormat(format) {
     if (format === this.#format) return;
     throw usageFailure(`${this.#folder} holds an export as ${format}, and takes no other format`);
+  }
+
+  // Other shards may have written since.
+  #checkFiles() {
+    const names = fs.readdirSync(path.join(this.#folder, TABLE_NAMES[0]));
+    const known = Object.entries(FORMATS);
+    for (const name of names) {
+      const [format] = known.find(([, { extension }]) => extension === TABLE_FILE.exec(name)?.[1]) ?? [];
+      if (format !== undefined) this.#checkFormat(format);
+    }
   }
 
   #commitFile(shard = this.#shard) {

@@ -24,7 +24,11 @@ test('watch tells a match until it has ended', async () => {
   });
   fs.writeFileSync(
     file,
-    w.replay({ FileVersion: 5, bIsLive: 1, Timestamp: 9n }, w.headerChunk({ levels }), elimination),
+    w.replay(
+      { FileVersion: 5, bIsLive: 1, Timestamp: 638_000_000_000_000_001n },
+      w.headerChunk({ levels }),
+      elimination,
+    ),
   );
   const watch = (format) =>
     start(
@@ -53,14 +57,14 @@ test('watch tells a match until it has ended', async () => {
     .trim()
     .split('\n')
     .map((line) => JSON.parse(line));
-  const seen = lines.map(({ path: of, type, match, added }) => [of, type, match.map, added.length]);
+  const seen = lines.map(({ path: of, type, match, added }) => [of, type, match.recordedTicks, added.length]);
   assert.deepEqual(
     [status, seen],
     [
       0,
       [
-        [file, 'start', 'Corvane_Isle', 1],
-        [file, 'end', 'Corvane_Isle', 0],
+        [file, 'start', '638000000000000001', 1],
+        [file, 'end', '638000000000000001', 0],
       ],
     ],
   );

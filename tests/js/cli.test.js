@@ -244,8 +244,10 @@ if (process.platform !== 'win32') {
     const file = path.join(demos, 'live.replay');
     fs.writeFileSync(file, replays['other.replay']);
     const growing = setInterval(() => fs.appendFileSync(file, statsChunk(stats)), 300);
-    const { status, line } = await stopped(['watch'], interrupt, { ...env, LOCALAPPDATA: folder });
+    const args = ['watch', '--format', 'documents'];
+    const { status, line } = await stopped(args, interrupt, { ...env, LOCALAPPDATA: folder });
     clearInterval(growing);
-    assert.deepEqual([status, JSON.parse(line).Creation.fileName], [0, file]);
+    const { path: told, document } = JSON.parse(line);
+    assert.deepEqual([status, told, document.Creation.fileName], [0, file, file]);
   });
 }

@@ -82,3 +82,21 @@ test('a match ends when its file has not changed for a while; a result without a
   const types = [(await told.next()).value.type, (await told.next()).value.type];
   assert.deepEqual(types, ['start', 'end']);
 });
+
+test('of matches that have ended no more than 100 are remembered', async () => {
+  const result = (number, bIsLive, more) => ({
+    path: `${number}`,
+    document: { ReplayFileMeta: { Timestamp: number + 1, bIsLive }, ...more },
+  });
+  const numbers = Array.from({ length: 101 }, (_, i) => i);
+  const events = [{ evtName: 'AthenaMatchTeamStats', eventMeta: { time1: 1 } }];
+  const results = numbers.flatMap((i) => [result(i, true, { Creation: {} }), result(i, false)]);
+  const more = [0, 1].map((i) => result(i, false, { events }));
+  async function* source() {
+    yield* [...results, ...more];
+  }
+  const watch = Object.assign(source(), { close() {} });
+  const told = [];
+  for await (const { path: of, type } of watchMatches(() => watch)) if (type === 'events') told.push(of);
+  assert.deepEqual(told, ['1']);
+});

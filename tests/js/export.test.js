@@ -6,6 +6,7 @@ const fs = require('node:fs');
 const path = require('node:path');
 const { test } = require('node:test');
 const { DataSet } = require('../../bin/export/data-set.js');
+const { FORMATS } = require('../../bin/export/formats.js');
 const { packFailure } = require('../../bin/export/packed-match.js');
 const { TABLES } = require('../../bin/export/tables.js');
 const { makeSeason, matchReplay } = require('../../samples/make-season.js');
@@ -129,6 +130,23 @@ test('a cell of CSV is no formula, and a row is a line', () => {
   assert.match(fs.readFileSync(path.join(out, 'eliminations', events), 'utf8'), /,-\d+\.\d+,/);
 });
 
+test('what a spreadsheet would take for a formula begins with an apostrophe', async () => {
+  const guarded = {
+    '=1+1': "'=1+1",
+    '  =1+1': "'  =1+1",
+    '\t=1': "'\t'=1",
+    '\n@a': "' @a",
+    '\uff1d1': "'\uff1d1",
+    'a;=1': "a;'=1",
+    'a|\t-1': "a|\t'-1",
+    'a-b = 1': 'a-b = 1',
+  };
+  const file = inFolder('formulas.csv');
+  await FORMATS.csv.write(file, [{ name: 'cell', type: 'text' }], [Object.keys(guarded)]);
+  const written = fs.readFileSync(file, 'utf8').split('\n').slice(1, -1);
+  assert.deepEqual(written, Object.values(guarded));
+});
+
 // The status of a run, and what it says of its replays.
 function updated(from, out, ...more) {
   const { status, stderr } = run(process.execPath, [program, 'export', from, '--out', out, ...more]);
@@ -201,6 +219,10 @@ test('four shards at once write the rows of one run', async () => {
     const { status, stderr } = exported(four, '--format', ...more);
     assert.deepEqual([status, text.test(stderr)], [2, true], stderr);
   }
+  const two = inFolder('two');
+  exported(two, '--format', 'ndjson', '--shard', '1/2');
+  const { status, stderr } = exported(two, '--format', 'csv', '--shard', '2/2');
+  assert.deepEqual([status, /holds an export as ndjson/.test(stderr)], [2, true]);
 });
 
 test('a run that is interrupted at any moment loses nothing, and the next one completes it', async () => {
