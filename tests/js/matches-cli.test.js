@@ -109,7 +109,7 @@ const QUESTIONS = [
       '--by',
       'opponent',
       '--player',
-      OWN.toUpperCase(),
+      OWN.slice(0, 9).toUpperCase(),
       '--names',
       path.join(folder, 'names.json'),
     ],
