@@ -13,12 +13,26 @@ function counted(count) {
   return cells;
 }
 
-// The cell that each of the numbers points to; null points to none.
-const picked = (list, numbers) => numbers.map((number) => (number === null ? null : (list[number] ?? null)));
+// NaN becomes null.
+function cellsIn(numbers) {
+  const cells = [];
+  for (let i = 0; i < numbers.length; ++i) cells.push(Number.isNaN(numbers[i]) ? null : numbers[i]);
+  return cells;
+}
+
+// The cell that each of the numbers points to; NaN points to none.
+function picked(list, numbers) {
+  const cells = [];
+  for (let i = 0; i < numbers.length; ++i) {
+    const number = numbers[i];
+    cells.push(number < list.length ? list[number] : null);
+  }
+  return cells;
+}
 
 // numbersOf(match): the players' numbers.
 const personColumns = (role, numbersOf) => ({
-  [`${role}_no`]: numbersOf,
+  [`${role}_no`]: (match) => cellsIn(numbersOf(match)),
   [`${role}_kind`]: (match) => picked(match.persons.kind, numbersOf(match)),
   [`${role}_account`]: (match) => picked(match.persons.account, numbersOf(match)),
   [`${role}_name`]: (match) => picked(match.persons.name, numbersOf(match)),
@@ -30,36 +44,36 @@ const PLAYERS = {
   player_kind: ({ persons }) => persons.kind,
   player_account: ({ persons }) => persons.account,
   player_name: ({ persons }) => persons.name,
-  eliminations: ({ players }) => players.eliminations,
-  knocks: ({ players }) => players.knocks,
-  times_knocked: ({ players }) => players.timesKnocked,
-  deaths: ({ players }) => players.deaths,
+  eliminations: ({ players }) => cellsIn(players.eliminations),
+  knocks: ({ players }) => cellsIn(players.knocks),
+  times_knocked: ({ players }) => cellsIn(players.timesKnocked),
+  deaths: ({ players }) => cellsIn(players.deaths),
   ...personColumns('ended_by', ({ players }) => players.endedBy),
-  ended_at_ms: ({ players }) => players.endedAtMs,
+  ended_at_ms: ({ players }) => cellsIn(players.endedAtMs),
   self_inflicted: ({ players }) => picked([false, true], players.selfInflicted),
 };
 
 function eventTimes({ start, events }) {
   if (start === null) return repeated(null, events.count);
-  return events.timeMs.map((timeMs) => start + timeMs * 1000);
+  return cellsIn(events.timeMs.map((timeMs) => start + timeMs * 1000));
 }
 
 const ELIMINATIONS = {
   match_id: ({ row, events }) => repeated(row[0], events.count),
   event_no: ({ events }) => counted(events.count),
-  time_ms: ({ events }) => events.timeMs,
+  time_ms: ({ events }) => cellsIn(events.timeMs),
   event_time: eventTimes,
   kind: ({ events }) => picked(EVENT_KINDS, events.kind),
   ...personColumns('attacker', ({ events }) => events.attacker),
   ...personColumns('victim', ({ events }) => events.victim),
-  attacker_x: ({ events }) => events.attackerX,
-  attacker_y: ({ events }) => events.attackerY,
-  attacker_z: ({ events }) => events.attackerZ,
-  victim_x: ({ events }) => events.victimX,
-  victim_y: ({ events }) => events.victimY,
-  victim_z: ({ events }) => events.victimZ,
-  distance_m: ({ events }) => events.distanceM,
-  damage_type: ({ events }) => events.damageType,
+  attacker_x: ({ events }) => cellsIn(events.attackerX),
+  attacker_y: ({ events }) => cellsIn(events.attackerY),
+  attacker_z: ({ events }) => cellsIn(events.attackerZ),
+  victim_x: ({ events }) => cellsIn(events.victimX),
+  victim_y: ({ events }) => cellsIn(events.victimY),
+  victim_z: ({ events }) => cellsIn(events.victimZ),
+  distance_m: ({ events }) => cellsIn(events.distanceM),
+  damage_type: ({ events }) => cellsIn(events.damageType),
   damage_name: ({ damageNames, events }) => picked(damageNames, events.damageType),
 };
 
