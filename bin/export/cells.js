@@ -1,5 +1,5 @@
 'use strict';
-// The cells of the tables, made of packed matches. What makes a column is given a match as unpackMatch() has it, and returns
+// The cells of the tables, made of packed matches. A function for a column gets a match from unpackMatch() and returns
 // the cells of all its rows.
 
 const { unpackMatch, EVENT_KINDS } = require('./packed-match.js');
@@ -20,7 +20,7 @@ function cellsIn(numbers) {
   return cells;
 }
 
-// The cell that each of the numbers points to; NaN points to none.
+// For each number the cell at that place; nothing for NaN.
 function picked(list, numbers) {
   const cells = [];
   for (let i = 0; i < numbers.length; ++i) {

@@ -84,8 +84,8 @@ const parquetSchema = (columns) => [
   })),
 ];
 
-// An encoding for each type: to try which one is the smallest takes longer than to write it. Integers differ little from row to
-// row. Positions and times do not repeat, so a dictionary would only make them larger.
+// A fixed encoding for each type: trying which one is smallest takes longer than writing. Integers differ little from
+// row to row. Positions and times do not repeat, so a dictionary would only make them larger.
 const DIFFERENCES = { encoding: 'DELTA_BINARY_PACKED', codec: 'UNCOMPRESSED' };
 const PLAIN = { encoding: 'PLAIN', codec: 'UNCOMPRESSED' };
 const ENCODINGS = { integer: DIFFERENCES, long: DIFFERENCES, timestamp: PLAIN, double: PLAIN };

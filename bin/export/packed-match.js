@@ -1,6 +1,6 @@
 'use strict';
-// A match on its way from the process that reads it to the thread that writes its rows: numbers in blocks, which pass as
-// they are, and each player's text once.
+// A match on its way from the process that reads it to the thread that writes its rows: numbers in blocks, which are
+// passed on unchanged, and each player's text once.
 //
 //     { counts, row, start, players, texts, events, damageNames }    a match
 //     { counts, failure }                                            a replay that cannot be read
@@ -13,7 +13,7 @@ const { matchRow, microseconds } = require('./tables.js');
 const PLAYER_KINDS = ['account', 'bot', 'unknown'];
 const EVENT_KINDS = ['elimination', 'knock'];
 
-// What a block holds of each record, or event; numberOf: Player -> player_no.
+// The fields of each record or event in a block; numberOf: Player -> player_no.
 const PLAYER_FIELDS = {
   kind: ({ player }) => PLAYER_KINDS.indexOf(player.kind),
   eliminations: (record) => record.eliminations,
@@ -40,7 +40,7 @@ const EVENT_FIELDS = {
   damageType: (event) => event.damageType,
 };
 
-// Field after field, each of all items. NaN stands for null.
+// One field after the other, each for all items. NaN stands for null.
 function blockOf(items, fields, numberOf) {
   const block = new Float64Array(Object.keys(fields).length * items.length);
   let at = 0;

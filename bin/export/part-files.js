@@ -15,7 +15,7 @@ async function writeTables(format, files, packs) {
   }
 }
 
-// The rows of the sources that are kept, in the targets. kept: for each table, for each row whether it is.
+// Copies the rows that are kept. kept: for each table, and for each of its rows, whether it is kept.
 async function copyTables(format, sources, targets, kept) {
   for (const [i, table] of TABLE_NAMES.entries()) {
     await FORMATS[format].copy(sources[i], targets[i], TABLES[table], (row) => kept[i][row]);

@@ -1,5 +1,5 @@
 'use strict';
-// What part-files.js does, on a thread of its own: the reading goes on meanwhile. One order at a time.
+// Runs part-files.js on its own thread, so that reading goes on at the same time. One order at a time.
 
 const { once } = require('node:events');
 const { isMainThread, parentPort, Worker } = require('node:worker_threads');
@@ -27,7 +27,7 @@ class PartWriter {
   }
 }
 
-// An error that is posted loses what it has beside its message.
+// A posted error loses everything but its message.
 async function obey({ name, args }) {
   try {
     await require('./part-files.js')[name](...args);
