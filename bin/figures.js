@@ -135,7 +135,7 @@ const PER_MATCH = figure(
   rate,
 );
 const KNOCKS = figure('knocks', 'KNOCKS', (group) => group.knocks);
-const DISTANCE = figure('median_distance_m', 'MEDIAN', (group) => group.distances.median, metres);
+const DISTANCE = figure('median_distance_m', 'DISTANCE', (group) => group.distances.median, metres);
 const LONGEST = figure('longest_distance_m', 'LONGEST', (group) => group.distances.max, metres);
 const TIME = figure('median_time_ms', 'TIME', (group) => group.times.median, clock);
 

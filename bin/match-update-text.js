@@ -9,6 +9,7 @@ const playerText = ({ id, name }) => printable(id ?? name ?? '') || '?';
 
 function eliminationText({ timeMs, kind, attacker, victim, distanceM }) {
   const did = kind === 'knock' ? 'knocked down' : 'eliminated';
+  if (attacker === victim) return `${clock(timeMs)} ${playerText(attacker)} ${did} themselves`;
   const distance = distanceM === null ? '' : ` over ${distanceM.toFixed(1)} m`;
   return `${clock(timeMs)} ${playerText(attacker)} ${did} ${playerText(victim)}${distance}`;
 }

@@ -94,8 +94,10 @@ function bestPlayers({ players }, names, lineWidth) {
 function notable({ eliminations }, names, lineWidth, units) {
   const ends = eliminations.filter(({ kind }) => kind === 'elimination');
   if (ends.length === 0) return [];
-  const text = ({ attacker, victim, timeMs, distanceM }) =>
-    `${nameOf(attacker, names)} eliminated ${nameOf(victim, names)} over ${units.metres(distanceM)} at ${units.clock(timeMs)}`;
+  const whom = ({ attacker, victim, distanceM }) =>
+    attacker === victim ? 'themselves' : `${nameOf(victim, names)} over ${units.metres(distanceM)}`;
+  const text = (event) =>
+    `${nameOf(event.attacker, names)} eliminated ${whom(event)} at ${units.clock(event.timeMs)}`;
   const farthest = ends.reduce((a, b) => ((b.distanceM ?? -1) > (a.distanceM ?? -1) ? b : a));
   return ['', `longest  ${text(farthest)}`, `last     ${text(ends.at(-1))}`].map((line) =>
     wrapWords(line, lineWidth),
