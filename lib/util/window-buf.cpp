@@ -11,7 +11,7 @@ WindowBuf::int_type WindowBuf::underflow() {
         leaveWindow(m_windowEnd);
         const std::streamsize count = readOn(m_window.data(), m_nextBytes);
         setg(m_window.data(), m_window.data(), m_window.data() + count);
-        m_nextBytes = std::min(2 * m_nextBytes, kWindowBytes);
+        m_nextBytes = std::min(kGrowth * m_nextBytes, kWindowBytes);
     }
     return gptr() == egptr() ? traits_type::eof() : traits_type::to_int_type(*gptr());
 }

@@ -152,6 +152,8 @@ void FLocalFileNetworkReplayStreamer::ReadChunkTable() {
         std::int64_t offset = m_archive.Reader().tellg();
         while (!m_archive.Reader().eof()) {
             if (offset <= m_info.TotalDataSizeInBytes) m_info.TableEnd = offset;
+            // The usual end. To read on would throw, which takes as long as reading ten events.
+            if (offset >= m_info.TotalDataSizeInBytes) return;
             const ReplayChunkInfo chunk = ReadChunkHead(offset);
             if (!ReadChunkPayload(chunk) || chunk.SizeInBytes < 0) return;
             offset = chunk.DataOffset + chunk.SizeInBytes;
