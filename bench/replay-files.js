@@ -62,7 +62,6 @@ function beginning(encrypted, FriendlyName) {
   };
   const header = {
     Version: 14,
-    Guid: createHash('md5').update('benchmark').digest(),
     EngineNetworkProtocolVersion: 19,
     Major: 4,
     Minor: 26,
