@@ -45,14 +45,23 @@ function timeInTurns(functions, seconds, timed) {
 
 // As an application that reads many replays has it: everything is compiled, and garbage is collected when V8 thinks fit.
 function timeWarmReads(task) {
-  const functions = readersOf(task);
+  return timeWarm(readersOf(task), task.seconds);
+}
+
+// The add-on alone, with several files in turn.
+function timeWarmFiles({ addon, files, seconds }) {
+  const functions = files.map((file) => () => read.addon(addon)(file));
+  return timeWarm(functions, seconds);
+}
+
+function timeWarm(functions, seconds) {
   const timed = (readFile) => {
     const start = performance.now();
     readFile();
     return performance.now() - start;
   };
-  timeInTurns(functions, task.seconds / 2, timed);
-  return timeInTurns(functions, task.seconds, timed);
+  timeInTurns(functions, seconds / 2, timed);
+  return timeInTurns(functions, seconds, timed);
 }
 
 // Neither reader pays for what the other leaves behind. The first collection frees buffers on another thread; the
@@ -154,7 +163,15 @@ async function idleLoad({ addon, watch, seconds, samples }) {
 }
 
 async function main() {
-  const tasks = { timeWarmReads, timeCollectedReads, peakMemory, timeFolder, timeLoad, idleLoad };
+  const tasks = {
+    timeWarmReads,
+    timeWarmFiles,
+    timeCollectedReads,
+    peakMemory,
+    timeFolder,
+    timeLoad,
+    idleLoad,
+  };
   const taskFile = process.argv[2];
   const task = JSON.parse(fs.readFileSync(taskFile, 'utf8'));
   fs.writeFileSync(taskFile, JSON.stringify({ result: await tasks[task.name](task) }));
