@@ -66,9 +66,11 @@ test('a match is told from its start to its end, whatever its file is called', a
 
 test('a match ends when its file has not changed for a while; a result without a document is none', async () => {
   const document = (events, more) => ({ ReplayFileMeta: { Timestamp: 7 }, events, ...more });
+  const event = { evtName: 'AthenaMatchTeamStats', eventMeta: { time1: 1 } };
+  const all = { path: 'a', document: document([event], { Creation: {} }) };
   const results = [
     { path: 'a', document: { Creation: {} } },
-    { path: 'a', document: document([], { Creation: {} }) },
+    ...[all, all], // again, from a child that was started again
     { path: 'a', document: { GameAlive: 1 } },
     { path: 'unknown', document: { ReplayFileMeta: { Timestamp: 8 } } },
   ];

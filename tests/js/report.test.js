@@ -7,6 +7,7 @@ const path = require('node:path');
 const { test } = require('node:test');
 const zlib = require('node:zlib');
 const { readMatches, renderReport } = require('../../client');
+const { RecordingPlayerGuess } = require('../../client/recording-player.js');
 const { unpack } = require('../../client/report-columns.js');
 const { OWN, makeSeason } = require('../../samples/make-season.js');
 const { addonPath } = require('../support/reads.js');
@@ -35,6 +36,7 @@ const who = ({ kind, id, name }, digits) => (kind === 'account' ? id.slice(0, di
 const row = (event, digits) => ({
   ...{ kind: event.kind, damageType: event.damageType, distanceM: tenth(event.distanceM) },
   ...{ timeMs: Math.round(event.timeMs / 100) * 100, victimAt: at(event.victimAt) },
+  attackerAt: event.victimAt && at(event.attackerAt),
   ...{ attacker: who(event.attacker, digits), victim: who(event.victim, digits) },
 });
 
@@ -52,20 +54,41 @@ test('one match and many hold the events of the model; the recording player is f
       found,
       given.map(({ eliminations }) => eliminations.map((event) => row(event, digits))),
     );
-    if (given.length > 1) assert.deepEqual(data.recording, { id: OWN, isGuess: true });
+    if (given.length === 1) continue;
+    assert.deepEqual(data.recording, { id: OWN, isGuess: true });
+    assert.deepEqual(new Set(data.accounts.map(({ length }) => length)), new Set([32, 8]));
   }
+});
+
+test('who recorded is guessed from the number of eliminations, unless that agrees too rarely', () => {
+  // own: those of the recording player in each match; kills: those of each account.
+  const guessOf = (own, ...kills) => {
+    const guess = new RecordingPlayerGuess();
+    own.forEach((eliminations, i) => {
+      const players = kills.map((list, id) => ({
+        player: { kind: 'account', id },
+        eliminations: list[i],
+      }));
+      guess.add({ own: { eliminations }, players });
+    });
+    return guess.best();
+  };
+  assert.deepEqual([guessOf([3], [1], [3]), guessOf([3], [3], [3])], [1, null]);
+  assert.deepEqual([guessOf([3, 2, 2], [3, 1, 1]), guessOf([3, 2, 2], [3, 2, 1])], [null, 0]);
 });
 
 test('names and the recording player are those that the caller gives', async () => {
   const [match] = await matchesOf(files.slice(0, 1));
   const given = {
     player: OWN.slice(0, 8).toUpperCase(),
-    names: { [OWN]: 'Ada\u202E </script>' },
+    names: { [OWN]: `A\u200D\u202E</script>${'🔥'.repeat(300)}` },
     title: '<i>',
   };
   const html = await renderReport(match, given);
   assert.deepEqual(dataOf(html).recording, { id: OWN, isGuess: false });
-  assert.deepEqual(dataOf(html).accounts.filter(Array.isArray), [[OWN, 'Ada\uFFFD </script>']]);
+  assert.deepEqual(dataOf(html).accounts.filter(Array.isArray), [
+    [OWN, `A\u200D\uFFFD</script>${'🔥'.repeat(188)}…`],
+  ]);
   assert.match(html, /<title>&lt;i&gt;<\/title>/);
   assert.equal(html.split('</script>').length, 3);
   for (const [options, reason] of [
