@@ -2,7 +2,7 @@
 // The command line: what it prints where, its exit status for each kind of failure, and that nothing is written half.
 
 const assert = require('node:assert/strict');
-const { spawn } = require('node:child_process');
+const { spawn, spawnSync } = require('node:child_process');
 const fs = require('node:fs');
 const path = require('node:path');
 const { test } = require('node:test');
@@ -121,7 +121,9 @@ test('a folder stands for its replays, one line each; one without any does not e
     .map((line) => path.basename(JSON.parse(line).Creation.fileName, '.replay'));
   assert.deepEqual([status, names], [3, ['a', 'b', 'c']]);
   assert.equal(stderr, 'corvane-replay: there are no replays in empty\n');
-  assert.equal(cli(['read', '--ndjson', 'whole.replay']).stdout.split('\n').length, 2);
+  for (const name of ['b', 'c']) fs.rmSync(inFolder('sub', `${name}.replay`));
+  for (const line of [['--ndjson', 'whole.replay'], ['sub']])
+    assert.equal(cli(['read', ...line]).stdout.split('\n').length, 2);
 });
 
 test('on a terminal the JSON of a name cannot steer it, and says the same', async () => {
@@ -171,6 +173,7 @@ materials gathered 8, materials used 9, other damage 4, revives 5, total travele
 team at 0:00:00.000: final ranking 3, total players 98
 `,
   );
+  assert.equal(cli(['events', 'other.replay']).status, 0); // which has none
 });
 
 test('a table fits its terminal, and grows with its rows whatever one of them holds', () => {
@@ -234,8 +237,18 @@ if (process.platform !== 'win32') {
   const interrupt = (child) => child.kill('SIGINT');
 
   test('an interrupt ends reading with status 130', async () => {
-    const { status, line } = await stopped(['read', ...Array(20_000).fill('whole.replay')], interrupt);
-    assert.deepEqual([status, JSON.parse(line).events.length], [130, 1]);
+    const files = Array(20_000).fill('whole.replay');
+    const { status, line, stderr } = await stopped(['read', ...files], interrupt);
+    assert.deepEqual([status, stderr, JSON.parse(line).events.length], [130, '', 1]);
+  });
+
+  test('a full disk is a failure', () => {
+    const stdio = ['ignore', fs.openSync('/dev/full', 'w'), 'pipe'];
+    const { status, stderr } = spawnSync(process.execPath, [program, 'read', 'whole.replay'], {
+      ...{ cwd: folder, env, stdio },
+      encoding: 'utf8',
+    });
+    assert.deepEqual([status, /cannot write: .*ENOSPC/.test(stderr)], [12, true], stderr);
   });
 
   test('watching prints a line for each change, and an interrupt is its ordinary end', async () => {

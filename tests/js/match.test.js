@@ -134,22 +134,17 @@ test('texts are as the file has them: blanks stay, final zeros go', async () => 
   );
 });
 
-test('a cut replay fails by name or says so, and gives what is whole when that is enough', async () => {
+test('a cut replay is broken, or says where it is cut if what is whole is enough', async () => {
   const whole = fs.readFileSync(sample);
   const complete = await readMatch(sample);
   assert.deepEqual([complete.state, complete.warnings, complete.cutAtByte], ['complete', [], null]);
-  const live = await read(w.replay({ bIsLive: 1 }));
-  assert.equal(live.state, 'recording');
-  let events = 0;
-  for (let size = 400; size < whole.length; size += 97) {
-    const match = await read(whole.subarray(0, size), { salvage: true });
-    assert.deepEqual([match.state, match.fileBytes], ['truncated', size]);
-    assert.match(match.warnings[0], new RegExp(`cut: what follows byte ${match.cutAtByte} of ${size}`));
-    assert.ok(match.eliminations.length >= events);
-    events = match.eliminations.length;
-  }
-  assert.equal(events, complete.eliminations.length);
-  await assert.rejects(read(whole.subarray(0, whole.length - 3)), { code: 'ERR_CORRUPT' });
+  assert.equal((await read(w.replay({ bIsLive: 1 }))).state, 'recording');
+  const cut = whole.subarray(0, -3);
+  await assert.rejects(read(cut), { code: 'ERR_CORRUPT' });
+  const match = await read(cut, { salvage: true });
+  assert.deepEqual([match.state, match.fileBytes], ['truncated', cut.length]);
+  assert.deepEqual(match.eliminations, complete.eliminations);
+  assert.match(match.warnings[0], new RegExp(`cut: what follows byte ${match.cutAtByte} of ${cut.length}`));
 });
 
 test('many are read in order, from any kind of source, and a late path holds nothing back', async () => {

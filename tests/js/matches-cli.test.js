@@ -133,8 +133,18 @@ const QUESTIONS = [
           ['2021-W01', 11],
         ],
       );
-      const places = truth.slice(0, 19).map(({ place }) => place);
-      assert.equal(rows[0].median_place, places.sort((a, b) => a - b)[9]);
+    },
+  },
+  {
+    question: 'the median place on each map, also of an even number of matches',
+    args: ['stats', season, '--by', 'map'],
+    check: (rows) => {
+      for (const { map, median_place } of rows) {
+        const places = truth.filter((each) => each.map === map).map(({ place }) => place);
+        const sorted = places.sort((a, b) => a - b);
+        const middle = (sorted.length - 1) / 2;
+        assert.equal(median_place, (sorted[Math.floor(middle)] + sorted[Math.ceil(middle)]) / 2);
+      }
     },
   },
   {

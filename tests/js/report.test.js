@@ -62,15 +62,11 @@ test('one match and many hold the events of the model; the recording player is f
 
 test('who recorded is guessed from the number of eliminations, unless that agrees too rarely', () => {
   // own: those of the recording player in each match; kills: those of each account.
+  const account = (id, eliminations) => ({ player: { kind: 'account', id }, eliminations });
   const guessOf = (own, ...kills) => {
     const guess = new RecordingPlayerGuess();
-    own.forEach((eliminations, i) => {
-      const players = kills.map((list, id) => ({
-        player: { kind: 'account', id },
-        eliminations: list[i],
-      }));
-      guess.add({ own: { eliminations }, players });
-    });
+    const players = (i) => kills.map((list, id) => account(id, list[i]));
+    own.forEach((eliminations, i) => guess.add({ own: { eliminations }, players: players(i) }));
     return guess.best();
   };
   assert.deepEqual([guessOf([3], [1], [3]), guessOf([3], [3], [3])], [1, null]);

@@ -204,16 +204,4 @@ describe('the watcher', { concurrency: 1 }, () => {
     await next.settle(demo);
     assert.deepEqual([running.payloads, idle.payloads], [[], []]);
   });
-
-  // Names that are not valid UTF-8 exist on Linux alone.
-  if (process.platform === 'linux') {
-    it('sees files whose names are no text', async () => {
-      const file = w.bytes(Buffer.from(demo.path('no text ')), w.u8(0xff), Buffer.from('.replay'));
-      fs.writeFileSync(file, w.replay({ FileVersion: 5 }));
-      const watch = new Watch(addon).start();
-      fs.appendFileSync(file, w.chunk(w.CHUNK.replayData, Buffer.alloc(8)));
-      const names = (await watch.settle(demo)).map(({ document }) => document.Creation.fileName);
-      assert.deepEqual(names, [demo.path('no text \ufffd.replay')]);
-    });
-  }
 });
