@@ -36,8 +36,12 @@ function isInShard(file, { index, count }) {
 
 // Size and time of change, taken before the file is read; null where they are not known.
 function stampOf(file) {
-  const stats = fs.statSync(file, { throwIfNoEntry: false });
-  return { size: stats?.size ?? null, mtimeMs: stats?.mtimeMs ?? null };
+  try {
+    const { size, mtimeMs } = fs.statSync(file);
+    return { size, mtimeMs };
+  } catch {
+    return { size: null, mtimeMs: null }; // reading it fails too, and says why
+  }
 }
 
 // The failure's own advice is to use this option.
@@ -98,10 +102,12 @@ async function exportReplays(todo, dataSet, context, tally) {
     counts.read += 1;
     return batch.add({ ...todo[i], code: null }, pack);
   };
-  const onFailure = (_, error, i) => {
+  const onFailure = async (_, error, i) => {
     counts.failed += 1;
     const { path: file, size } = todo[i];
-    return batch.add({ ...todo[i], code: error.code }, packFailure(file, error, size));
+    const hasRows = dataSet.known(file)?.code === null;
+    if (hasRows && PASSING.includes(error.code)) return; // the earlier rows stay
+    await batch.add({ ...todo[i], code: error.code }, packFailure(file, error, size));
   };
   const files = todo.map((replay) => replay.path);
   try {
@@ -124,12 +130,21 @@ async function run(context) {
 
 async function exportWith(writer, context) {
   const { DataSet } = require('../export/data-set.js');
+  const { options } = context;
+  const shard = options.shard ?? { index: 1, count: 1 };
+  const dataSet = new DataSet(options.out, options.format, `${shard.index}of${shard.count}`, writer);
+  try {
+    await dataSet.open();
+    return await exportInto(dataSet, shard, context);
+  } finally {
+    await dataSet.close();
+  }
+}
+
+async function exportInto(dataSet, shard, context) {
   const { args, options, terminal } = context;
   const [names] = args;
-  const shard = options.shard ?? { index: 1, count: 1 };
   const tally = { status: 0 };
-  const dataSet = new DataSet(options.out, options.format, `${shard.index}of${shard.count}`, writer);
-  await dataSet.open();
   const listed = (await listReplays(names, context, tally)).map((file) => path.resolve(file));
   const replays = listed
     .filter((file) => isInShard(file, shard))
@@ -137,6 +152,7 @@ async function exportWith(writer, context) {
   const todo = options.update
     ? replays.filter((replay) => !isUnchanged(dataSet.known(replay.path), replay, options))
     : replays;
+  dataSet.checkReplaceable(todo.map((replay) => replay.path));
   const { read, failed } = await exportReplays(todo, dataSet, context, tally);
   const unchanged = replays.length - todo.length;
   terminal.write(

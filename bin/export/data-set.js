@@ -5,21 +5,23 @@
 //     _state/part-NAME.json       which replays these are, as they were when they were read, and how many rows each has
 //     _state/commit-SHARD.json    new parts, and old parts that they replace: written when all new parts are complete
 //                                 under temporary names, removed when they have replaced the old ones
+//     _state/lock-SHARD.json      see share-lock.js
 //
 // A run may be interrupted at any moment. If the commit file is there, the next run completes the commit; if not, it
-// deletes the unfinished parts.
+// deletes the unfinished parts. Temporary names end in .tmp: patterns for the tables, such as *.parquet, leave them out.
 
 const fs = require('node:fs');
 const path = require('node:path');
 const { failureOf, usageFailure } = require('../failures.js');
+const { flush, readJson } = require('./files.js');
 const { FORMATS } = require('./formats.js');
 const partFiles = require('./part-files.js');
+const { lockShare } = require('./share-lock.js');
 
 const { TABLE_NAMES } = partFiles;
+const FOLDERS = [...TABLE_NAMES, '_state'];
 const PART = /^part-(\d+of\d+)-(\d+)\.json$/;
 const TABLE_FILE = /^part-\d+of\d+-\d+\.(\w+)$/;
-
-const readJson = (file) => JSON.parse(fs.readFileSync(file, 'utf8'));
 
 // Turns a failure into one that the command line knows.
 function writing(action) {
@@ -38,8 +40,9 @@ class DataSet {
   #parts = new Map(); // name -> what its state file holds
   #owners = new Map(); // path of a replay -> { part, size, mtimeMs, code }
   #lastNumber = 0;
+  #release = () => {}; // gives the lock back
 
-  // shard: "1of1" or another share. Nobody else may write the same share at the same time. writer: writes the tables.
+  // shard: "1of1" or another share. writer: writes the tables.
   constructor(folder, format, shard, writer = partFiles) {
     this.#folder = folder;
     this.#format = format;
@@ -47,11 +50,12 @@ class DataSet {
     this.#writer = writer;
   }
 
-  // Makes the folder, or goes on with what is in it.
+  // Makes the folder, or goes on with what is in it. Fails while somebody else is writing the share. close() must follow,
+  // whether it fails or not.
   open() {
     return writing(() => {
-      for (const name of [...TABLE_NAMES, '_state'])
-        fs.mkdirSync(path.join(this.#folder, name), { recursive: true });
+      for (const name of FOLDERS) fs.mkdirSync(path.join(this.#folder, name), { recursive: true });
+      this.#release = lockShare(path.join(this.#folder, '_state'), this.#shard);
       const shards = this.#shardsToRepair();
       for (const shard of shards) this.#complete(shard);
       for (const shard of shards) this.#removeTemporaries(shard);
@@ -60,9 +64,24 @@ class DataSet {
     });
   }
 
+  close() {
+    return writing(this.#release);
+  }
+
   // How the replay at this absolute path was when it was read: { size, mtimeMs, code }; undefined if it was not.
   known(file) {
     return this.#owners.get(file);
+  }
+
+  // Fails if a share would have to replace rows of a run without shares: the other shares may need the same part.
+  checkReplaceable(files) {
+    if (this.#shard === '1of1') return;
+    const isJoined = (file) => this.#owners.get(file)?.part.startsWith('part-1of1-');
+    const found = files.find(isJoined);
+    if (found === undefined) return;
+    throw usageFailure(
+      `${found} was exported without --shard: go on without it, or export into a new folder`,
+    );
   }
 
   // Adds replays, a list of { path, size, mtimeMs, code, rows }, and replaces what is known of them. rows: how many
@@ -70,25 +89,43 @@ class DataSet {
   commit(replays, packs) {
     return writing(async () => {
       this.#checkFiles();
-      const paths = new Set(replays.map((replay) => replay.path));
-      const stale = this.#partsOf(paths);
-      const add = [await this.#writePart(replays, packs)];
-      for (const name of stale) {
-        const kept = await this.#writeRest(name, paths);
-        if (kept !== undefined) add.push(kept);
-      }
-      const commit = { format: this.#format, add, remove: [...stale] };
-      this.#replaceFile(this.#commitFile(), commit);
-      this.#apply(commit);
-      for (const name of stale) this.#parts.delete(name);
-      for (const name of add) this.#know(name, readJson(this.#stateFile(name)));
+      const commit = await this.#prepare(replays, packs).catch((error) => this.#giveUp(error));
+      if (!this.#apply(commit))
+        throw failureOf('ERR_OUTPUT', `somebody else has deleted new files in ${this.#folder}`);
+      for (const name of commit.remove) this.#parts.delete(name);
+      for (const name of commit.add) this.#know(name);
     });
   }
 
-  // Without shards nobody else is at work, so the commits of other shards are completed too.
+  // Writes the new parts under temporary names, and the commit file.
+  async #prepare(replays, packs) {
+    const paths = new Set(replays.map((replay) => replay.path));
+    const stale = this.#partsOf(paths);
+    const add = [await this.#writePart(replays, packs)];
+    for (const name of stale) {
+      const kept = await this.#writeRest(name, paths);
+      if (kept !== undefined) add.push(kept);
+    }
+    const commit = { format: this.#format, add, remove: [...stale] };
+    this.#writeTemporary(this.#commitFile(), commit);
+    fs.renameSync(this.#temporary(this.#commitFile()), this.#commitFile());
+    return commit;
+  }
+
+  // Half files would only fill a full disk.
+  #giveUp(error) {
+    try {
+      this.#removeTemporaries(this.#shard);
+    } catch {
+      // the first failure is the one to tell
+    }
+    throw error;
+  }
+
+  // Without shards nobody else is at work, so what other shards left is completed or deleted too.
   #shardsToRepair() {
     if (this.#shard !== '1of1') return [this.#shard];
-    const names = fs.readdirSync(path.join(this.#folder, '_state'));
+    const names = FOLDERS.flatMap((name) => fs.readdirSync(path.join(this.#folder, name)));
     const found = names.map((name) => /^(?:commit-|\.)(\d+of\d+)[.~]/.exec(name)?.[1]).filter(Boolean);
     return [...new Set([this.#shard, ...found])];
   }
@@ -96,7 +133,7 @@ class DataSet {
   #complete(shard) {
     const file = this.#commitFile(shard);
     if (!fs.existsSync(file)) return;
-    const commit = readJson(file);
+    const commit = readJson(file, 'export into a new folder');
     this.#checkFormat(commit.format);
     this.#apply(commit, shard);
   }
@@ -136,31 +173,32 @@ class DataSet {
     return [...this.#tableFiles(part), this.#stateFile(part)];
   }
 
-  // Other programs and this one ignore such names.
   #temporary(file, shard = this.#shard) {
-    return path.join(path.dirname(file), `.${shard}~${path.basename(file)}`);
+    return path.join(path.dirname(file), `.${shard}~${path.basename(file)}.tmp`);
   }
 
-  #replaceFile(file, content) {
+  #writeTemporary(file, content) {
     const temporary = this.#temporary(file);
     fs.writeFileSync(temporary, JSON.stringify(content));
-    fs.renameSync(temporary, file);
+    flush(temporary);
   }
 
-  // Can be repeated after an interruption: new parts appear before the old ones go.
+  // Can be repeated after an interruption: new parts appear before the old ones go. False if files of the new parts are
+  // missing: then the rest of them goes, and the old ones stay.
   #apply({ add, remove }, shard = this.#shard) {
-    for (const file of add.flatMap((part) => this.#filesOf(part))) {
-      const temporary = this.#temporary(file, shard);
-      if (fs.existsSync(temporary)) fs.renameSync(temporary, file);
-      else if (!fs.existsSync(file))
-        throw failureOf('ERR_OUTPUT', `${file} is missing: another run has written here`);
-    }
-    for (const file of remove.flatMap((part) => this.#filesOf(part))) fs.rmSync(file, { force: true });
+    const added = add.flatMap((part) => this.#filesOf(part));
+    const isTemporary = (file) => fs.existsSync(this.#temporary(file, shard));
+    const isWhole = added.every((file) => isTemporary(file) || fs.existsSync(file));
+    const renamed = isWhole ? added.filter(isTemporary) : [];
+    const gone = isWhole ? remove.flatMap((part) => this.#filesOf(part)) : added;
+    for (const file of renamed) fs.renameSync(this.#temporary(file, shard), file);
+    for (const file of gone) fs.rmSync(file, { force: true });
     fs.rmSync(this.#commitFile(shard), { force: true });
+    return isWhole;
   }
 
   #removeTemporaries(shard) {
-    for (const name of [...TABLE_NAMES, '_state']) {
+    for (const name of FOLDERS) {
       const folder = path.join(this.#folder, name);
       for (const file of fs.readdirSync(folder)) {
         if (file.startsWith(`.${shard}~`)) fs.rmSync(path.join(folder, file), { force: true });
@@ -168,10 +206,14 @@ class DataSet {
     }
   }
 
-  // The other shards of the same number have other replays, and may be at work.
+  // Whether the parts of a share matter here. Other shares of the same number have other replays, and may be at work.
   #concerns(shard) {
-    const [, count] = this.#shard.split('of');
-    return shard === this.#shard || count === '1' || shard.split('of')[1] !== count;
+    if ([shard, this.#shard].includes('1of1') || shard === this.#shard) return true;
+    const [own, other] = [this.#shard, shard].map((each) => each.split('of')[1]);
+    if (own === other) return false;
+    throw usageFailure(
+      `${this.#folder} was written with another --shard, i/${other}: use that, or export into a new folder`,
+    );
   }
 
   #load() {
@@ -179,12 +221,13 @@ class DataSet {
       const [, shard, number] = PART.exec(file) ?? [];
       if (shard === undefined || !this.#concerns(shard)) continue;
       if (shard === this.#shard) this.#lastNumber = Math.max(this.#lastNumber, Number(number));
-      const part = path.basename(file, '.json');
-      this.#know(part, readJson(this.#stateFile(part)));
+      this.#know(path.basename(file, '.json'));
     }
   }
 
-  #know(part, state) {
+  #know(part) {
+    const advice = `delete ${part}.* in all folders of ${this.#folder}, and export again`;
+    const state = readJson(this.#stateFile(part), advice);
     this.#checkFormat(state.format);
     this.#parts.set(part, state);
     for (const { path: file, ...was } of state.replays) this.#owners.set(file, { part, ...was });
@@ -197,10 +240,6 @@ class DataSet {
       const part = this.#owners.get(file)?.part;
       if (part !== undefined) parts.add(part);
     }
-    for (const part of parts) {
-      const isOwn = part.startsWith(`part-${this.#shard}-`) || this.#shard === '1of1';
-      if (!isOwn) throw usageFailure(`${part} was written with another --shard: run once without --shard`);
-    }
     return parts;
   }
 
@@ -210,8 +249,7 @@ class DataSet {
   }
 
   #writeState(part, replays) {
-    const state = { format: this.#format, replays };
-    fs.writeFileSync(this.#temporary(this.#stateFile(part)), JSON.stringify(state));
+    this.#writeTemporary(this.#stateFile(part), { format: this.#format, replays });
   }
 
   #temporaryTables(part) {

@@ -2,6 +2,7 @@
 // The files of a part: a file for each table.
 
 const { cellsOf } = require('./cells.js');
+const { flush } = require('./files.js');
 const { FORMATS } = require('./formats.js');
 const { TABLES } = require('./tables.js');
 
@@ -12,6 +13,7 @@ async function writeTables(format, files, packs) {
   const cells = cellsOf(packs);
   for (const [i, table] of TABLE_NAMES.entries()) {
     await FORMATS[format].write(files[i], TABLES[table], cells[table]);
+    flush(files[i]);
   }
 }
 
@@ -19,6 +21,7 @@ async function writeTables(format, files, packs) {
 async function copyTables(format, sources, targets, kept) {
   for (const [i, table] of TABLE_NAMES.entries()) {
     await FORMATS[format].copy(sources[i], targets[i], TABLES[table], (row) => kept[i][row]);
+    flush(targets[i]);
   }
 }
 

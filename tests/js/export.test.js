@@ -3,6 +3,7 @@
 
 const assert = require('node:assert/strict');
 const fs = require('node:fs');
+const os = require('node:os');
 const path = require('node:path');
 const { test } = require('node:test');
 const { DataSet } = require('../../bin/export/data-set.js');
@@ -153,7 +154,7 @@ function updated(from, out, ...more) {
   return [status, stderr.match(/\d+ read, \d+ failed, \d+ unchanged/)?.[0]];
 }
 
-test('an update reads again what failed and may fare better now', () => {
+test('an update reads again what failed and may fare better now', async () => {
   const own = inFolder('failing');
   const update = (...more) => updated(own, inFolder('failed'), '--format', 'csv', '--update', ...more);
   fs.mkdirSync(own);
@@ -164,6 +165,12 @@ test('an update reads again what failed and may fare better now', () => {
   const noKey = w.replay({ bEncrypted: 1 }, w.eventChunk({ data: w.skipped(16) }));
   fs.writeFileSync(path.join(own, 'encrypted.replay'), noKey);
   for (let i = 0; i < 2; ++i) assert.deepEqual(update(), [6, '0 read, 1 failed, 1 unchanged']);
+  const noPath = path.join(own, 'x'.repeat(300));
+  assert.deepEqual(update(noPath), [6, '0 read, 2 failed, 1 unchanged']);
+  // Rows that were read stay when a failure may pass.
+  fs.writeFileSync(path.join(own, 'cut.replay'), noKey);
+  for (let i = 0; i < 2; ++i) assert.deepEqual(update(), [6, '0 read, 2 failed, 0 unchanged']);
+  assert.equal((await rowsOf(inFolder('failed'), 'matches', 'csv')).length, 1);
 });
 
 for (const extension of extensions) {
@@ -212,17 +219,49 @@ test('four shards at once write the rows of one run', async () => {
     [4],
   );
   await assertSameRows(four, one, 'ndjson');
-  for (const [more, text] of [
-    [['csv'], /holds an export as ndjson/],
-    [['ndjson', '--shard', '1/3'], /was written with another --shard/],
+  for (const [out, more, text] of [
+    [four, ['csv'], /holds an export as ndjson/],
+    [four, ['ndjson', '--shard', '1/3'], /was written with another --shard/],
+    [one, ['ndjson', '--shard', '1/4'], /export into a new folder/],
   ]) {
-    const { status, stderr } = exported(four, '--format', ...more);
+    const { status, stderr } = exported(out, '--format', ...more);
     assert.deepEqual([status, text.test(stderr)], [2, true], stderr);
   }
   const two = inFolder('two');
   exported(two, '--format', 'ndjson', '--shard', '1/2');
   const { status, stderr } = exported(two, '--format', 'csv', '--shard', '2/2');
   assert.deepEqual([status, /holds an export as ndjson/.test(stderr)], [2, true]);
+});
+
+test('a share has one writer at a time, and damaged files are named', async () => {
+  const other = start(process.execPath, ['-e', 'setTimeout(() => {}, 1e6)']);
+  const host = os.hostname();
+  const living = { pid: other.child.pid, host };
+  const assertOpened = async (name, content, shard, message) => {
+    const out = fs.mkdtempSync(inFolder('locked-'));
+    fs.mkdirSync(path.join(out, '_state'));
+    fs.writeFileSync(path.join(out, '_state', name), content);
+    const dataSet = new DataSet(out, 'ndjson', shard);
+    const opened = dataSet.open().finally(() => dataSet.close());
+    if (message) await assert.rejects(opened, { code: 'ERR_OUTPUT', message });
+    else await opened;
+    return fs.readdirSync(path.join(out, '_state'));
+  };
+  for (const [held, shard, holder, message] of [
+    ['1of1', '1of1', living, new RegExp(`process ${living.pid} on ${host} `)],
+    ['2of4', '1of1', living, /lock-2of4/],
+    ['1of1', '2of4', living, /lock-1of1/],
+    ['1of4', '2of4', living],
+    ['1of1', '1of1', { ...living, host: `${host}-2` }, /-2 is writing/],
+  ]) {
+    const lock = `lock-${held}.json`;
+    assert.deepEqual(await assertOpened(lock, JSON.stringify(holder), shard, message), [lock]);
+  }
+  other.child.kill();
+  await other.ended;
+  assert.deepEqual(await assertOpened('lock-1of1.json', JSON.stringify(living), '1of1'), []);
+  for (const name of ['lock-1of1.json', 'commit-1of1.json', 'part-1of1-000001.json'])
+    await assertOpened(name, '', '1of1', new RegExp(`${name} is damaged: `));
 });
 
 test('a run that is interrupted at any moment loses nothing, and the next one completes it', async () => {
@@ -244,12 +283,12 @@ test('a run that is interrupted at any moment loses nothing, and the next one co
     (await rowsOf(out, 'failures', 'ndjson')).map((line) => JSON.parse(line).reason).sort();
   const calls = ['writeFileSync', 'renameSync', 'rmSync'];
   const originals = calls.map((call) => fs[call]);
-  // The moment before the n-th change of the folder; returns whether it came.
-  const interrupted = async (n, action) => {
+  // Fails at the n-th change of the folder, and at all later ones if it stops there; returns whether it came to that.
+  const interrupted = async (n, stops, action) => {
     let left = n;
     calls.forEach((call, i) => {
       fs[call] = (...args) => {
-        if (--left <= 0) throw new Error('interrupted');
+        if (--left === 0 || (stops && left < 0)) throw new Error('interrupted');
         return originals[i](...args);
       };
     });
@@ -258,24 +297,35 @@ test('a run that is interrupted at any moment loses nothing, and the next one co
     return left <= 0;
   };
   let moments = 0;
-  for (let n = 1, came = true; came; ++n) {
-    const out = inFolder(`interrupted-${n}`);
-    const first = await opened(out);
-    await put(first, { a: 'a1', b: 'b1', c: 'c1' });
-    const next = { b: 'b2', d: 'd2' };
-    came = await interrupted(n, () => put(first, next));
-    moments += Number(came);
-    const again = await opened(out);
-    const isThere = again.known('d') !== undefined;
-    assert.deepEqual(
-      await reasons(out),
-      isThere ? ['a1', 'b2', 'c1', 'd2'] : ['a1', 'b1', 'c1'],
-      `moment ${n}`,
-    );
-    await put(again, next);
-    assert.deepEqual(await reasons(out), ['a1', 'b2', 'c1', 'd2'], `moment ${n}`);
-    const left = fs.readdirSync(out, { recursive: true }).filter((name) => /[~]|commit/.test(name));
-    assert.deepEqual(left, [], `moment ${n}`);
+  for (const mode of ['stopped', 'lost', 'full']) {
+    for (let n = 1, came = true; came; ++n) {
+      const out = inFolder(`${mode}-${n}`);
+      fs.mkdirSync(path.join(out, 'matches'), { recursive: true });
+      fs.writeFileSync(path.join(out, 'matches', '.2of3~part-2of3-000001.ndjson.tmp'), '');
+      const first = await opened(out);
+      await put(first, { a: 'a1', b: 'b1', c: 'c1' });
+      const next = { b: 'b2', d: 'd2' };
+      came = await interrupted(n, mode !== 'full', () => put(first, next));
+      moments += Number(came);
+      const files = fs.readdirSync(out, { recursive: true }).map((name) => path.join(out, name));
+      // What is not complete matches none of the tables' patterns.
+      const halves = files.filter((file) => path.basename(file).startsWith('.'));
+      assert.ok(halves.every((file) => file.endsWith('.tmp')));
+      if (mode === 'full' && halves.length > 0)
+        assert.ok(files.some((file) => /commit-1of1.json$/.test(file)));
+      if (mode === 'lost' && halves.length > 0) fs.rmSync(halves[0]);
+      const again = await opened(out);
+      const isThere = again.known('d') !== undefined;
+      assert.deepEqual(
+        await reasons(out),
+        isThere ? ['a1', 'b2', 'c1', 'd2'] : ['a1', 'b1', 'c1'],
+        `${mode}, moment ${n}`,
+      );
+      await put(again, next);
+      assert.deepEqual(await reasons(out), ['a1', 'b2', 'c1', 'd2'], `${mode}, moment ${n}`);
+      const left = fs.readdirSync(out, { recursive: true }).filter((name) => /[~]|commit/.test(name));
+      assert.deepEqual(left, [], `${mode}, moment ${n}`);
+    }
   }
-  assert.ok(moments > 15, `${moments} moments`);
+  assert.ok(moments > 45, `${moments} moments`);
 });
