@@ -18,8 +18,8 @@ function checkEqual(text, expected) {
   assert.deepEqual(JSON.parse(Buffer.from(text, 'latin1').toString('utf8')), JSON.parse(expected));
 }
 
-// Milliseconds so far: of processor time, which other programs on the machine hardly change; of time, where the system
-// counts processor time in steps longer than a read.
+// Milliseconds of processor time so far: other programs on the machine hardly change it. Windows counts processor time
+// in steps longer than a read, so there it is elapsed time.
 function clock() {
   if (process.platform === 'win32') return performance.now();
   const { user, system } = process.cpuUsage();

@@ -1,6 +1,11 @@
-// The LZ decoder's entries. Settings: 1 byte of flags (1 refuse unsafe compressors, 2 check values asked for,
-// 4 every line logged, 8 a dictionary block stands before the output, 16 the caller's decoder memory, 32 in
-// two thread phases, 64 the progress callback cancels), 3 bytes of raw length. The rest is the stream.
+// The LZ decoder's entries. The input is 1 byte of flags, 3 bytes of raw length, then the stream. Flags:
+//    1  unsafe compressors are refused
+//    2  check values are asked for
+//    4  every line is logged
+//    8  a dictionary block stands before the output
+//   16  the caller gives the decoder memory
+//   32  two thread phases
+//   64  the progress callback cancels
 #include "lz-target.h"
 
 namespace {

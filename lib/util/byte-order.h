@@ -1,4 +1,4 @@
-// Loads numbers from bytes. All code uses these functions.
+// Loads numbers from bytes. All code uses these functions, but the LZ decoder, which stands alone.
 #pragma once
 
 #include <bit>

@@ -8,9 +8,11 @@
 
 namespace orvel::util::data {
 
-// Decrypts all of data in place: AES in ECB mode (FIPS-197, SP 800-38A); padding stays. Returns false and
-// empties data if data is empty, or, after a line on standard output, if its length is no multiple of 16 or
-// the key has not 16, 24 or 32 bytes. Any thread.
+// Decrypts all of data in place: AES in ECB mode (FIPS-197, SP 800-38A); padding stays. Any thread.
+// Returns false and empties data:
+// - if data is empty;
+// - if its length is no multiple of 16, or the key has not 16, 24 or 32 bytes. This is told on standard
+// output.
 bool decrypt(std::vector<std::uint8_t>& data, const AesKey& key);
 
 // Decodes compressedSize bytes into out, which already has the decompressed size. Returns false, after a line

@@ -92,7 +92,8 @@ DiskFile::~DiskFile() {
     if (ToHandle(m_handle) != INVALID_HANDLE_VALUE) CloseHandle(ToHandle(m_handle));
 }
 
-// With the position set first: a read that brings its own (OVERLAPPED) takes Wine 13 us in place of 1.1 us.
+// With the position set first: a read that brings its own (OVERLAPPED) takes 13 us under Wine in place of
+// 1.1 us. Windows itself was not measured.
 std::ptrdiff_t DiskFile::ReadAt(std::int64_t position, char* to, std::size_t count) const {
     constexpr std::size_t kMostAtOnce = 1 << 30;  // a DWORD counts the bytes of one call
     LARGE_INTEGER from;

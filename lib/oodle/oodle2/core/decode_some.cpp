@@ -34,7 +34,7 @@ StepStatus Failed(LogText text) {
 }
 
 // Repeats the `distance` bytes before `out` until `length` bytes are written.
-void CopyPattern(std::uint8_t* out, std::size_t distance, std::size_t length) {
+void RepeatBytes(std::uint8_t* out, std::size_t distance, std::size_t length) {
     const std::uint8_t* const from = out - distance;
     while (length > 0) {
         const std::size_t step = std::min(length, static_cast<std::size_t>(out - from));
@@ -196,7 +196,7 @@ bool Step::WriteSimple(const QuantumHeader& header) const {
     if (!m_context.phases.write) return true;
     switch (header.kind) {
         case QuantumKind::WholeMatch:
-            CopyPattern(m_context.Out(), static_cast<std::size_t>(header.distance), m_rawLen);
+            RepeatBytes(m_context.Out(), static_cast<std::size_t>(header.distance), m_rawLen);
             break;
         case QuantumKind::Memset:
             std::memset(m_context.Out(), header.fill, m_rawLen);

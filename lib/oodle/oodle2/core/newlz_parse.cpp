@@ -13,7 +13,7 @@
 namespace oo2 {
 namespace {
 
-// Offsets have 32 bits. No match reaches back further than this, so kOffsetTooFar is beyond every window.
+// No match reaches back further than this. So the offset kOffsetTooFar is beyond every window.
 constexpr std::size_t kLongestReach = kOffsetTooFar - 1 - kMaxChunkLen;
 
 // Whether there are as many offsets and excesses as all commands together take. After this check no other is

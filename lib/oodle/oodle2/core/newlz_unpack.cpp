@@ -27,15 +27,14 @@ const char* LiteralModeName(unsigned mode) {
 
 // The payload of an LZ chunk:
 //   8 bytes           only at a window's start: the first raw bytes
-//   1 or 2 bytes      optional, if bit 7 of the first is set: the number of excess bytes. Bit 6 is 0; bits
-//   0-5
-//                     are the number c; if c is 32 or more, a byte b follows, and the number is c + 32 * b
+//   1 or 2 bytes      optional, if bit 7 of the first is set: the number of excess bytes. Bit 6 is 0;
+//                     bits 0 to 5 are the number c; if c is 32 or more, a byte b follows, and the number
+//                     is c + 32 * b
 //   array             literals
 //   array             commands, one byte each
 //   array             if its first byte is below 0x80: offset codes in the single form
-//   or 1 byte, array  the byte is the offsets' modulus plus 0x7F, the array their codes; if the modulus is
-//   more
-//                     than 1, a second array has as many low parts
+//   or 1 byte, array  the byte is the offsets' modulus plus 0x7F, the array their codes; if the modulus
+//                     is more than 1, a second array has as many low parts
 //   array             excess codes
 //   the rest          the raw bits of offsets and excesses
 class Unpacker {

@@ -56,7 +56,7 @@ void ReplayParser::NoteUnread() {
 }
 
 void ReplayParser::ParseHeaderChunk() {
-    // The last read may have hit the end of the file; the scan of the chunk table always does.
+    // A cut chunk at the end of the table leaves the stream failed.
     Reader().clear();
     const auto index = static_cast<std::size_t>(FileInfo().HeaderChunkIndex);
     Reader().seekg(FileInfo().Chunks[index].DataOffset);
@@ -101,8 +101,8 @@ void ReplayParser::ParseEvent(const ue4::FLocalFileEventInfo& info) {
 std::string ReplayParser::TakeText(nlohmann::json::error_handler_t handler) {
     const bool isStrict = handler == nlohmann::json::error_handler_t::strict;
     if (m_events.InvalidText()) {
-        // For the first text in the document that is not UTF-8, the library throws. So the events' invalid
-        // text goes to the place of the events.
+        // The library throws for the first text that is not UTF-8. To find the right one, it needs the
+        // events' first such text in the events' place.
         nlohmann::json& events = m_document.json["events"] = nlohmann::json::array();
         if (isStrict) events.push_back(*m_events.InvalidText());
     }

@@ -48,8 +48,8 @@ class ReplayParser : public ue4::FArchiveReader {
     // Callers may add members.
     nlohmann::json& Document() { return m_document.json; }
     // The whole document as JSON text in UTF-8: keys sorted, one blank of indent per level, characters beyond
-    // ASCII as they are. Call it once: it moves the events out. A string that is not UTF-8 throws
-    // nlohmann::json's type_error, or gets U+FFFD in it, as the handler says.
+    // ASCII as they are. A string that is not UTF-8 throws nlohmann::json's type_error, or gets U+FFFD in it,
+    // as the handler says. Call it once, and again only after it has thrown: it moves the events out.
     std::string TakeText(nlohmann::json::error_handler_t handler = nlohmann::json::error_handler_t::strict);
 
     const ue4::ReplayFileInfo& FileInfo() const { return m_streamer.Info(); }

@@ -150,9 +150,9 @@ void FLocalFileNetworkReplayStreamer::ReadChunkTable() {
     try {
         // Offsets are computed: asking the stream costs more.
         std::int64_t offset = m_archive.Reader().tellg();
-        while (!m_archive.Reader().eof()) {
+        for (;;) {
             if (offset <= m_info.TotalDataSizeInBytes) m_info.TableEnd = offset;
-            // The usual end. To read on would throw, which takes as long as reading ten events.
+            // To read on would throw, which takes as long as reading ten events.
             if (offset >= m_info.TotalDataSizeInBytes) return;
             const ReplayChunkInfo chunk = ReadChunkHead(offset);
             if (!ReadChunkPayload(chunk) || chunk.SizeInBytes < 0) return;
@@ -160,7 +160,7 @@ void FLocalFileNetworkReplayStreamer::ReadChunkTable() {
             m_archive.Reader().seekg(offset);
         }
     } catch (const std::ios_base::failure&) {
-        // Usually the end of the file. Any other failure ends the table too; otherwise the scan might never
+        // A chunk that is cut, or a device that fails. Both end the table; otherwise the scan might never
         // end.
     }
 }
