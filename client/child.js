@@ -71,6 +71,20 @@ function answerTo(order) {
   return order.reduce === undefined || result.code !== undefined ? result : reduced(result, order);
 }
 
+// Such as those of a text or an answer that is too long to be made.
+const isOutOfMemory = ({ name, code, message }) =>
+  name === 'RangeError' || code === 'ERR_STRING_TOO_LONG' || message.includes('out of memory');
+
+// What goes wrong with one file must not end the child. The reading tells its own failures.
+function work(order) {
+  try {
+    answer(answerTo(order));
+  } catch (error) {
+    const code = isOutOfMemory(error) ? 'ERR_OUT_OF_MEMORY' : 'ERR_CORRUPT';
+    answer({ code, reason: `nothing can be made of the document: ${error.message}` });
+  }
+}
+
 function watch({ folder, key, maxDocumentBytes }) {
   const onResult = (text, path, code) => {
     const result = code ? readFailure({ code, message: text }, path) : limited({ text }, maxDocumentBytes);
@@ -89,7 +103,7 @@ function answer(message) {
   process.send(message, () => {});
 }
 
-process.on('message', (order) => (order.path === undefined ? watch(order) : answer(answerTo(order))));
+process.on('message', (order) => (order.path === undefined ? watch(order) : work(order)));
 process.on('disconnect', () => process.exit());
 // A terminal's interrupt reaches parent and child. The parent decides.
 for (const signal of ['SIGINT', 'SIGHUP']) process.on(signal, () => {});

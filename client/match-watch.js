@@ -14,9 +14,10 @@ const ENDED_KEPT = 100;
 class Recording {
   #known = 0; // events that have been told
   #text; // of the latest document: it has all digits of the time
-  #wasLive = false;
+  #isClosed = false;
 
   isOver = false;
+  hasClosed = false; // whether the latest result tells that the game has closed the file
 
   get isLive() {
     return Boolean(this.document.ReplayFileMeta.bIsLive);
@@ -28,24 +29,20 @@ class Recording {
 
   // The events of a document without "Creation" follow those that are there; with it, they are all.
   take(path, document, text) {
+    const wasLive = this.document !== undefined && this.isLive;
     const events = document.Creation ? [] : (this.document.events ?? []);
     this.document = { ...this.document, ...document, events: [...events, ...(document.events ?? [])] };
     this.path = path;
     this.#text = text;
-  }
-
-  // True once, when the game has closed the file.
-  hasClosed() {
-    const isLive = Boolean(this.document.ReplayFileMeta.bIsLive);
-    const hasClosed = this.#wasLive && !isLive;
-    this.#wasLive = isLive;
-    return hasClosed;
+    this.hasClosed = wasLive && !this.isLive;
+    this.#isClosed = !this.isLive && (wasLive || this.#isClosed);
   }
 
   // The match as it is now, and those of its eliminations that have not been told.
   tell(type, damageNames) {
     const { events = [] } = this.document;
     const match = matchOf(this.document, { path: this.path, text: this.#text, damageNames });
+    if (this.#isClosed) match.state = 'complete';
     const news = new Set(events.slice(this.#known));
     const ordered = events.filter(({ evtName }) => evtName === 'playerElim');
     ordered.sort((a, b) => a.eventMeta.time1 - b.eventMeta.time1);
@@ -82,7 +79,7 @@ class Recordings {
     if (!recording.isOver || recording.hasNews || recording.isLive) this.#wake(recording);
     if (known === undefined) yield this.#tell(recording, 'start');
     else if (recording.hasNews) yield this.#tell(recording, 'events');
-    if (recording.hasClosed()) yield this.#end(recording);
+    if (recording.hasClosed) yield this.#end(recording);
   }
 
   // Milliseconds until a match ends for lack of changes; undefined if none can.

@@ -20,7 +20,7 @@ export interface Match {
   settings: Record<string, string | null>;
   /** `null` without a header. */
   engine: MatchEngine | null;
-  /** `null` where nothing is known of the reading. */
+  /** `null` where nothing is known of the reading. A watch says `'complete'` once it has seen the game close the file. */
   state: MatchState | null;
   /** What is missing or odd, one English sentence each. */
   warnings: string[];

@@ -50,8 +50,19 @@ async function read(pool, make, path, { key, maxDocumentBytes, signal, timeout, 
   return pool.run(request, { path: name, signal, timeout, finish: (answer) => make(answer, name, more) });
 }
 
+let reduceMatches; // set by the class, whose private parts it needs
+
 // A set of child processes of its own. The package's functions belong to one client that is made of the defaults.
 class ReplayClient {
+  // For the command line only: as readMatches(), but each `match` is what reduce(match) of a module makes of it, in the
+  // child. reduce: the module's absolute path. What it returns must be such as can be cloned.
+  static {
+    reduceMatches = (paths, reduce, limits) => {
+      const limitsOf = (...given) => ({ ...options.matchLimits(...given), reduce });
+      return new ReplayClient().#readMany('match', reducedOf, paths, limitsOf, limits);
+    };
+  }
+
   #concurrency;
   #execPath;
   #open = new Set(); // what close() has to close
@@ -96,13 +107,6 @@ class ReplayClient {
   // The same for many, as readReplays(): yields { path, match } or { path, error }.
   readMatches(paths, limits) {
     return this.#readMany('match', matchOfAnswer, paths, options.matchLimits, limits);
-  }
-
-  // For the command line: as readMatches(), but each `match` is what reduce(match) of a module makes of it, in the child.
-  // reduce: the module's absolute path. What it returns must be such as can be cloned.
-  reduceMatches(paths, reduce, limits) {
-    const limitsOf = (...given) => ({ ...options.matchLimits(...given), reduce });
-    return this.#readMany('match', reducedOf, paths, limitsOf, limits);
   }
 
   // A ReplayWatch over a folder. Throws ERR_INVALID_ARGUMENT.
@@ -165,4 +169,4 @@ class ReplayClient {
 
 if (Symbol.asyncDispose) ReplayClient.prototype[Symbol.asyncDispose] = ReplayClient.prototype.close;
 
-module.exports = { ReplayClient };
+module.exports = { ReplayClient, reduceMatches };

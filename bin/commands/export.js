@@ -5,7 +5,7 @@ const { createHash } = require('node:crypto');
 const fs = require('node:fs');
 const path = require('node:path');
 const { InvalidArgumentError, Option } = require('commander');
-const { ReplayClient } = require('../../client');
+const { reduceMatches } = require('../../client/replay-client.js');
 const { TABLES } = require('../export/tables.js');
 const { packFailure } = require('../export/packed-match.js');
 const { eachMatch, listReplays, withReading } = require('../matches.js');
@@ -92,7 +92,7 @@ class Batch {
 
 // The children make the packs, with all processors.
 const readPacks = (files, options) =>
-  new ReplayClient().reduceMatches(files, require.resolve('../export/packed-match.js'), options);
+  reduceMatches(files, require.resolve('../export/packed-match.js'), options);
 
 // Reads the replays into the data set. Resolves with the numbers of replays and failures.
 async function exportReplays(todo, dataSet, context, tally) {

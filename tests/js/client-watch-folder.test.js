@@ -38,17 +38,17 @@ test('a match is told from its start to its end, whatever its file is called', a
   const told = watchMatches(() => watch);
   const next = async () => {
     const { path: name, type, match, added, error } = (await told.next()).value;
-    const what = match && [match.eliminations.length, added.map(({ timeMs }) => timeMs)];
+    const what = match && [match.state, match.eliminations.length, added.map(({ timeMs }) => timeMs)];
     return [path.basename(name), type, ...(what ?? [error.code])];
   };
 
   put('a.replay', w.replay({ ...info, bIsLive: 1 }), w.headerChunk(), elimination(20, 'Zoë'));
-  assert.deepEqual(await next(), ['a.replay', 'start', 1, [20]]);
+  assert.deepEqual(await next(), ['a.replay', 'start', 'recording', 1, [20]]);
   fs.appendFileSync(file('a.replay'), elimination(10, 'A'));
-  assert.deepEqual(await next(), ['a.replay', 'events', 2, [10]]);
+  assert.deepEqual(await next(), ['a.replay', 'events', 'recording', 2, [10]]);
   fs.renameSync(file('a.replay'), file('b.replay'));
   fs.appendFileSync(file('b.replay'), elimination(30, 'B'));
-  assert.deepEqual(await next(), ['b.replay', 'events', 3, [30]]);
+  assert.deepEqual(await next(), ['b.replay', 'events', 'recording', 3, [30]]);
 
   put('broken.replay', w.replay().subarray(0, 10));
   assert.deepEqual(await next(), ['broken.replay', 'error', 'ERR_CORRUPT']);
@@ -56,11 +56,11 @@ test('a match is told from its start to its end, whatever its file is called', a
   const game = fs.openSync(file('b.replay'), 'r+');
   fs.writeSync(game, w.u32(0), 0, 4, w.infoBlock({ FileVersion: 1, FriendlyName: '' }).length - 4);
   fs.closeSync(game);
-  assert.deepEqual(await next(), ['b.replay', 'end', 3, []]);
+  assert.deepEqual(await next(), ['b.replay', 'end', 'complete', 3, []]);
 
   // Another replay under the name of one is told from its start.
   put('b.replay', w.replay({ ...info, Timestamp: 1n }), w.headerChunk(), elimination(5, 'C'));
-  assert.deepEqual(await next(), ['b.replay', 'start', 1, [5]]);
+  assert.deepEqual(await next(), ['b.replay', 'start', null, 1, [5]]);
   await told.return();
 });
 

@@ -12,6 +12,7 @@ const w = require('../support/replay-writer.js');
 
 process.env.CORVANE_ADDON = addonPath;
 const { matchOf, readMatch, readMatches } = require('../../client');
+const { reduceMatches } = require('../../client/replay-client.js');
 
 const folder = temporaryFolder();
 const sample = path.join(__dirname, '..', '..', 'samples', 'match.replay');
@@ -168,6 +169,21 @@ test('many are read in order, from any kind of source, and a late path holds not
     assert.deepEqual([match.path, match.settings.SubGame, match.map], [file, mode, map]);
     assert.deepEqual([match.team, match.own.eliminations], [{ place, of: total }, own.kills]);
   }
+});
+
+test('what cannot be made of a match is a failure of its file, and no end of the child', async () => {
+  const reduce = path.join(folder, 'reduce.js');
+  const wrong =
+    "[() => JSON.parse('no'), () => { throw new RangeError('Invalid string length'); }, () => open]";
+  // A new child would begin again with the first of them.
+  fs.writeFileSync(
+    reduce,
+    `const open = () => {}; const all = ${wrong}; exports.reduce = () => all.shift()?.();`,
+  );
+  const codes = [];
+  for await (const { error } of reduceMatches(Array(4).fill(sample), reduce, { concurrency: 1 }))
+    codes.push(error?.code);
+  assert.deepEqual(codes, ['ERR_CORRUPT', 'ERR_OUT_OF_MEMORY', 'ERR_CORRUPT', undefined]);
 });
 
 test('a signal ends the wait for a path; await using ends the children', async () => {
