@@ -4,9 +4,6 @@
 const { printable } = require('./failures.js');
 const { textTable } = require('./text-table.js');
 
-// The engine's world unit is one centimetre.
-const UNITS_PER_METRE = 100;
-
 const digits = (value, count) => String(value).padStart(count, '0');
 
 // 4510123 is 1:15:10.123.
@@ -16,11 +13,7 @@ function clock(milliseconds) {
   return `${hours}:${digits(minutes, 2)}:${digits(seconds % 60, 2)}.${digits(milliseconds % 1000, 3)}`;
 }
 
-function distance(event) {
-  const differences = ['X', 'Y', 'Z'].map((axis) => [event[`killed${axis}`], event[`killer${axis}`]]);
-  if (differences.flat().includes(null)) return '?';
-  return `${(Math.hypot(...differences.map(([a, b]) => a - b)) / UNITS_PER_METRE).toFixed(1)} m`;
-}
+const nameOf = ({ kind, id, name }) => (kind !== 'unknown' && printable(id ?? name ?? 'Unnamed Bot')) || '?';
 
 const COLUMNS = [
   { name: 'TIME', right: true },
@@ -31,13 +24,13 @@ const COLUMNS = [
   { name: 'DAMAGE', right: true },
 ];
 
-const eliminationRow = (event) => [
-  clock(event.eventMeta.time1),
-  printable(event.killer ?? event.killerBot) || '?',
-  event.knocked ? 'knocked down' : 'eliminated',
-  printable(event.killed ?? event.killedBot) || '?',
-  distance(event),
-  String(event.damageType),
+const eliminationRow = ({ timeMs, kind, attacker, victim, distanceM, damageType }) => [
+  clock(timeMs),
+  nameOf(attacker),
+  kind === 'knock' ? 'knocked down' : 'eliminated',
+  nameOf(victim),
+  distanceM === null ? '?' : `${distanceM.toFixed(1)} m`,
+  String(damageType),
 ];
 
 const words = (key) => key.replace(/[A-Z]/g, ' $&').replaceAll('_', ' ').toLowerCase();
@@ -51,11 +44,10 @@ function summary({ evtName, eventMeta, ...figures }) {
   return `${name} at ${clock(eventMeta.time1)}: ${list.join(', ')}\n`;
 }
 
-// The table of the eliminations, then a line for each set of statistics. lineWidth: the terminal's columns.
-function eventTable(events, lineWidth) {
-  const eliminations = events.filter(({ evtName }) => evtName === 'playerElim').map(eliminationRow);
+// The table of a match's eliminations, then a line for each set of statistics. lineWidth: the terminal's columns.
+function eventTable({ eliminations, document: { events = [] } }, lineWidth) {
   const summaries = events.filter(({ evtName }) => evtName !== 'playerElim').map(summary);
-  return [textTable(COLUMNS, eliminations, lineWidth), ...summaries].join('');
+  return [textTable(COLUMNS, eliminations.map(eliminationRow), lineWidth), ...summaries].join('');
 }
 
 module.exports = { clock, eventTable };

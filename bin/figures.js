@@ -148,7 +148,7 @@ const OF_MATCHES = [
   figure('own_damage_per_match', undefined, (group) => group.ownDamage.mean, tenths),
   figure('median_duration_ms', 'LENGTH', (group) => group.durations.median, clock),
   PER_MATCH,
-  ...[DISTANCE, LONGEST],
+  ...[TIME, DISTANCE, LONGEST],
 ];
 
 const OF_PLAYERS = [

@@ -60,10 +60,10 @@ function sorter(text) {
   return { value, compare: isDown ? downwards : compare };
 }
 
-// "12:30" is 12.5; NaN for what is no number.
+// "12:30" is 12.5, "1:12:30" 72.5; NaN for what is no number.
 function numberOf(text) {
-  const [, minutes, seconds] = /^(\d+):(\d\d)$/.exec(text) ?? [];
-  if (minutes !== undefined) return Number(minutes) + Number(seconds) / 60;
+  const [, hours = 0, minutes, seconds] = /^(?:(\d+):)?(\d+):(\d\d)$/.exec(text) ?? [];
+  if (minutes !== undefined) return Number(hours) * 60 + Number(minutes) + Number(seconds) / 60;
   const value = Number(text.replace(/%$/, ''));
   return text.endsWith('%') ? value / 100 : value;
 }

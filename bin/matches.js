@@ -48,7 +48,7 @@ async function eachMatch(replays, context, { tally, onMatch, onFailure = () => {
   const { options, terminal, output } = context;
   const bar = progress(replays.length, terminal, {
     wanted: options.progress !== false,
-    shared: output.shared,
+    shared: wantsData(options, output) && output.stream.isTTY,
   });
   let i = 0;
   try {

@@ -58,7 +58,7 @@ async function namedReplays(name, onFailure) {
     const isFolder = (await statsOf(match))?.isDirectory();
     for (const file of isFolder ? await folderReplays(match, onFailure) : [match]) found.push(file);
   }
-  return found;
+  return [...new Set(found)]; // "**" matches a folder, and also what is in it
 }
 
 async function standardInput(signal) {

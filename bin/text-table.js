@@ -62,4 +62,13 @@ function textTable(columns, rows, lineWidth = Infinity) {
   return table.map((row) => row.map(cell).join(GAP).trimEnd() + '\n').join('');
 }
 
-module.exports = { fitted, textTable };
+// The same without as many of the `spare` columns, the first of them first, as it takes to fit the line.
+function fittingTable(columns, rows, lineWidth = Infinity, [spare, ...others] = []) {
+  const text = textTable(columns, rows, lineWidth);
+  if (spare === undefined || text.split('\n').every((line) => cellWidth(line) <= lineWidth)) return text;
+  const dropped = columns.indexOf(spare);
+  const kept = (list) => list.filter((_, i) => i !== dropped);
+  return fittingTable(kept(columns), rows.map(kept), lineWidth, others);
+}
+
+module.exports = { fitted, fittingTable, textTable };

@@ -11,12 +11,11 @@ async function run(context) {
   const { args, options, output, terminal } = context;
   const reading = readingOf(context);
   delete reading.concurrency; // one file is read
-  const { document, warnings } = await readMatch(args[0], reading);
-  for (const text of warnings) terminal.write(`corvane-replay: warning: ${printable(text)}\n`);
-  const events = document.events ?? [];
+  const match = await readMatch(args[0], reading);
+  for (const text of match.warnings) terminal.write(`corvane-replay: warning: ${printable(text)}\n`);
   if (options.table || !wantsData(options, output))
-    await output.write(eventTable(events, output.stream.columns));
-  else for (const event of events) await output.writeJson(JSON.stringify(event) + '\n');
+    await output.write(eventTable(match, output.stream.columns));
+  else for (const event of match.document.events ?? []) await output.writeJson(JSON.stringify(event) + '\n');
   return 0;
 }
 

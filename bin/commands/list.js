@@ -6,6 +6,9 @@ const { readAll, wantsData, withJson, withReading } = require('../matches.js');
 
 const SHOWN = ['date', 'map', 'mode', 'length', 'place', 'eliminations', 'state', 'path'];
 
+// On a narrow terminal these are left out, the first of them first.
+const SPARE = ['state', 'mode', 'eliminations', 'map'];
+
 const collected = (text, list = []) => [...list, text];
 
 async function run(context) {
@@ -34,12 +37,13 @@ async function run(context) {
 
 function table(rows, lineWidth) {
   const { COLUMNS } = require('../match-columns.js');
-  const { textTable } = require('../text-table.js');
+  const { fittingTable } = require('../text-table.js');
   const columns = SHOWN.map((name) => ({
     ...COLUMNS[name],
     name: COLUMNS[name].label ?? name.toUpperCase(),
   }));
-  return textTable(columns, rows, lineWidth);
+  const spare = SPARE.map((name) => columns[SHOWN.indexOf(name)]);
+  return fittingTable(columns, rows, lineWidth, spare);
 }
 
 module.exports = {

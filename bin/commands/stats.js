@@ -17,10 +17,11 @@ function wholeNumber(text) {
 }
 
 // Each: { figures, sort, isTime, read(context, tally) }, read() resolving with rows as figuresOf() gives them.
-function groupingOf({ by }) {
+function groupingOf({ by, minMatches }) {
   const { FIGURES, Opponents } = require('../opponents.js');
   const { GROUPINGS, Groups, figuresOf } = require('../figures.js');
   if (by === 'opponent') {
+    if (minMatches !== undefined) throw usageFailure('--min-matches does not go with --by opponent');
     const read = (context, tally) => opponents(new Opponents(), context, tally);
     return { figures: FIGURES, sort: FIGURES[0].name, read };
   }
@@ -64,7 +65,8 @@ function sortName({ figures, sort }, options) {
 
 function chosen(rows, isShort, name, options) {
   const { sortFigures } = require('../figures.js');
-  const enough = rows.filter(({ values }) => (values.matches ?? Infinity) >= (options.minMatches ?? 0));
+  const min = options.minMatches;
+  const enough = rows.filter(({ values }) => min === undefined || values.matches >= min);
   return sortFigures(enough, name).slice(0, options.top ?? (isShort ? SHOWN_ON_TERMINAL : Infinity));
 }
 
@@ -81,9 +83,9 @@ function trends(rows, figures) {
 }
 
 // The table, with as many figures from the left as fit.
-function tableOf(rows, { figures }, options, names, width = Infinity) {
+function tableOf(rows, { figures }, options, names, width) {
   const { plain } = require('../figures.js');
-  const { textTable } = require('../text-table.js');
+  const { fittingTable } = require('../text-table.js');
   const shown = figures.filter(({ label }) => label !== undefined);
   const columns = [
     { name: options.by.toUpperCase(), shrinks: ['player', 'opponent'].includes(options.by) },
@@ -93,11 +95,7 @@ function tableOf(rows, { figures }, options, names, width = Infinity) {
     printable(names[key] ?? plain(key)),
     ...shown.map(({ name, text }) => text(values[name])),
   ]);
-  for (let count = columns.length; ; count -= 1) {
-    const cut = lines.map((line) => line.slice(0, count));
-    const text = textTable(columns.slice(0, count), cut, width);
-    if (count <= 2 || text.indexOf('\n') <= width) return text;
-  }
+  return fittingTable(columns, lines, width, columns.slice(2).reverse());
 }
 
 async function run(context) {

@@ -121,6 +121,7 @@ test('a folder stands for its replays, one line each; one without any does not e
     .map((line) => path.basename(JSON.parse(line).Creation.fileName, '.replay'));
   assert.deepEqual([status, names], [3, ['a', 'b', 'c']]);
   assert.equal(stderr, 'corvane-replay: there are no replays in empty\n');
+  assert.equal(cli(['read', 'su[b]/**']).stdout.split('\n').length, 4);
   for (const name of ['b', 'c']) fs.rmSync(inFolder('sub', `${name}.replay`));
   for (const line of [['--ndjson', 'whole.replay'], ['sub']])
     assert.equal(cli(['read', ...line]).stdout.split('\n').length, 2);
@@ -159,6 +160,7 @@ test('the table of events is aligned, and a name cannot steer the terminal', () 
   const events = [
     w.eventChunk({ Time1: 1_234, data: w.playerElim(fields) }),
     w.eventChunk({ Time1: 4_510_123, data: w.playerElim(unknown) }),
+    w.eventChunk({ Time1: 4_510_124, data: w.playerElim({ killedAt: [300, 0, 0], killer: { type: 9 } }) }),
     statsChunk(stats),
     w.eventChunk({ Group: 'AthenaMatchTeamStats', data: w.teamStats(3, 98) }),
   ];
@@ -168,6 +170,7 @@ test('the table of events is aligned, and a name cannot steer the terminal', () 
     `       TIME  WHO          DID           WHOM                              DISTANCE  DAMAGE
 0:00:01.234  [31mSøren玩  knocked down  abababababababababababababababab     5.0 m       0
 1:15:10.123  Unnamed Bot  eliminated    ?                                        ?      12
+1:15:10.124  ?            eliminated    Unnamed Bot                              ?       0
 player at 0:01:01.001: accuracy 0.5, assists 1, damage taken 6, damage to structures 7, kills 2, \
 materials gathered 8, materials used 9, other damage 4, revives 5, total traveled 10, weapon damage 3
 team at 0:00:00.000: final ranking 3, total players 98

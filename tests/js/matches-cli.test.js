@@ -22,14 +22,14 @@ const truth = makeSeason(season, 30);
 const cli = (...args) => run(process.execPath, [program, ...args], { cwd: folder });
 
 // Runs a command in this process, which takes less time than to start another one; resolves with what it writes.
-async function written(name, args, stream) {
+async function written(name, args, stream, terminal = { write() {} }) {
   const module = require(`../../bin/commands/${name}.js`);
   const command = new Command(name);
   module.define(command);
   command.parse(['-j', '1', ...args], { from: 'user' });
   const texts = [];
   const write = async (text) => texts.push(text);
-  const context = { args: command.processedArgs, options: command.opts(), terminal: { write() {} } };
+  const context = { args: command.processedArgs, options: command.opts(), terminal };
   const status = await module.run({ ...context, output: { write, writeJson: write, stream } });
   assert.equal(status, 0);
   return texts.join('');
@@ -40,10 +40,11 @@ async function lines(name, ...args) {
   return text.split('\n').slice(0, -1).map(JSON.parse);
 }
 
-// What the command writes on a terminal of 80 columns.
-async function onTerminal(name, ...args) {
-  const text = await written(name, args, { isTTY: true, columns: 80 });
-  for (const line of text.split('\n')) assert.ok(line.length <= 80, line);
+// What the command writes on a terminal of so many columns.
+const onTerminal = (name, ...args) => onColumns(80, name, ...args);
+async function onColumns(columns, name, ...args) {
+  const text = await written(name, args, { isTTY: true, columns });
+  for (const line of text.split('\n')) assert.ok(line.length <= columns, line);
   return text;
 }
 
@@ -181,13 +182,14 @@ test('conditions hold as they read, and what is not known meets none but "!="', 
     'date=2021-02',
     'date<2021-03',
     'length=12:30',
+    'length<1:12:30',
     'accuracy=25%',
     'map~MARSH',
     'place<=3',
     'name!=x',
   ];
   for (const text of held) assert.ok(condition(text)(match), text);
-  for (const text of ['date=2021-03', 'place<3', 'map=Salt', 'name=x', 'name>a'])
+  for (const text of ['date=2021-03', 'place<3', 'length>1:02:30', 'map=Salt', 'name=x', 'name>a'])
     assert.ok(!condition(text)(match), text);
   assert.ok(sorter('-accuracy').compare(null, 1) > 0);
 });
@@ -204,6 +206,9 @@ test('a match at a glance, and tables, fit the terminal', async () => {
   assert.equal(/^longest [^]*?\bover\s+(\S+)/m.exec(summary)[1], Math.max(...distances).toFixed(1));
   const list = await onTerminal('list', season, '--where', 'map=Saltmarsh', '--where', 'length>=16:00');
   assert.equal(list.match(/Saltmarsh/g).length, truth.filter(({ map }) => map === 'Saltmarsh').length);
+  assert.match(await onColumns(60, 'list', season), /^DATE +MAP +LENGTH +PLACE +ELIMS +FILE\n/);
+  const stream = { isTTY: true, write: assert.fail }; // progress would stand among the lines of JSON
+  await written('list', [season, '--json'], stream, stream);
   const trend = await onTerminal('stats', season, '--by', 'day');
   assert.match(trend, /^PLACE +[▁▂▃▄▅▆▇█]+ {2}[\d.]+ → [\d.]+$/m);
 });
@@ -258,6 +263,7 @@ test('what makes no sense is said', () => {
     [['list', season, '--where', 'place<soon'], /no number/],
     [['list', season, '--sort', 'colour'], /no column colour/],
     [['stats', season, '--sort', 'colour'], /no figure colour/],
+    [['stats', season, '--by', 'opponent', '--min-matches', '2'], /does not go with/],
     [['compare', 'season'], /two sets/],
     [['export', season, '--out', 'x', '--shard', '5/4'], /i\/n/],
   ]) {
