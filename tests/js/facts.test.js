@@ -117,9 +117,12 @@ for (const { name, info, chunks, facts, document = {} } of [
     document: { header: undefined, events: [{ killerBot: 'b' }] },
   },
   {
-    name: 'an event that is broken',
-    chunks: [rest, event(bot('a')), event(bot(w.i32(-0x80000000))), event(bot('c'))],
-    facts: { end: 'failed', skipped: [{ name: 'playerElim', count: 1, reason: 'broken' }] },
+    name: 'events that are broken',
+    chunks: [
+      rest,
+      [bot('a'), ...Array(2).fill(bot(w.i32(-0x80000000))), bot('c')].map((data) => event(data)),
+    ],
+    facts: { end: 'failed', skipped: [{ name: 'playerElim', count: 2, reason: 'broken' }] },
     document: { events: [{}, {}, { killerBot: 'a' }, { killerBot: 'c' }] },
   },
   {

@@ -31,7 +31,7 @@ TEST(EngineString, is_read_as_this_formats_readers_do) {
         {"UTF-16 whitespace goes", Writer().Str16(u" A\tB\u00A0").bytes, "AB\xC2\xA0\0"s, 0},
         {"UTF-16 pair", Writer().Str16(u"\U0001F600").bytes, "\xF0\x9F\x98\x80\0"s, 0},
         {"UTF-16 unpaired", Writer().I32(-2).U16(0xDC00).U16(0xD800).bytes, "\xEF\xBF\xBD\xEF\xBF\xBD", 0},
-        {"UTF-16, one unit", Writer().I32(-1).U16('a').bytes, "a", 0},
+        {"UTF-16, one unit", Writer().I32(-1).U16(0x4E2D).bytes, "\xE4\xB8\xAD", 0},
         {"UTF-16 cut", Writer().I32(-3).U16('a').U16('b').U8(0).bytes, "", -1},
         {"UTF-16 far too long", Writer().I32(-INT32_MAX).U16('a').bytes, "", -1},
         {"8-bit without end", Writer().I32(3).Add({'a', 'b'}).bytes, "", -1},
