@@ -8,7 +8,6 @@
 #include <stdexcept>
 #include <string>
 #include <string_view>
-#include <utility>
 
 #include <nlohmann/json.hpp>
 
@@ -60,9 +59,7 @@ Napi::Value ParseToText(Napi::Env env, const std::wstring& path) {
         ue4::ResumeState resume;
         parser->ParseReplay(resume, {});
         AddCreation(*parser, path);
-        std::string text = parser->TakeText();
-        parser.reset();  // its records need not stay beside the host's string
-        return StringOfBytes(env, std::move(text));
+        return StringOfBytes(env, parser->TakeText());
     } catch (const std::runtime_error&) {
         // ReplayException among them. On purpose the parser is not destroyed: its memory and its open file
         // stay held until the process ends.
