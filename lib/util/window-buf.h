@@ -36,10 +36,9 @@ class WindowBuf : public std::streambuf {
     pos_type seekpos(pos_type position, std::ios_base::openmode which) override;
 
   private:
-    // 4 KiB make events in a row 3 % slower, 64 KiB no faster.
     static constexpr std::size_t kWindowBytes = 16 * 1024;
-    // What a jump to another place reads: the head of a chunk, and often the event in it. 2,000 chunks that
-    // lie apart take 4 % more with 128 or 512 bytes, three times as much with whole windows.
+    // What a jump to another place reads: the head of a chunk, and often the event in it. Whole
+    // windows would read far more than is used of chunks that lie apart.
     static constexpr std::size_t kJumpBytes = 256;
     // How many times as much each further read in sequence takes. Files with ten events in a row here and
     // there take 5 to 9 % less than with 2.
