@@ -9,6 +9,10 @@ const { failureOf } = require('./failures.js');
 
 const PATHS = 'replays, folders with all below them, patterns in quotes, or - for a list on standard input';
 
+const isWindows = process.platform === 'win32';
+
+const isReplay = (file) => file.toLowerCase().endsWith('.replay');
+
 const byText = (a, b) => (a < b ? -1 : Number(a > b));
 
 const unreadable = (message) => failureOf('ERR_UNREADABLE', message);
@@ -24,7 +28,7 @@ async function* replaysIn(folder, onFailure) {
   for (const entry of entries.sort((a, b) => byText(a.name, b.name))) {
     const file = path.join(folder, entry.name);
     if (entry.isDirectory()) yield* replaysIn(file, onFailure);
-    else if (entry.name.toLowerCase().endsWith('.replay')) yield file;
+    else if (isReplay(entry.name)) yield file;
   }
 }
 
@@ -40,25 +44,44 @@ async function folderReplays(folder, onFailure) {
   return found;
 }
 
-async function matching(pattern, onFailure) {
-  const { glob } = require('tinyglobby');
-  // In a pattern a backslash takes a character's meaning away; on Windows people write it between folders.
-  const slashes = process.platform === 'win32' ? pattern.replaceAll('\\', '/') : pattern;
-  const found = await glob(slashes, { dot: true, onlyFiles: false, expandDirectories: false });
-  if (found.length === 0) onFailure(unreadable(`nothing matches ${pattern}`));
-  return found.map((file) => path.normalize(file).replace(/[\\/]$/, '')).sort(byText);
+// What makes an argument a pattern. A backslash takes a character's meaning away; on Windows it stands between folders.
+const MAGIC = /(?<!\\)[*?[{]/;
+
+const withSlashes = (name) => (isWindows ? name.replaceAll('\\', '/') : name);
+
+// The folder before the first "*" or the like, and the pattern behind it, in which parentheses and a "!" at the start
+// mean themselves: they are common in names.
+function splitPattern(text) {
+  const end = text.lastIndexOf('/', text.search(MAGIC)) + 1;
+  const folder = text.slice(0, end).replace(/\\(.)/g, '$1');
+  return [folder, text.slice(end).replace(/^!|(?<!\\)[()]/g, '\\$&')];
+}
+
+// What a pattern matches: files, and the replays in folders. One that ends in "*" does not say which files, so it means
+// replays. "**" matches a folder and also what is in it, and follows links: each file counts once.
+async function matchedReplays(name, onFailure) {
+  const [folder, pattern] = splitPattern(withSlashes(name));
+  const options = { dot: true, onlyFiles: false, expandDirectories: false, caseSensitiveMatch: !isWindows };
+  const matches = await require('tinyglobby').glob(pattern, { cwd: folder || '.', ...options });
+  const meansReplays = /\*\/*$/.test(pattern);
+  const found = new Map();
+  const add = async (file) => {
+    const real = await fs.realpath(file).catch(() => file);
+    if (!found.has(real) || path.resolve(file) === real) found.set(real, file);
+  };
+  for (const match of matches) {
+    const place = path.join(folder, match);
+    if (match.endsWith('/')) for await (const file of replaysIn(place, onFailure)) await add(file);
+    else if (isReplay(match) || !meansReplays) await add(place);
+  }
+  if (found.size === 0) onFailure(unreadable(`no replay matches ${name}`));
+  return [...found.values()].sort(byText);
 }
 
 async function namedReplays(name, onFailure) {
   const stats = await statsOf(name);
   if (stats?.isDirectory()) return folderReplays(name, onFailure);
-  if (stats !== undefined || !require('tinyglobby').isDynamicPattern(name)) return [name];
-  const found = [];
-  for (const match of await matching(name, onFailure)) {
-    const isFolder = (await statsOf(match))?.isDirectory();
-    for (const file of isFolder ? await folderReplays(match, onFailure) : [match]) found.push(file);
-  }
-  return [...new Set(found)]; // "**" matches a folder, and also what is in it
+  return stats === undefined && MAGIC.test(withSlashes(name)) ? matchedReplays(name, onFailure) : [name];
 }
 
 async function standardInput(signal) {
