@@ -33,9 +33,8 @@ class Opponents {
     return first;
   }
 
-  // The accounts that begin so.
-  accounts(beginning) {
-    return [...this.#matches.keys()].filter((account) => account.startsWith(beginning));
+  get accounts() {
+    return [...this.#matches.keys()];
   }
 
   // The opponents of this account, as figures.js gives groups.

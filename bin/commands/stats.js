@@ -8,6 +8,9 @@ const { PATHS } = require('../replay-paths.js');
 
 const SHOWN_ON_TERMINAL = 25;
 
+// What --player goes with.
+const OF_PLAYERS = ['player', 'opponent'];
+
 // By day and week these are also drawn.
 const TRENDS = ['median_place', 'own_eliminations_per_match', 'mean_accuracy'];
 
@@ -17,43 +20,51 @@ function wholeNumber(text) {
 }
 
 // Each: { figures, sort, isTime, read(context, tally) }, read() resolving with rows as figuresOf() gives them.
-function groupingOf({ by, minMatches }) {
+function groupingOf({ by, minMatches, player }, names) {
   const { FIGURES, Opponents } = require('../opponents.js');
   const { GROUPINGS, Groups, figuresOf } = require('../figures.js');
+  if (player !== undefined && !OF_PLAYERS.includes(by)) {
+    throw usageFailure(`--player goes with --by ${OF_PLAYERS.join(' or ')}`);
+  }
   if (by === 'opponent') {
     if (minMatches !== undefined) throw usageFailure('--min-matches does not go with --by opponent');
-    const read = (context, tally) => opponents(new Opponents(), context, tally);
+    const read = (context, tally) => opponents(new Opponents(), context, names, tally);
     return { figures: FIGURES, sort: FIGURES[0].name, read };
   }
   const { add, figures, ...more } = GROUPINGS[by];
   const read = async (context, tally) => {
     const groups = new Groups();
     tally.status = await readAll(context.args[0], context, (match) => add(groups, match));
-    return figuresOf(groups, figures);
+    const rows = figuresOf(groups, figures);
+    if (player === undefined) return rows;
+    const account = chosenAccount([...groups.keys()], player, names);
+    return rows.filter(({ key }) => key === account);
   };
   return { figures, ...more, read };
 }
 
-async function opponents(found, context, tally) {
+async function opponents(found, context, names, tally) {
   const { args, options, terminal } = context;
   tally.status = await readAll(args[0], context, (match) => found.add(match));
-  if (options.player !== undefined) return found.of(chosenAccount(found, options.player));
+  if (options.player !== undefined) return found.of(chosenAccount(found.accounts, options.player, names));
   const account = found.mostFrequent;
   if (account !== undefined) {
-    terminal.write(`corvane-replay: of ${account}, who is in most matches; choose another with --player\n`);
+    terminal.write(
+      `corvane-replay: of ${printable(names[account] ?? account)}, who is in most matches; choose another with --player\n`,
+    );
   }
   return found.of(account);
 }
 
-function chosenAccount(found, beginning) {
-  const accounts = found.accounts(beginning.toLowerCase());
-  if (accounts.length === 1) return accounts[0];
-  const few = accounts.slice(0, 5).join(', ');
-  throw usageFailure(
-    accounts.length === 0
-      ? `no account begins with ${beginning}`
-      : `${accounts.length} accounts begin with ${beginning}: ${few}${accounts.length > 5 ? ', …' : ''}`,
-  );
+// The account of this name, or the one that begins so.
+function chosenAccount(accounts, player, names) {
+  const wanted = player.toLowerCase();
+  const named = accounts.filter((account) => names[account]?.toLowerCase() === wanted);
+  const found = named.length > 0 ? named : accounts.filter((account) => account.startsWith(wanted));
+  if (found.length === 1) return found[0];
+  if (found.length === 0) throw usageFailure(`no account has the name ${player} or begins with it`);
+  const few = found.slice(0, 5).join(', ');
+  throw usageFailure(`${found.length} accounts fit ${player}: ${few}${found.length > 5 ? ', …' : ''}`);
 }
 
 // The figure to sort by; undefined: sorted by the keys.
@@ -63,11 +74,10 @@ function sortName({ figures, sort }, options) {
   throw usageFailure(`there is no figure ${name}; there are ${figures.map((each) => each.name).join(', ')}`);
 }
 
-function chosen(rows, isShort, name, options) {
+function sorted(rows, name, { minMatches }) {
   const { sortFigures } = require('../figures.js');
-  const min = options.minMatches;
-  const enough = rows.filter(({ values }) => min === undefined || values.matches >= min);
-  return sortFigures(enough, name).slice(0, options.top ?? (isShort ? SHOWN_ON_TERMINAL : Infinity));
+  const enough = rows.filter(({ values }) => minMatches === undefined || values.matches >= minMatches);
+  return sortFigures(enough, name);
 }
 
 function trends(rows, figures) {
@@ -100,14 +110,15 @@ function tableOf(rows, { figures }, options, names, width) {
 
 async function run(context) {
   const { namesOf } = require('../name-file.js');
-  const { options, output } = context;
+  const { options, output, terminal } = context;
   const names = namesOf(options.names);
   const tally = { status: 0 };
-  const grouping = groupingOf(options);
+  const grouping = groupingOf(options, names);
   const name = sortName(grouping, options);
   const isData = wantsData(options, output);
-  const found = await grouping.read(context, tally);
-  const rows = chosen(found, !isData && !grouping.isTime, name, options);
+  const found = sorted(await grouping.read(context, tally), name, options);
+  const isShort = !isData && !grouping.isTime;
+  const rows = found.slice(0, options.top ?? (isShort ? SHOWN_ON_TERMINAL : Infinity));
   if (isData) {
     for (const { key, values } of rows) {
       const called = names[key] === undefined ? {} : { name: names[key] };
@@ -116,7 +127,10 @@ async function run(context) {
     return tally.status;
   }
   await output.write(tableOf(rows, grouping, options, names, output.stream.columns));
-  if (grouping.isTime && rows.length > 1) await output.write('\n' + trends(rows, grouping.figures));
+  const more = found.length - rows.length;
+  if (more > 0 && options.top === undefined) terminal.write(`corvane-replay: ${more} more; see --top\n`);
+  const isTrend = grouping.isTime && name === undefined;
+  if (isTrend && rows.length > 1) await output.write('\n' + trends(rows, grouping.figures));
   return tally.status;
 }
 
@@ -140,7 +154,8 @@ module.exports = {
       .option('--min-matches <number>', 'leave out groups of fewer matches', wholeNumber)
       .option(
         '--player <account>',
-        'the account whose opponents are counted, or how it begins (default: the one in most matches)',
+        'only this account; by opponent, the one whose opponents are counted (default: the one in most matches); ' +
+          'the first digits are enough, or its name in --names',
       )
       .option('--names <file>', 'names of accounts: CSV lines "ACCOUNT,name", or a JSON object'),
   run,

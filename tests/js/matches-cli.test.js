@@ -103,17 +103,14 @@ const QUESTIONS = [
     },
   },
   {
+    question: 'how one player did',
+    args: ['stats', season, '--player', 'ME', '--names', path.join(folder, 'names.json')],
+    check: ([{ player, name, matches }, ...more]) =>
+      assert.deepEqual([player, name, matches, more], [OWN, 'me', truth.length, []]),
+  },
+  {
     question: 'the nemesis',
-    args: [
-      'stats',
-      season,
-      '--by',
-      'opponent',
-      '--player',
-      OWN.slice(0, 9).toUpperCase(),
-      '--names',
-      path.join(folder, 'names.json'),
-    ],
+    args: ['stats', season, '--by', 'opponent', '--player', OWN.slice(0, 9).toUpperCase()],
     check: ([first]) => {
       const counts = countBy(
         ends().filter((e) => e.victim.id === OWN && e.attacker.id && e.attacker !== e.victim),
@@ -272,6 +269,9 @@ test('what makes no sense is said', () => {
     [['export', season, '--out', 'x', '--shard', '5/4'], /i\/n/],
   ]) {
     const { status, stderr } = cli(...args);
+    [['stats', season, '--by', 'map', '--player', OWN], /--player goes with/],
+    [['stats', season, '--player', OWN.slice(0, 1)], /\d accounts fit/],
+    [['stats', season, '--names', 'semicolons.csv'], /no line like/],
     assert.deepEqual([status, text.test(stderr)], [2, true], stderr);
   }
 });
