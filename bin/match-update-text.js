@@ -2,21 +2,21 @@
 // What happens in a match that is being recorded, as lines for people.
 
 const path = require('node:path');
-const { clock } = require('./event-table.js');
 const { printable } = require('./failures.js');
-
-const playerText = ({ id, name }) => printable(id ?? name ?? '') || '?';
+const { counted, exactClock, playerName } = require('./units.js');
 
 function eliminationText({ timeMs, kind, attacker, victim, distanceM }) {
-  const did = kind === 'knock' ? 'knocked down' : 'eliminated';
-  if (attacker === victim) return `${clock(timeMs)} ${playerText(attacker)} ${did} themselves`;
+  const did = `${playerName(attacker)} ${kind === 'knock' ? 'knocked down' : 'eliminated'}`;
+  if (attacker === victim) return `${exactClock(timeMs)} ${did} themselves`;
   const distance = distanceM === null ? '' : ` over ${distanceM.toFixed(1)} m`;
-  return `${clock(timeMs)} ${playerText(attacker)} ${did} ${playerText(victim)}${distance}`;
+  return `${exactClock(timeMs)} ${did} ${playerName(victim)}${distance}`;
 }
 
 function endText({ eliminations, team }) {
+  const knocks = eliminations.filter(({ kind }) => kind === 'knock').length;
+  const ends = counted(eliminations.length - knocks, 'elimination');
   const place = team?.place ? `, place ${team.place} of ${team.of ?? '?'}` : '';
-  return `the match has ended: ${eliminations.length} knocks and eliminations${place}`;
+  return `the match has ended: ${ends}, ${counted(knocks, 'knock-down')}${place}`;
 }
 
 // update: what watchMatches yields. A line for each thing, each with the name of the file.

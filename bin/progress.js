@@ -1,22 +1,20 @@
 'use strict';
 // A line on a terminal's standard error that tells how far a command is, and messages that do not break it.
 
+const { clock } = require('./units.js');
+
 const PAUSE_MS = 100; // between two drawings
 const BAR_WIDTH = 24;
 const ERASE_LINE = '\r\x1b[K';
 
 const quiet = (stream) => ({ step() {}, message: (text) => stream.write(text), stop() {} });
 
-function clock(seconds) {
-  const [minutes, rest] = [Math.floor(seconds / 60), Math.floor(seconds % 60)];
-  return `${minutes}:${String(rest).padStart(2, '0')}`;
-}
-
 // As much of the line as fits: first the count, then the rate and the time left, then the bar.
 function line(done, total, seconds, columns) {
   const count = `${done}/${total} replays`;
   const rate = seconds > 0 ? done / seconds : 0;
-  const rest = rate > 0 ? `${count}, ${rate.toFixed(0)}/s, ${clock((total - done) / rate)} left` : count;
+  const rest =
+    rate > 0 ? `${count}, ${rate.toFixed(0)}/s, ${clock((1000 * (total - done)) / rate)} left` : count;
   const filled = Math.round((done / total) * BAR_WIDTH);
   const bar = '█'.repeat(filled) + '░'.repeat(BAR_WIDTH - filled);
   return [`${bar} ${rest}`, rest, count].find((text) => text.length < columns) ?? '';

@@ -36,6 +36,14 @@ function padded(text, width, right) {
   return right ? blanks + text : text + blanks;
 }
 
+// A text on as many lines as it needs, broken between words.
+function wrapWords(text, lineWidth = Infinity) {
+  return text.split(' ').reduce((lines, word) => {
+    const column = lines.length - lines.lastIndexOf('\n') - 1;
+    return column + 1 + word.length > lineWidth ? `${lines}\n  ${word}` : `${lines} ${word}`;
+  });
+}
+
 // Takes from the widest columns that may shrink until the line fits, or none can shrink further.
 function shrunk(widths, columns, lineWidth) {
   const result = [...widths];
@@ -71,4 +79,4 @@ function fittingTable(columns, rows, lineWidth = Infinity, [spare, ...others] = 
   return fittingTable(kept(columns), rows.map(kept), lineWidth, others);
 }
 
-module.exports = { fitted, fittingTable, textTable };
+module.exports = { fitted, fittingTable, textTable, wrapWords };

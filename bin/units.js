@@ -1,19 +1,31 @@
 'use strict';
 // Figures as people read them: one place for each unit. What is not known is "–".
 
+const { printable } = require('./failures.js');
+
 const UNKNOWN = '–';
 
 const known = (format) => (value) => (value === null || value === undefined ? UNKNOWN : format(value));
 
-const digits = (value) => String(value).padStart(2, '0');
+const digits = (value, count = 2) => String(value).padStart(count, '0');
+
+// Whole hours, and the rest in minutes and seconds.
+function hoursMinutesSeconds(ms) {
+  const seconds = Math.floor(ms / 1000);
+  return [Math.floor(seconds / 3600), Math.floor(seconds / 60) % 60, seconds % 60];
+}
 
 // 4510123 ms is 1:15:10, 75000 ms is 1:15.
 const clock = known((ms) => {
-  const seconds = Math.floor(ms / 1000);
-  const [hours, minutes] = [Math.floor(seconds / 3600), Math.floor(seconds / 60) % 60];
-  const rest = digits(seconds % 60);
-  return hours > 0 ? `${hours}:${digits(minutes)}:${rest}` : `${minutes}:${rest}`;
+  const [hours, minutes, seconds] = hoursMinutesSeconds(ms);
+  return hours > 0 ? `${hours}:${digits(minutes)}:${digits(seconds)}` : `${minutes}:${digits(seconds)}`;
 });
+
+// 4510123 ms is 1:15:10.123: all of the same form, as events have them.
+function exactClock(ms) {
+  const [hours, minutes, seconds] = hoursMinutesSeconds(ms);
+  return `${hours}:${digits(minutes)}:${digits(seconds)}.${digits(ms % 1000, 3)}`;
+}
 
 const count = known((value) => String(value));
 const rate = known((value) => value.toFixed(2));
@@ -23,6 +35,11 @@ const metres = known((value) => `${value.toFixed(1)} m`);
 const kilometres = known((value) => `${(value / 1000).toFixed(1)} km`);
 const dateTime = known((date) => date.toISOString().slice(0, 16).replace('T', ' '));
 const plain = known((text) => text);
+const counted = (value, noun) => `${value} ${noun}${value === 1 ? '' : 's'}`;
+
+// names: of accounts.
+const playerName = ({ kind, id, name }, names = {}) =>
+  (kind !== 'unknown' && printable(names[id] ?? id ?? name ?? 'Unnamed Bot')) || '?';
 
 const BARS = '▁▂▃▄▅▆▇█';
 
@@ -36,5 +53,6 @@ function sparkline(values) {
 }
 
 module.exports = {
-  ...{ UNKNOWN, clock, count, dateTime, kilometres, metres, plain, rate, share, sparkline, tenths },
+  ...{ UNKNOWN, clock, count, counted, dateTime, exactClock, kilometres, metres, plain, playerName, rate },
+  ...{ share, sparkline, tenths },
 };

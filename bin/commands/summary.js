@@ -22,26 +22,12 @@ function wrapped(parts, lineWidth) {
   return lines.join('\n');
 }
 
-function nameOf(player, names) {
-  if (player.kind === 'account') return printable(names[player.id] ?? player.id);
-  return player.kind === 'bot' ? printable(player.name ?? 'unnamed bot') : 'unknown';
-}
-
-// A text on as many lines as it needs, broken between words.
-function wrapWords(text, lineWidth) {
-  const words = text.split(' ');
-  return words.reduce((lines, word) => {
-    const column = lines.length - lines.lastIndexOf('\n') - 1;
-    return column + 1 + word.length > lineWidth ? `${lines}\n  ${word}` : `${lines} ${word}`;
-  });
-}
-
 function ownFigures({ own, team }, units) {
   const place = team === null ? null : `place ${units.count(team.place)} of ${units.count(team.of)}`;
   if (own === null) return [place, 'no figures of the recording player'];
   return [
     place,
-    `${own.eliminations} eliminations, ${own.assists} assists, ${own.revives} revives`,
+    ['elimination', 'assist', 'revive'].map((noun) => units.counted(own[`${noun}s`], noun)).join(', '),
     `accuracy ${units.share(own.accuracy)}`,
     `damage ${own.weaponDamage + own.otherDamage} dealt, ${own.damageTaken} taken`,
     `travelled ${units.kilometres(own.traveledM)}`,
@@ -73,7 +59,7 @@ function timeline({ eliminations, durationMs }, lineWidth, units) {
   return ['', lane('eliminations', 'elimination'), lane('knock-downs', 'knock'), axis];
 }
 
-function bestPlayers({ players }, names, lineWidth) {
+function bestPlayers({ players }, names, lineWidth, units) {
   const { textTable } = require('../text-table.js');
   const best = players
     .filter(({ eliminations }) => eliminations > 0)
@@ -84,7 +70,7 @@ function bestPlayers({ players }, names, lineWidth) {
     ...['ELIMS', 'KNOCKS'].map((name) => ({ name, right: true })),
   ];
   const rows = best.map((each) => [
-    nameOf(each.player, names),
+    units.playerName(each.player, names),
     String(each.eliminations),
     String(each.knocks),
   ]);
@@ -92,12 +78,13 @@ function bestPlayers({ players }, names, lineWidth) {
 }
 
 function notable({ eliminations }, names, lineWidth, units) {
+  const { wrapWords } = require('../text-table.js');
   const ends = eliminations.filter(({ kind }) => kind === 'elimination');
   if (ends.length === 0) return [];
   const whom = ({ attacker, victim, distanceM }) =>
-    attacker === victim ? 'themselves' : `${nameOf(victim, names)} over ${units.metres(distanceM)}`;
+    attacker === victim ? 'themselves' : `${units.playerName(victim, names)} over ${units.metres(distanceM)}`;
   const text = (event) =>
-    `${nameOf(event.attacker, names)} eliminated ${whom(event)} at ${units.clock(event.timeMs)}`;
+    `${units.playerName(event.attacker, names)} eliminated ${whom(event)} at ${units.clock(event.timeMs)}`;
   const farthest = ends.reduce((a, b) => ((b.distanceM ?? -1) > (a.distanceM ?? -1) ? b : a));
   return ['', `longest  ${text(farthest)}`, `last     ${text(ends.at(-1))}`].map((line) =>
     wrapWords(line, lineWidth),
@@ -107,6 +94,7 @@ function notable({ eliminations }, names, lineWidth, units) {
 function report(match, names, lineWidth) {
   const units = require('../units.js');
   const { modeOf } = require('../export/tables.js');
+  const { wrapWords } = require('../text-table.js');
   const mode = modeOf(match);
   const title = [match.map, mode].map((text) => text && printable(text));
   const date = match.recordedAt && units.dateTime(match.recordedAt);
@@ -114,9 +102,10 @@ function report(match, names, lineWidth) {
     wrapped([...title, date, units.clock(match.durationMs), match.state], lineWidth),
     wrapped(ownFigures(match, units), lineWidth),
     ...timeline(match, lineWidth, units),
-    ...bestPlayers(match, names, lineWidth),
+    ...bestPlayers(match, names, lineWidth, units),
     ...notable(match, names, lineWidth, units),
-    ...match.warnings.map((text) => `\nwarning: ${printable(text)}`),
+    ...(match.warnings.length > 0 ? [''] : []),
+    ...match.warnings.map((text) => wrapWords(`warning: ${printable(text)}`, lineWidth)),
   ];
 }
 

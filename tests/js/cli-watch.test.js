@@ -51,8 +51,8 @@ test('watch tells a match until it has ended', async () => {
   assert.match(told.stderr, /^(corvane-replay: .*broken\.replay: .*\n)+$/);
   assert.equal(
     told.stdout,
-    'live.replay: a match begins on Corvane_Isle\nlive.replay: 0:01:01.500 Zoë eliminated ? over 5.0 m\n' +
-      'live.replay: the match has ended: 1 knocks and eliminations\n',
+    'live.replay: a match begins on Corvane_Isle\nlive.replay: 0:01:01.500 Zoë eliminated Unnamed Bot over 5.0 m\n' +
+      'live.replay: the match has ended: 1 elimination, 0 knock-downs\n',
   );
   const { status, stdout } = await ndjson.ended;
   const lines = stdout

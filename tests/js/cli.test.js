@@ -165,12 +165,13 @@ test('the table of events is aligned, and a name cannot steer the terminal', () 
     w.eventChunk({ Group: 'AthenaMatchTeamStats', data: w.teamStats(3, 98) }),
   ];
   fs.writeFileSync(inFolder('table'), w.replay({}, ...events));
+  fs.writeFileSync(inFolder('names'), `${'ab'.repeat(16)};no name\n${'ab'.repeat(16)},Ann\n12,rifle`);
   assert.equal(
-    cli(['events', '--table', 'table']).stdout,
-    `       TIME  WHO          DID           WHOM                              DISTANCE  DAMAGE
-0:00:01.234  [31mSøren玩  knocked down  abababababababababababababababab     5.0 m       0
-1:15:10.123  Unnamed Bot  eliminated    ?                                        ?      12
-1:15:10.124  ?            eliminated    Unnamed Bot                              ?       0
+    cli(['events', '--table', 'table', '--names', 'names', '--damage-names', 'names']).stdout,
+    `       TIME  WHO          DID           WHOM         DISTANCE  DAMAGE
+0:00:01.234  [31mSøren玩  knocked down  Ann             5.0 m       0
+1:15:10.123  Unnamed Bot  eliminated    ?                   ?   rifle
+1:15:10.124  ?            eliminated    Unnamed Bot         ?       0
 player at 0:01:01.001: accuracy 0.5, assists 1, damage taken 6, damage to structures 7, kills 2, \
 materials gathered 8, materials used 9, other damage 4, revives 5, total traveled 10, weapon damage 3
 team at 0:00:00.000: final ranking 3, total players 98
