@@ -11,7 +11,8 @@ const { run, start, temporaryFolder } = require('../support/run.js');
 const w = require('../support/replay-writer.js');
 
 const program = path.join(__dirname, '..', '..', 'bin', 'corvane-replay.js');
-const options = { env: { ...process.env, CORVANE_ADDON: addonPath } };
+// A watch that does not end is killed, and the test fails.
+const options = { env: { ...process.env, CORVANE_ADDON: addonPath }, timeout: 60_000 };
 const folder = temporaryFolder();
 const file = path.join(folder, 'live.replay');
 const LIVE_AT = 25; // bIsLive, behind five numbers and an empty name
@@ -37,7 +38,9 @@ test('watch tells a match until it has ended', async () => {
       options,
     );
   const [text, ndjson] = ['text', 'ndjson'].map(watch);
-  while ([text, ndjson].some(({ output }) => Object.values(output()).includes(''))) {
+  const isSilent = ({ child, output }) =>
+    (child.exitCode ?? child.signalCode) === null && Object.values(output()).includes('');
+  while ([text, ndjson].some(isSilent)) {
     fs.appendFileSync(file, w.chunk(w.CHUNK.replayData, Buffer.alloc(8)));
     fs.writeFileSync(path.join(folder, 'broken.replay'), w.replay().subarray(0, 10));
     await sleep(100);
@@ -47,7 +50,7 @@ test('watch tells a match until it has ended', async () => {
   fs.closeSync(game);
 
   const told = await text.ended;
-  assert.equal(told.status, 0);
+  assert.equal(told.status, 0, told.stdout + told.stderr);
   assert.match(told.stderr, /^(corvane-replay: .*broken\.replay: .*\n)+$/);
   assert.equal(
     told.stdout,
