@@ -31,7 +31,13 @@ const COLUMNS = {
   players: { value: ({ players }) => players.length, text: count, right: true },
   state: { value: ({ state }) => state, text: plain },
   name: { value: ({ name }) => name, text: plain, shrinks: true },
-  path: { value: ({ path }) => path, text: (file) => path.basename(file), shrinks: true, label: 'FILE' },
+  path: {
+    value: ({ path }) => path,
+    text: (file) => path.basename(file),
+    shrinks: true,
+    least: 24, // the beginnings of the names of files are often the same
+    label: 'FILE',
+  },
 };
 
 const NAMES = Object.keys(COLUMNS).join(', ');

@@ -49,17 +49,19 @@ function shrunk(widths, columns, lineWidth) {
   const result = [...widths];
   let excess = result.reduce((sum, width) => sum + width, GAP.length * (result.length - 1)) - lineWidth;
   for (; excess > 0; excess -= 1) {
-    const candidates = result.map((width, i) => (columns[i].shrinks ? width : 0));
+    const candidates = result.map((width, i) =>
+      columns[i].shrinks && width > (columns[i].least ?? NARROWEST_CELL) ? width : 0,
+    );
     const widest = candidates.indexOf(Math.max(...candidates));
-    if (candidates[widest] <= NARROWEST_CELL) break;
+    if (candidates[widest] === 0) break;
     result[widest] -= 1;
   }
   return result;
 }
 
-// columns: [{ name, right, shrinks }], aligned to the right or not, cut on a narrow terminal or not. rows: for each the
-// texts of its cells, printable. lineWidth: the terminal's columns, Infinity without a terminal. Returns the lines, the
-// names first.
+// columns: [{ name, right, shrinks, least }], aligned to the right or not, cut on a narrow terminal or not, but not
+// below `least`. rows: for each the texts of its cells, printable. lineWidth: the terminal's columns, Infinity without a
+// terminal. Returns the lines, the names first.
 function textTable(columns, rows, lineWidth = Infinity) {
   const table = [columns.map(({ name }) => name), ...rows].map((row) =>
     row.map((cell) => fitted(cell, WIDEST_CELL)),
@@ -70,10 +72,13 @@ function textTable(columns, rows, lineWidth = Infinity) {
   return table.map((row) => row.map(cell).join(GAP).trimEnd() + '\n').join('');
 }
 
-// The same without as many of the `spare` columns, the first of them first, as it takes to fit the line.
+// The same without as many of the `spare` columns, the first of them first, as it takes to fit the line. Only when they
+// are all gone does a column get narrower than its `least`.
 function fittingTable(columns, rows, lineWidth = Infinity, [spare, ...others] = []) {
-  const text = textTable(columns, rows, lineWidth);
-  if (spare === undefined || text.split('\n').every((line) => cellWidth(line) <= lineWidth)) return text;
+  const isLast = spare === undefined;
+  const widths = isLast ? columns.map((column) => ({ ...column, least: undefined })) : columns;
+  const text = textTable(widths, rows, lineWidth);
+  if (isLast || text.split('\n').every((line) => cellWidth(line) <= lineWidth)) return text;
   const dropped = columns.indexOf(spare);
   const kept = (list) => list.filter((_, i) => i !== dropped);
   return fittingTable(kept(columns), rows.map(kept), lineWidth, others);

@@ -6,8 +6,9 @@ const { readAll, wantsData, withJson, withReading } = require('../matches.js');
 
 const SHOWN = ['date', 'map', 'mode', 'length', 'place', 'eliminations', 'state', 'path'];
 
-// On a narrow terminal these are left out, the first of them first.
+// On a narrow terminal these are left out, the first of them first; the state last, if a match is not complete.
 const SPARE = ['state', 'mode', 'eliminations', 'map'];
+const SPARE_WITH_STATE = ['mode', 'eliminations', 'map', 'state'];
 
 const collected = (text, list = []) => [...list, text];
 
@@ -42,7 +43,9 @@ function table(rows, lineWidth) {
     ...COLUMNS[name],
     name: COLUMNS[name].label ?? name.toUpperCase(),
   }));
-  const spare = SPARE.map((name) => columns[SHOWN.indexOf(name)]);
+  const isComplete = rows.every((row) => row[SHOWN.indexOf('state')] === 'complete');
+  const names = isComplete ? SPARE : SPARE_WITH_STATE;
+  const spare = names.map((name) => columns[SHOWN.indexOf(name)]);
   return fittingTable(columns, rows, lineWidth, spare);
 }
 
