@@ -32,7 +32,9 @@ function parsed(text, file) {
     throw usageFailure(`${file} is no JSON: ${error.message}`);
   }
   const rows = text.split(/\r?\n/).map(cells);
-  return lookup(rows.filter(([key, name]) => key && name));
+  const named = rows.filter(([key, name]) => key && name);
+  if (named.length === 0) throw usageFailure(`${file} has no line like "3,rifle", and is no JSON object`);
+  return lookup(named);
 }
 
 // The names in a file: lines of CSV with a number or account and its name, or a JSON object of them. {} without a file.

@@ -51,6 +51,11 @@ class Output {
   }
 }
 
+// Makes the folder if it is not there. Rejects with ERR_OUTPUT.
+async function makeFolder(folder) {
+  await fs.mkdir(folder, { recursive: true }).catch((error) => Promise.reject(outputFailure(error)));
+}
+
 // Puts text at `file`, replacing what was there; on failure nothing of it stays. Rejects with ERR_OUTPUT.
 async function writeWhole(file, text) {
   const temporary = path.join(path.dirname(file), `.${randomUUID()}.tmp`);
@@ -63,4 +68,4 @@ async function writeWhole(file, text) {
   }
 }
 
-module.exports = { Output, outputFailure, writeWhole };
+module.exports = { Output, makeFolder, outputFailure, writeWhole };

@@ -1,12 +1,11 @@
 'use strict';
 // corvane-replay read: documents as JSON.
 
-const fs = require('node:fs/promises');
 const path = require('node:path');
 const { readReplayTexts } = require('../../client');
 const { limitsOf, withJobs, withKey, withLimits } = require('../command-options.js');
 const { endsRun, exitStatus, failureText, usageFailure } = require('../failures.js');
-const { outputFailure, writeWhole } = require('../output.js');
+const { makeFolder, writeWhole } = require('../output.js');
 const { progress } = require('../progress.js');
 const { PATHS, replayPaths } = require('../replay-paths.js');
 
@@ -31,7 +30,7 @@ async function documentWriter(replays, { out, ndjson }, onePrinted, output) {
     return (text) => output.writeJson(layout(text) + '\n');
   }
   const files = documentFiles(replays, out);
-  await fs.mkdir(out, { recursive: true }).catch((error) => Promise.reject(outputFailure(error)));
+  await makeFolder(out);
   return (text, i) => writeWhole(files[i], text + '\n');
 }
 

@@ -21,17 +21,18 @@ async function* reported(results, { bar, tally }) {
 
 async function run(context) {
   const { readMatches, renderReport } = require('../../client');
-  const { usageFailure } = require('../failures.js');
+  const { failureOf } = require('../failures.js');
   const { listReplays, readingOf } = require('../matches.js');
   const { namesOf } = require('../name-file.js');
-  const { writeWhole } = require('../output.js');
+  const { makeFolder, writeWhole } = require('../output.js');
   const { progress } = require('../progress.js');
   const { args, options, terminal } = context;
   const { title, player } = options;
   const names = namesOf(options.names);
   const tally = { status: 0 };
   const replays = await listReplays(args[0], context, tally);
-  if (replays.length === 0) throw usageFailure('there is no replay to report on');
+  if (replays.length === 0) throw failureOf('ERR_UNREADABLE', 'there is no replay to report on');
+  await makeFolder(path.dirname(path.resolve(options.out)));
   const bar = progress(replays.length, terminal, { wanted: options.progress !== false });
   try {
     // The page says what is missing of a replay that was cut.

@@ -12,7 +12,7 @@ async function run({ args: [file], terminal }) {
     await fs.mkdir(path.dirname(file), { recursive: true });
     await fs.copyFile(SAMPLE, file, fs.constants.COPYFILE_EXCL);
   } catch (error) {
-    throw outputFailure(error);
+    throw outputFailure(error.code === 'EEXIST' ? new Error(`${file} is there already`) : error);
   }
   terminal.write(`wrote ${file}; now try: corvane-replay events ${file}\n`);
   return 0;

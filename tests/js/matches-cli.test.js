@@ -163,6 +163,7 @@ const QUESTIONS = [
 ];
 
 fs.writeFileSync(path.join(folder, 'damage.csv'), '\ufeff12,"rifle, ""heavy"""\r\n');
+fs.writeFileSync(path.join(folder, 'semicolons.csv'), `${OWN};me\n`);
 fs.writeFileSync(path.join(folder, 'names.json'), JSON.stringify({ [OWN]: 'me' }));
 
 for (const { question, args, check } of QUESTIONS) test(question, async () => check(await lines(...args)));
@@ -268,13 +269,13 @@ test('what makes no sense is said', () => {
     [['list', season, '--sort', 'colour'], /no column colour/],
     [['stats', season, '--sort', 'colour'], /no figure colour/],
     [['stats', season, '--by', 'opponent', '--min-matches', '2'], /does not go with/],
+    [['stats', season, '--by', 'map', '--player', OWN], /--player goes with/],
+    [['stats', season, '--player', OWN.slice(0, 1)], /\d accounts fit/],
+    [['stats', season, '--names', 'semicolons.csv'], /no line like/],
     [['compare', 'season'], /two sets/],
     [['export', season, '--out', 'x', '--shard', '5/4'], /i\/n/],
   ]) {
     const { status, stderr } = cli(...args);
-    [['stats', season, '--by', 'map', '--player', OWN], /--player goes with/],
-    [['stats', season, '--player', OWN.slice(0, 1)], /\d accounts fit/],
-    [['stats', season, '--names', 'semicolons.csv'], /no line like/],
     assert.deepEqual([status, text.test(stderr)], [2, true], stderr);
   }
 });

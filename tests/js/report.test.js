@@ -104,9 +104,9 @@ test('the command writes the file whole, names what it could not read, and leave
     run(process.execPath, [program, 'report', ...args], { cwd: folder, env: process.env });
   fs.writeFileSync(path.join(folder, 'names.csv'), `id,name\n${OWN},Ada\n`);
   fs.writeFileSync(path.join(folder, 'text.replay'), 'no replay');
-  const { status, stderr } = report('.', '--out', 'season.html', '--names', 'names.csv');
+  const { status, stderr } = report('.', '--out', 'new/season.html', '--names', 'names.csv');
   assert.deepEqual([status, stderr.trim().split('\n').length], [4, 1], stderr);
-  const data = dataOf(fs.readFileSync(path.join(folder, 'season.html'), 'utf8'));
+  const data = dataOf(fs.readFileSync(path.join(folder, 'new', 'season.html'), 'utf8'));
   assert.deepEqual([data.matches.length, data.failures.map(({ file }) => file)], [6, ['text.replay']]);
   assert.deepEqual(data.accounts.filter(Array.isArray), [[OWN, 'Ada']]);
   assert.equal(report('nothing.replay', '--out', 'none.html', '--player', 'nobody').status, 2);
