@@ -75,4 +75,21 @@ async function readAll(names, context, onMatch) {
   return tally.status;
 }
 
-module.exports = { eachMatch, readingOf, listReplays, readAll, wantsData, withJson, withReading };
+// The same for figures over the matches. What is cut or still being recorded lacks events: standard error tells how many.
+async function readForFigures(names, context, onMatch) {
+  const counts = { all: 0, complete: 0 };
+  const status = await readAll(names, context, (match) => {
+    counts.all += 1;
+    counts.complete += Number(match.state === 'complete');
+    return onMatch(match);
+  });
+  const { all, complete } = counts;
+  if (complete < all) {
+    context.terminal.write(`corvane-replay: ${all - complete} of ${all} matches not complete; see list\n`);
+  }
+  return status;
+}
+
+module.exports = {
+  ...{ eachMatch, listReplays, readAll, readForFigures, readingOf, wantsData, withJson, withReading },
+};

@@ -2,7 +2,7 @@
 // corvane-replay compare: the same figures of two sets of matches, side by side.
 
 const { usageFailure } = require('../failures.js');
-const { readAll, wantsData, withJson, withReading } = require('../matches.js');
+const { readForFigures, wantsData, withJson, withReading } = require('../matches.js');
 
 const words = (name) => name.replace(/_(m|ms)$/, '').replaceAll('_', ' ');
 
@@ -29,7 +29,7 @@ async function run(context) {
   for (const paths of sides(args[0])) {
     const groups = new Groups();
     const all = groups.of('all');
-    const failed = await readAll(paths, context, (match) => all.addMatch(match));
+    const failed = await readForFigures(paths, context, (match) => all.addMatch(match));
     status ||= failed;
     values.push(figuresOf(groups, OF_MATCHES)[0].values);
   }

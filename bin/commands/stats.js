@@ -3,7 +3,7 @@
 
 const { InvalidArgumentError, Option } = require('commander');
 const { printable, usageFailure } = require('../failures.js');
-const { readAll, wantsData, withJson, withReading } = require('../matches.js');
+const { readForFigures, wantsData, withJson, withReading } = require('../matches.js');
 const { PATHS } = require('../replay-paths.js');
 
 const SHOWN_ON_TERMINAL = 25;
@@ -34,7 +34,7 @@ function groupingOf({ by, minMatches, player }, names) {
   const { add, figures, ...more } = GROUPINGS[by];
   const read = async (context, tally) => {
     const groups = new Groups();
-    tally.status = await readAll(context.args[0], context, (match) => add(groups, match));
+    tally.status = await readForFigures(context.args[0], context, (match) => add(groups, match));
     const rows = figuresOf(groups, figures);
     if (player === undefined) return rows;
     const account = chosenAccount([...groups.keys()], player, names);
@@ -45,7 +45,7 @@ function groupingOf({ by, minMatches, player }, names) {
 
 async function opponents(found, context, names, tally) {
   const { args, options, terminal } = context;
-  tally.status = await readAll(args[0], context, (match) => found.add(match));
+  tally.status = await readForFigures(args[0], context, (match) => found.add(match));
   if (options.player !== undefined) return found.of(chosenAccount(found.accounts, options.player, names));
   const account = found.mostFrequent;
   if (account !== undefined) {

@@ -210,6 +210,11 @@ test('a match at a glance, and tables, fit the terminal', async () => {
   );
   const stream = { isTTY: true, write: assert.fail }; // progress would stand among the lines of JSON
   await written('list', [season, '--json'], stream, stream);
+  const cut = path.join(folder, 'cut.replay');
+  fs.writeFileSync(cut, fs.readFileSync(first.file).subarray(0, 5000));
+  const notes = [];
+  await written('stats', [first.file, cut, '--salvage'], {}, { write: (text) => notes.push(text) });
+  assert.deepEqual(notes, ['corvane-replay: 1 of 2 matches not complete; see list\n']);
   const trend = await onTerminal('stats', season, '--by', 'day');
   assert.match(trend, /^PLACE +[▁▂▃▄▅▆▇█]+ {2}[\d.]+ → [\d.]+$/m);
 });
