@@ -35,8 +35,8 @@ function milliseconds(text) {
 }
 
 function mebibytes(text) {
-  const value = Number(text) * 2 ** 20;
-  if (Number.isInteger(value) && value > 0 && value <= constants.MAX_STRING_LENGTH) return value;
+  const value = Math.ceil(Number(text) * 2 ** 20);
+  if (value > 0 && value <= constants.MAX_STRING_LENGTH) return value;
   throw new InvalidArgumentError(`It must be a number of MiB above 0, below ${MOST_MIB}.`);
 }
 

@@ -6,7 +6,7 @@ const { modeOf } = require('./export/tables.js');
 const { printable, usageFailure } = require('./failures.js');
 const { clock, count, dateTime, plain, share, UNKNOWN } = require('./units.js');
 
-const MS_PER_MINUTE = 60_000;
+const SECONDS_PER_MINUTE = 60;
 
 // value: a number, a text, or null; text: for people.
 const COLUMNS = {
@@ -17,8 +17,10 @@ const COLUMNS = {
   map: { value: ({ map }) => map, text: plain, shrinks: true },
   mode: { value: modeOf, text: plain, shrinks: true },
   length: {
-    value: ({ durationMs }) => (durationMs === null ? null : durationMs / MS_PER_MINUTE),
-    text: (minutes) => clock(minutes === null ? null : minutes * MS_PER_MINUTE),
+    // In whole seconds, as it is shown: "length=20:43" holds for what shows so.
+    value: ({ durationMs }) =>
+      durationMs === null ? null : Math.floor(durationMs / 1000) / SECONDS_PER_MINUTE,
+    text: (_, { durationMs }) => clock(durationMs),
     right: true,
   },
   place: {
@@ -43,7 +45,7 @@ const COLUMNS = {
 const NAMES = Object.keys(COLUMNS).join(', ');
 
 function columnOf(name) {
-  if (Object.hasOwn(COLUMNS, name)) return COLUMNS[name];
+  if (Object.hasOwn(COLUMNS, name.toLowerCase())) return COLUMNS[name.toLowerCase()];
   throw usageFailure(`there is no column ${name}; there are ${NAMES}`);
 }
 
@@ -69,8 +71,9 @@ function sorter(text) {
 // "12:30" is 12.5, "1:12:30" 72.5; NaN for what is no number.
 function numberOf(text) {
   const [, hours = 0, minutes, seconds] = /^(?:(\d+):)?(\d+):(\d\d)$/.exec(text) ?? [];
-  if (minutes !== undefined) return Number(hours) * 60 + Number(minutes) + Number(seconds) / 60;
-  const value = Number(text.replace(/%$/, ''));
+  const total = Number(hours) * 3600 + Number(minutes) * 60 + Number(seconds);
+  if (minutes !== undefined) return total / SECONDS_PER_MINUTE;
+  const value = Number(text.replace(/%$/, '') || NaN);
   return text.endsWith('%') ? value / 100 : value;
 }
 
@@ -102,7 +105,9 @@ function condition(text) {
     const found = value(match);
     if (found === null) return operator === '!=';
     if (operator === '~') return String(found).toLowerCase().includes(wanted.toLowerCase());
-    const order = isNumber ? compare(found, numberOf(wanted)) : orderOfTexts(found, wanted, name);
+    const order = isNumber
+      ? compare(found, numberOf(wanted))
+      : orderOfTexts(found, wanted, name.toLowerCase());
     return OPERATORS[operator](order);
   };
 }

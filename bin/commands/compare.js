@@ -11,6 +11,9 @@ function sides(paths) {
   const mark = process.argv.indexOf('--');
   const second = mark < 0 ? 0 : process.argv.length - mark - 1;
   if (second === 0 || second >= paths.length) throw usageFailure('two sets of paths are needed: A… -- B…');
+  // Behind "--" the parser takes everything for a path.
+  const option = paths.find((each) => each.startsWith('-') && each !== '-');
+  if (option !== undefined) throw usageFailure(`options come before A… -- B…: ${option}`);
   return [paths.slice(0, paths.length - second), paths.slice(paths.length - second)];
 }
 
@@ -51,7 +54,7 @@ module.exports = {
   order: 70,
   define: (command) =>
     withJson(withReading(command))
-      .description('print the same figures of two sets of matches side by side: compare A… -- B…')
+      .description('print the same figures of two sets of matches side by side: compare [options] A… -- B…')
       .argument('<path...>', 'the replays of both sets, -- between them'),
   run,
 };

@@ -29,6 +29,9 @@ async function run({ options, key, output, terminal, signal }) {
   const watched = { key, signal, folder: options.folder, maxDocumentBytes: options.maxMib };
   const results = format === 'documents' ? watchReplays(watched) : watchMatches(watched);
   const jsonOf = format === 'documents' ? documentJson : updateJson;
+  if (terminal.isTTY && format === 'text') {
+    terminal.write(`corvane-replay: watching ${options.folder ?? "the game's folder"}; Ctrl+C ends it\n`);
+  }
   let status = 0;
   for await (const result of results) {
     const { error, type } = result;

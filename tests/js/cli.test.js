@@ -67,7 +67,7 @@ for (const [status, stderr, args, variables] of [
   [5, /cut\.replay/, ['events', 'cut.replay']],
   [6, /encrypted\.replay/, ['read', 'encrypted.replay']],
   [7, /whole\.replay: .*more than 1 ms.*--timeout/, ['read', 'whole.replay', '--timeout', '0.001']],
-  [13, /whole\.replay: .*--max-mib/, ['read', 'whole.replay', '--max-mib', '0.000244140625']],
+  [13, /whole\.replay: .*--max-mib/, ['read', 'whole.replay', '--max-mib', '0.0003']],
   // Once, however many replays there are.
   [10, /^(?![^]*tried:[^]*tried:).*could not be loaded/, missing, noAddon],
 ]) {
