@@ -59,8 +59,16 @@ class Roster {
   }
 
   #added(player) {
-    const counts = { eliminations: 0, knocks: 0, timesKnocked: 0, deaths: 0 };
-    const record = { player, ...counts, endedBy: null, endedAtMs: null, selfInflicted: null };
+    const record = {
+      player,
+      eliminations: 0,
+      knocks: 0,
+      timesKnocked: 0,
+      deaths: 0,
+      endedBy: null,
+      endedAtMs: null,
+      selfInflicted: null,
+    };
     this.records.push(record);
     return record;
   }

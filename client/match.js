@@ -191,4 +191,4 @@ function matchOf(document, { path, text, facts, damageNames } = {}) {
   return Object.defineProperty(match, 'toJSON', { value: toJSON });
 }
 
-module.exports = { matchOf };
+module.exports = { UNIX_EPOCH_TICKS, matchOf };

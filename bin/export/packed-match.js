@@ -1,61 +1,67 @@
 'use strict';
-// A match on its way from the process that reads it to the thread that writes its rows: numbers in blocks, which are
-// passed on unchanged, and each player's text once.
+// A match on its way from the process that reads it to the thread that writes its rows.
 //
-//     { counts, row, start, players, texts, events, damageNames }    a match
-//     { counts, failure }                                            a replay that cannot be read
+//     { counts, bytes }      a match; bytes: { row, start, players, texts, events, damageNames }, serialised
+//     { counts, failure }    a replay that cannot be read
 //
 // counts: how many rows there are, in the order of the tables. row and failure: those of matches and failures. start: the
-// match's first moment, in microseconds. players and events: blocks. texts: the players' accounts and names, as JSON.
+// match's first moment, in microseconds. players and events: blocks of numbers. texts: the
+// players' accounts and names, as JSON. Bytes and blocks are few objects for the garbage collector, on a way on which many
+// matches wait.
 
+const v8 = require('node:v8');
 const { matchRow, microseconds } = require('./tables.js');
 
 const PLAYER_KINDS = ['account', 'bot', 'unknown'];
 const EVENT_KINDS = ['elimination', 'knock'];
 
-// The fields of each record or event in a block; numberOf: Player -> player_no.
-const PLAYER_FIELDS = {
-  kind: ({ player }) => PLAYER_KINDS.indexOf(player.kind),
-  eliminations: (record) => record.eliminations,
-  knocks: (record) => record.knocks,
-  timesKnocked: (record) => record.timesKnocked,
-  deaths: (record) => record.deaths,
-  endedBy: (record, numberOf) => numberOf.get(record.endedBy),
-  endedAtMs: (record) => record.endedAtMs,
-  selfInflicted: ({ selfInflicted }) => (selfInflicted === null ? null : Number(selfInflicted)),
-};
+// The fields of a record and of an event in their blocks, and what writes them there: the first to block[at], each other one
+// `count` numbers behind the one before. numberOf: Player -> player_no. NaN stands for what is unknown; a block takes
+// undefined for it, but null for 0.
+const PLAYER_FIELDS = [
+  ...['kind', 'eliminations', 'knocks', 'timesKnocked', 'deaths'],
+  ...['endedBy', 'endedAtMs', 'selfInflicted'],
+];
 
-const EVENT_FIELDS = {
-  timeMs: (event) => event.timeMs,
-  kind: (event) => EVENT_KINDS.indexOf(event.kind),
-  attacker: (event, numberOf) => numberOf.get(event.attacker),
-  victim: (event, numberOf) => numberOf.get(event.victim),
-  attackerX: ({ attackerAt }) => attackerAt?.x,
-  attackerY: ({ attackerAt }) => attackerAt?.y,
-  attackerZ: ({ attackerAt }) => attackerAt?.z,
-  victimX: ({ victimAt }) => victimAt?.x,
-  victimY: ({ victimAt }) => victimAt?.y,
-  victimZ: ({ victimAt }) => victimAt?.z,
-  distanceM: (event) => event.distanceM,
-  damageType: (event) => event.damageType,
-};
-
-// One field after the other, each for all items. NaN stands for null.
-function blockOf(items, fields, numberOf) {
-  const block = new Float64Array(Object.keys(fields).length * items.length);
-  let at = 0;
-  for (const field of Object.values(fields)) {
-    for (const item of items) block[at++] = field(item, numberOf) ?? NaN;
-  }
-  return block;
+function writePlayer(block, at, count, record, numberOf) {
+  block[at] = PLAYER_KINDS.indexOf(record.player.kind);
+  block[(at += count)] = record.eliminations;
+  block[(at += count)] = record.knocks;
+  block[(at += count)] = record.timesKnocked;
+  block[(at += count)] = record.deaths;
+  block[(at += count)] = numberOf.get(record.endedBy);
+  block[(at += count)] = record.endedAtMs ?? NaN;
+  block[(at += count)] = record.selfInflicted === null ? NaN : Number(record.selfInflicted);
 }
 
-// { count, FIELD: the numbers of all items, … }: views of the block, which cost the garbage collector nothing.
-function fieldsOf(block, fields) {
-  const names = Object.keys(fields);
-  const count = block.length / names.length;
-  const numbers = names.map((name, i) => [name, block.subarray(i * count, (i + 1) * count)]);
-  return { count, ...Object.fromEntries(numbers) };
+const EVENT_FIELDS = [
+  ...['timeMs', 'kind', 'attacker', 'victim'],
+  ...['attackerX', 'attackerY', 'attackerZ', 'victimX', 'victimY', 'victimZ'],
+  ...['distanceM', 'damageType'],
+];
+
+function writeEvent(block, at, count, event, numberOf) {
+  const { attackerAt, victimAt } = event;
+  block[at] = event.timeMs;
+  block[(at += count)] = EVENT_KINDS.indexOf(event.kind);
+  block[(at += count)] = numberOf.get(event.attacker);
+  block[(at += count)] = numberOf.get(event.victim);
+  block[(at += count)] = attackerAt?.x;
+  block[(at += count)] = attackerAt?.y;
+  block[(at += count)] = attackerAt?.z;
+  block[(at += count)] = victimAt?.x;
+  block[(at += count)] = victimAt?.y;
+  block[(at += count)] = victimAt?.z;
+  block[(at += count)] = event.distanceM ?? NaN;
+  block[(at += count)] = event.damageType;
+}
+
+// One field after the other, each for all items.
+function blockOf(items, fields, write, numberOf) {
+  const count = items.length;
+  const block = new Float64Array(fields.length * count);
+  for (let i = 0; i < count; ++i) write(block, i, count, items[i], numberOf);
+  return block;
 }
 
 function reduce(match) {
@@ -63,15 +69,15 @@ function reduce(match) {
   const numberOf = new Map(players.map(({ player }, i) => [player, i]));
   const damageNames = [];
   for (const { damageType, damageName } of eliminations) damageNames[damageType] = damageName;
-  return {
-    counts: [1, players.length, eliminations.length, 0],
+  const content = {
     row: matchRow(match),
     start: microseconds(match.recordedTicks),
-    players: blockOf(players, PLAYER_FIELDS, numberOf),
+    players: blockOf(players, PLAYER_FIELDS, writePlayer, numberOf),
     texts: JSON.stringify(players.map(({ player }) => player.id ?? player.name ?? null)),
-    events: blockOf(eliminations, EVENT_FIELDS, numberOf),
+    events: blockOf(eliminations, EVENT_FIELDS, writeEvent, numberOf),
     damageNames: Array.from(damageNames, (name) => name ?? null),
   };
+  return { counts: [1, players.length, eliminations.length, 0], bytes: v8.serialize(content) };
 }
 
 // bytes: the file's size, null if that is not known.
@@ -80,14 +86,36 @@ const packFailure = (path, { code, message }, bytes) => ({
   failure: [path, code ?? null, message, bytes],
 });
 
-// The match with its blocks by field, and for each player the kind, and the account or the name.
-function unpackMatch({ players, events, ...rest }) {
-  const texts = JSON.parse(rest.texts);
-  const records = fieldsOf(players, PLAYER_FIELDS);
-  const kind = texts.map((_, i) => PLAYER_KINDS[records.kind[i]]);
-  const only = (wanted) => texts.map((text, i) => (kind[i] === wanted ? text : null));
-  const persons = { kind, account: only('account'), name: only('bot') };
-  return { ...rest, persons, players: records, events: fieldsOf(events, EVENT_FIELDS) };
+// The match with numbers of its id and of its damages' names, and for each player those of kind, account and name.
+function unpackMatch({ counts, bytes }, { ids, accounts, names, damages }) {
+  const match = v8.deserialize(bytes);
+  const texts = JSON.parse(match.texts);
+  const [kindNumbers, accountNumbers, nameNumbers] = [0, 1, 2].map(() =>
+    new Float64Array(texts.length).fill(NaN),
+  );
+  for (let i = 0; i < texts.length; ++i) {
+    const kind = match.players[i]; // the first field
+    kindNumbers[i] = kind;
+    if (PLAYER_KINDS[kind] === 'account') accountNumbers[i] = accounts.numberOf(texts[i]);
+    else nameNumbers[i] = names.numberOf(texts[i]);
+  }
+  return {
+    ...match,
+    counts,
+    id: ids.numberOf(match.row[0]),
+    kinds: kindNumbers,
+    accounts: accountNumbers,
+    names: nameNumbers,
+    damages: match.damageNames.map((name) => damages.numberOf(name)),
+  };
 }
 
-module.exports = { EVENT_KINDS, packFailure, reduce, unpackMatch };
+module.exports = {
+  EVENT_FIELDS,
+  EVENT_KINDS,
+  PLAYER_FIELDS,
+  PLAYER_KINDS,
+  packFailure,
+  reduce,
+  unpackMatch,
+};

@@ -1,7 +1,7 @@
 'use strict';
 // The files of a part: a file for each table.
 
-const { cellsOf } = require('./cells.js');
+const { columnsOf } = require('./columns.js');
 const { flush } = require('./files.js');
 const { FORMATS } = require('./formats.js');
 const { TABLES } = require('./tables.js');
@@ -10,9 +10,9 @@ const TABLE_NAMES = Object.keys(TABLES);
 
 // files: one for each table, in their order. packs: as packed-match.js has them.
 async function writeTables(format, files, packs) {
-  const cells = cellsOf(packs);
+  const columns = columnsOf(packs);
   for (const [i, table] of TABLE_NAMES.entries()) {
-    await FORMATS[format].write(files[i], TABLES[table], cells[table]);
+    await FORMATS[format].write(files[i], TABLES[table], columns[table]);
     flush(files[i]);
   }
 }

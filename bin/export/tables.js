@@ -4,9 +4,10 @@
 // Types: text, integer (32 bits, signed), long (64 bits, signed), double, boolean, and timestamp (a number of microseconds
 // since 1970, in the game's own clock). Every column may be null, except those that REQUIRED names.
 
-// A timestamp's unit, in the game's ticks; and the first moment of 1970.
+const { UNIX_EPOCH_TICKS } = require('../../client/match.js');
+
+// A timestamp's unit, in the game's ticks.
 const TICKS_PER_MICROSECOND = 10n;
-const UNIX_EPOCH_TICKS = 621_355_968_000_000_000n;
 const MAX_LONG = 2n ** 63n - 1n;
 
 const columns = (type, names) => names.split(' ').map((name) => ({ name, type }));
