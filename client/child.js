@@ -6,8 +6,9 @@
 //     { path, key, maxDocumentBytes, facts, salvage }
 //                      reads a replay; answers { text }, the document in UTF-8, and if they are wanted { facts }, JSON text
 //                      as well; or { code, reason, hint }
-//     { path, key, maxDocumentBytes, facts: true, salvage, reduce, name, damageNames }
-//                      answers { reduced }: what reduce(match) of that module makes of the match
+//     { replays: [{ path, name }, …], key, maxDocumentBytes, salvage, reduce, damageNames }
+//                      answers { results }, for each replay { reduced }, what reduce(match) of that module makes of the
+//                      match, or { code, reason, hint }
 //     { folder, key, maxDocumentBytes }
 //                      watches the folder, or the demo folder; answers { watching: true } or { code, reason, hint }, then
 //                      { path, text } or { path, code, reason, hint } for each result
@@ -48,27 +49,13 @@ function readFailure(error, path) {
   return { ...rest, reason: (rest.code === 'ERR_UNREADABLE' && openFailure(path)) || reason };
 }
 
-function read({ path, key, maxDocumentBytes, facts = false, salvage = false }) {
+function read({ path, key, maxDocumentBytes, facts = false, salvage = false, rows = false }) {
   try {
-    const result = loadAddon().readReplayDocument(path, key, { facts, salvage });
+    const result = loadAddon().readReplayDocument(path, key, { facts, salvage, rows });
     return limited(facts ? result : { text: result }, maxDocumentBytes);
   } catch (error) {
     return readFailure(error, path);
   }
-}
-
-// What is made of many matches is made here, where all processors are at work.
-function reduced(result, { reduce, name, damageNames }) {
-  const { matchOf } = require('./match.js');
-  const text = result.text.toString('utf8');
-  const facts = JSON.parse(result.facts.toString('utf8'));
-  const match = matchOf(JSON.parse(text), { path: name, text, facts, damageNames });
-  return { reduced: require(reduce).reduce(match) };
-}
-
-function answerTo(order) {
-  const result = read(order);
-  return order.reduce === undefined || result.code !== undefined ? result : reduced(result, order);
 }
 
 // Such as those of a text or an answer that is too long to be made.
@@ -76,13 +63,36 @@ const isOutOfMemory = ({ name, code, message }) =>
   name === 'RangeError' || code === 'ERR_STRING_TOO_LONG' || message.includes('out of memory');
 
 // What goes wrong with one file must not end the child. The reading tells its own failures.
-function work(order) {
+function attempt(action) {
   try {
-    answer(answerTo(order));
+    return action();
   } catch (error) {
     const code = isOutOfMemory(error) ? 'ERR_OUT_OF_MEMORY' : 'ERR_CORRUPT';
-    answer({ code, reason: `nothing can be made of the document: ${error.message}` });
+    return { code, reason: `nothing can be made of the document: ${error.message}` };
   }
+}
+
+// What is made of many matches is made here, where all processors are at work.
+function reduced({ reduce, damageNames, ...order }, { path, name }) {
+  const result = read({ ...order, path, facts: true, rows: true });
+  if (result.code !== undefined) return result;
+  const { documentOfRows } = require('./event-rows.js');
+  const { matchOf } = require('./match.js');
+  const text = result.text.toString('utf8');
+  const facts = JSON.parse(result.facts.toString('utf8'));
+  const match = matchOf(documentOfRows(text), { path: name, text, facts, damageNames });
+  return { reduced: require(reduce).reduce(match) };
+}
+
+const answerTo = ({ replays, ...order }) =>
+  replays === undefined
+    ? read(order)
+    : { results: replays.map((replay) => attempt(() => reduced(order, replay))) };
+
+// Answering fails if the answer cannot be cloned.
+function work(order) {
+  const failed = attempt(() => answer(answerTo(order)));
+  if (failed !== undefined) answer(failed);
 }
 
 function watch({ folder, key, maxDocumentBytes }) {
@@ -103,7 +113,7 @@ function answer(message) {
   process.send(message, () => {});
 }
 
-process.on('message', (order) => (order.path === undefined ? watch(order) : work(order)));
+process.on('message', (order) => ('folder' in order ? watch(order) : work(order)));
 process.on('disconnect', () => process.exit());
 // A terminal's interrupt reaches parent and child. The parent decides.
 for (const signal of ['SIGINT', 'SIGHUP']) process.on(signal, () => {});

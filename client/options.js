@@ -129,6 +129,7 @@ function matchLimits(given, more = []) {
 const clientOptions = (given) => members(given, ['concurrency', 'execPath']);
 
 module.exports = {
+  MAX_TIMER_MS,
   clientOptions,
   concurrency,
   execPath,

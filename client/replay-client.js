@@ -13,7 +13,7 @@ function check({ code, reason, hint }, name) {
   if (code !== undefined) throw new ReplayError(code, reason, name, { hint });
 }
 
-// Each makes a result from a child's answer { text, facts?, reduced?, code, reason, hint } and the name of the file.
+// Each makes a result from a child's answer { text, facts?, code, reason, hint } and the name of the file.
 function textOf(answer, name) {
   check(answer, name);
   return decoded(answer.text, name);
@@ -35,34 +35,17 @@ function matchOfAnswer(answer, name, { damageNames }) {
   return matchOf(JSON.parse(text), { path: name, text, facts, damageNames });
 }
 
-function reducedOf(answer, name) {
-  check(answer, name);
-  return answer.reduced;
-}
-
 // make: one of those above.
 async function read(pool, make, path, { key, maxDocumentBytes, signal, timeout, salvage, ...more }) {
   const file = options.filePath(path);
   const name = typeof path === 'string' ? path : file;
   const request = { path: file, key, maxDocumentBytes };
   if (make === matchOfAnswer) Object.assign(request, { facts: true, salvage });
-  if (make === reducedOf) Object.assign(request, { facts: true, salvage, name, ...more });
   return pool.run(request, { path: name, signal, timeout, finish: (answer) => make(answer, name, more) });
 }
 
-let reduceMatches; // set by the class, whose private parts it needs
-
 // A set of child processes of its own. The package's functions belong to one client that is made of the defaults.
 class ReplayClient {
-  // For the command line only: as readMatches(), but each `match` is what reduce(match) of a module makes of it, in the
-  // child. reduce: the module's absolute path. What it returns must be such as can be cloned.
-  static {
-    reduceMatches = (paths, reduce, limits) => {
-      const limitsOf = (...given) => ({ ...options.matchLimits(...given), reduce });
-      return new ReplayClient().#readMany('match', reducedOf, paths, limitsOf, limits);
-    };
-  }
-
   #concurrency;
   #execPath;
   #open = new Set(); // what close() has to close
@@ -169,4 +152,4 @@ class ReplayClient {
 
 if (Symbol.asyncDispose) ReplayClient.prototype[Symbol.asyncDispose] = ReplayClient.prototype.close;
 
-module.exports = { ReplayClient, reduceMatches };
+module.exports = { ReplayClient };

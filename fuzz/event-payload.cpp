@@ -1,4 +1,4 @@
-// The payload of one event. Settings: 1 byte, which kind of event.
+// The payload of one event. Settings: 1 byte, which kind of event; from 128 on it may be a row.
 #include <array>
 
 #include "fuzz-target.h"
@@ -9,10 +9,12 @@ int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
     constexpr std::array kNames = {"AthenaMatchStats", "AthenaMatchTeamStats", "playerElim"};
     fuzz::Settings settings({data, size});
     ue4::FLocalFileEventInfo info;
-    info.Metadata = kNames[settings.Take(1) % kNames.size()];
+    const auto setting = settings.Take(1);
+    info.Metadata = kNames[setting % kNames.size()];
     fuzz::ExactBlock payload(settings.Rest());
     fuzz::ReadsOrFails([&] {
         EventText events;
+        if (setting >= 128) events.WantRows();
         std::vector<BotName> botNames;
         const bool written = WriteEvent(*FindEventKind(info), info, payload.Span(), events, &botNames);
         std::string text = events.Take();

@@ -12,7 +12,8 @@ const w = require('../support/replay-writer.js');
 
 process.env.CORVANE_ADDON = addonPath;
 const { matchOf, readMatch, readMatches } = require('../../client');
-const { reduceMatches } = require('../../client/replay-client.js');
+const { documentOfRows } = require('../../client/event-rows.js');
+const { reduceMatches } = require('../../client/match-reduction.js');
 
 const folder = temporaryFolder();
 const sample = path.join(__dirname, '..', '..', 'samples', 'match.replay');
@@ -184,6 +185,38 @@ test('what cannot be made of a match is a failure of its file, and no end of the
   for await (const { error } of reduceMatches(Array(4).fill(sample), reduce, { concurrency: 1 }))
     codes.push(error?.code);
   assert.deepEqual(codes, ['ERR_CORRUPT', 'ERR_OUT_OF_MEMORY', 'ERR_CORRUPT', undefined]);
+});
+
+test('of a batch whose child is lost, all other replays are read', async () => {
+  const reduce = path.join(folder, 'lose.js');
+  fs.writeFileSync(reduce, 'exports.reduce = ({ path }) => (/lost/.test(path) ? process.exit(7) : path);');
+  const paths = Array.from({ length: 16 }, (_, i) => path.join(folder, `${i === 5 ? 'lost' : 'kept'}-${i}`));
+  for (const file of paths) fs.copyFileSync(sample, file);
+  const results = [];
+  for await (const { match, error } of reduceMatches(paths, reduce, { concurrency: 1 }))
+    results.push(match ?? error.code);
+  assert.deepEqual(results, paths.with(5, 'ERR_CHILD_LOST'));
+});
+
+test('a document with eliminations as rows is the same document', () => {
+  const persons = [account(7), { type: 16, id: 'Bot "é"\u0000' }, { type: 3 }, { type: 9 }];
+  const events = persons.flatMap((killed, i) => [
+    elimination(
+      { killed, killer: persons[3 - i], killedAt: [NaN, -1.5, 1e9], damageType: i, knocked: i % 2 },
+      i,
+    ),
+    w.eventChunk({ Metadata: 'AthenaMatchTeamStats', data: w.teamStats(i, 98) }),
+  ]);
+  const file = path.join(folder, 'rows.replay');
+  fs.writeFileSync(file, w.replay({}, events));
+  for (const replay of [file, sample]) {
+    const textOf = (rows) =>
+      require(addonPath)
+        .readReplayDocument(replay, new ArrayBuffer(0), { facts: true, rows })
+        .text.toString();
+    assert.match(textOf(true), /^ {2}\[/m);
+    assert.equal(JSON.stringify(documentOfRows(textOf(true))), JSON.stringify(JSON.parse(textOf(false))));
+  }
 });
 
 test('a signal ends the wait for a path; await using ends the children', async () => {

@@ -24,6 +24,7 @@ constexpr char kArgumentError[] = "Expected 2 required arguments [path, ArrayBuf
 struct Options {
     bool facts = false;
     bool salvage = false;
+    bool rows = false;
 };
 
 struct Reading {
@@ -56,6 +57,7 @@ std::string TextOf(ReplayParser& parser, bool salvage, std::optional<ReadFailure
 Reading Read(const std::wstring& path, std::vector<std::uint8_t> key, Options options) {
     const std::unique_ptr<ReplayParser> parser = OpenReplay(path);
     if (options.facts) parser->WantBotNames();
+    if (options.rows) parser->WantEventRows();
     std::optional<ReadFailure> failure;
     try {
         Parse(*parser, std::move(key));
@@ -76,7 +78,7 @@ Reading Read(const std::wstring& path, std::vector<std::uint8_t> key, Options op
 Options OptionsOf(const Napi::CallbackInfo& info) {
     if (info.Length() < 3) return {};
     const auto object = info[2].As<Napi::Object>();
-    return {object.Get("facts").ToBoolean(), object.Get("salvage").ToBoolean()};
+    return {object.Get("facts").ToBoolean(), object.Get("salvage").ToBoolean(), object.Get("rows").ToBoolean()};
 }
 
 Napi::Value BufferOf(Napi::Env env, const std::string& text) {

@@ -8,11 +8,14 @@
 namespace orvel::corvane {
 
 // Takes a string, the path; an ArrayBuffer, the AES key for a replay that carries none (empty: no key); and
-// optionally an object of two booleans:
+// optionally an object of booleans:
 //
 //     facts      the result is { text, facts }, two Buffers; facts-text.h describes the facts
 //     salvage    for a broken replay, the result is what can be read of it; the facts name the failure.
 //                A file that is no replay still fails
+//
+//     rows       in the document's text, eliminations are arrays of their values (event-text.h), which is for
+//                the client's own use
 //
 // Returns the document as JSON text, a Buffer of UTF-8. Throws a TypeError for other arguments, else an Error
 // whose message is the reason and whose code is one of these:

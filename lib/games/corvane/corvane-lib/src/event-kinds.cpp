@@ -158,7 +158,7 @@ std::string DocumentName(const Player& player) {
 // A player has two keys. Writes the member only if its key is the one for the player's type.
 void WritePlayer(const EventMember& member, const Player& player, EventText& text) {
     const bool isAccount = player.type == kAccount;
-    if (isAccount != (member.type == EventMember::Account)) return;
+    if (isAccount != (member.type == EventMember::Account)) return text.Omit();
     if (isAccount) {
         text.WriteHex(member.key, std::span(player.account).first(player.hasAccount ? 16U : 0U));
     } else {
@@ -231,7 +231,7 @@ bool WriteEvent(const EventKind& kind, const ue4::FLocalFileEventInfo& info,
         ReadElimination(payload, numbers, values.players);
         if (botNames != nullptr) AddBotNames(values.players, text.EventCount(), *botNames);
     }
-    text.BeginEvent();
+    text.BeginEvent(kind.payloadBytes == 0);
     for (const EventMember& member : kind.members) WriteMember(member, kind, info, values, text);
     text.EndEvent();
     return true;

@@ -35,11 +35,14 @@ std::string Quoted(std::string_view text, ErrorHandler handler) {
 
 }  // namespace
 
-void EventText::BeginEvent() { Put("\n  {"); }
+void EventText::BeginEvent(bool mayBeRow) {
+    m_isRow = m_wantsRows && mayBeRow;
+    Put(m_isRow ? "\n  [" : "\n  {");
+}
 
 void EventText::EndEvent() {
     --m_out;  // drops the comma behind the last member
-    Put("\n  },");
+    Put(m_isRow ? "]," : "\n  },");
     Flush();
     ++m_eventCount;
 }
@@ -93,15 +96,20 @@ void EventText::WriteHex(const MemberKey& key, std::span<const std::uint8_t> byt
     Put("\",");
 }
 
+void EventText::Omit() {
+    if (m_isRow) Put("null,");
+}
+
 void EventText::WriteTimes(std::uint32_t time1, std::uint32_t time2) {
-    Put("\n   \"eventMeta\": {\n    \"time1\": ");
+    if (!m_isRow) Put("\n   \"eventMeta\": {\n    \"time1\": ");
     Put(time1);
-    Put(",\n    \"time2\": ");
+    Put(m_isRow ? "," : ",\n    \"time2\": ");
     Put(time2);
-    Put("\n   },");
+    Put(m_isRow ? "," : "\n   },");
 }
 
 void EventText::Put(const MemberKey& key) {
+    if (m_isRow) return;
     std::memcpy(m_out, key.Bytes().data(), MemberKey::kBytes);
     m_out += key.Length();
 }

@@ -3,6 +3,9 @@
 //
 // The text is what nlohmann::json would write with an indent of 1: members sorted by key, numbers by the
 // library's own algorithm. Texts that need escaping go through the library itself.
+//
+// An event can also be written as a row: its values alone, in an array. A program that reads many replays parses
+// a row in half the time of an object.
 #pragma once
 
 #include <algorithm>
@@ -53,8 +56,12 @@ class EventText {
     // up to a limit: a hostile file can have millions of events that are never written.
     void Reserve(std::size_t count) { m_text.reserve(std::min(count, kMostReserved) * kCommonBytes); }
 
-    // Between these two calls, write one event's members, sorted by key.
-    void BeginEvent();
+    // Call before the first event: events that may be rows are written as rows.
+    void WantRows() { m_wantsRows = true; }
+
+    // Between these two calls, write one event's members, sorted by key. mayBeRow: events of its kind have the
+    // same members each time, with Omit() in place of those that are not there.
+    void BeginEvent(bool mayBeRow);
     void EndEvent();
 
     void Write(const MemberKey& key, float number);  // NaN and infinities become null
@@ -65,7 +72,9 @@ class EventText {
     void Write(const MemberKey& key, std::string_view text);
     // Writes two lower-case digits for each byte; at most kShortText / 2 bytes.
     void WriteHex(const MemberKey& key, std::span<const std::uint8_t> bytes);
-    // The member "eventMeta".
+    // A member that this event does not have: null in a row.
+    void Omit();
+    // The member "eventMeta"; in a row, two values.
     void WriteTimes(std::uint32_t time1, std::uint32_t time2);
 
     std::size_t EventCount() const { return m_eventCount; }
@@ -91,6 +100,8 @@ class EventText {
     void PutLong(std::string_view text);
     void Flush();
 
+    bool m_wantsRows = false;
+    bool m_isRow = false;  // the present event
     std::array<char, kBlockBytes> m_block;
     char* m_out = m_block.data();
     std::string m_text;

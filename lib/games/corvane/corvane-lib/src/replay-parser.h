@@ -33,6 +33,9 @@ class ReplayParser : public ue4::FArchiveReader {
     // Call before the parse: the facts then have the names of bots too.
     void WantBotNames() { m_wantsBotNames = true; }
 
+    // Call before the parse: eliminations are rows in the text, as event-text.h has them.
+    void WantEventRows() { m_events.WantRows(); }
+
     // Reads the whole replay into the document. Call it once. key: the AES key if the file has none; may be
     // empty.
     //

@@ -1,0 +1,69 @@
+'use strict';
+// For the command line: what a module makes of many matches, in the children.
+
+const { ChildPool } = require('./child-pool.js');
+const { disposable, readInOrder } = require('./in-order.js');
+const options = require('./options.js');
+const { ReplayError } = require('./replay-error.js');
+
+// A child gets this many replays at once at most: small answers cost more on their way than the reading does.
+const BATCH = 16;
+
+// Fewer if there are few, so that all children have work to the end.
+function batchesOf(paths, children) {
+  const size = Math.max(1, Math.min(BATCH, Math.floor(paths.length / (4 * children))));
+  const count = Math.ceil(paths.length / size);
+  return Array.from({ length: count }, (_, i) => paths.slice(i * size, (i + 1) * size));
+}
+
+function check({ code, reason, hint }, path) {
+  if (code !== undefined) throw new ReplayError(code, reason, path, { hint });
+}
+
+function resultOf(path, answer) {
+  try {
+    check(answer, path);
+    return { path, match: answer.reduced };
+  } catch (error) {
+    return { path, error };
+  }
+}
+
+// Resolves with a result for each path. When a batch fails as a whole, each of its replays is read alone: then it shows
+// which of them it was.
+async function readBatch(pool, paths, order, { signal, timeout }) {
+  const [path] = paths;
+  const replays = paths.map((name) => ({ name, path: options.filePath(name) }));
+  const finish = (answer) => {
+    check(answer, path);
+    return paths.map((each, i) => resultOf(each, answer.results[i]));
+  };
+  const limit = timeout && Math.min(timeout * paths.length, options.MAX_TIMER_MS);
+  try {
+    return await pool.run({ ...order, replays }, { path, signal, timeout: limit, finish });
+  } catch (error) {
+    if (error.code === 'ERR_ABORTED') throw error;
+    if (paths.length === 1) return [{ path, error }];
+    const alone = await Promise.all(paths.map((each) => readBatch(pool, [each], order, { signal, timeout })));
+    return alone.flat();
+  }
+}
+
+async function* results(paths, reduce, given) {
+  const limits = options.matchLimits(given, ['concurrency']);
+  const { signal, timeout, concurrency, ...order } = limits;
+  const ahead = options.concurrency(concurrency);
+  const pool = new ChildPool(ahead, options.execPath());
+  const read = (batch) => readBatch(pool, batch, { ...order, reduce }, limits);
+  try {
+    for await (const batch of readInOrder(batchesOf(paths, ahead), { ahead, signal, read })) yield* batch;
+  } finally {
+    await pool.close();
+  }
+}
+
+// As readMatches(), for an array of strings, but each `match` is what reduce(match) of a module makes of it, in the child.
+// reduce: the module's absolute path. What it returns must be such as can be cloned.
+const reduceMatches = (...given) => disposable(results(...given));
+
+module.exports = { reduceMatches };
