@@ -78,7 +78,8 @@ Reading Read(const std::wstring& path, std::vector<std::uint8_t> key, Options op
 Options OptionsOf(const Napi::CallbackInfo& info) {
     if (info.Length() < 3) return {};
     const auto object = info[2].As<Napi::Object>();
-    return {object.Get("facts").ToBoolean(), object.Get("salvage").ToBoolean(), object.Get("rows").ToBoolean()};
+    return {object.Get("facts").ToBoolean(), object.Get("salvage").ToBoolean(),
+            object.Get("rows").ToBoolean()};
 }
 
 Napi::Value BufferOf(Napi::Env env, const std::string& text) {

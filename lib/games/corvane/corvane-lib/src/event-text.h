@@ -4,8 +4,8 @@
 // The text is what nlohmann::json would write with an indent of 1: members sorted by key, numbers by the
 // library's own algorithm. Texts that need escaping go through the library itself.
 //
-// An event can also be written as a row: its values alone, in an array. A program that reads many replays parses
-// a row in half the time of an object.
+// An event can also be written as a row: its values alone, in an array. A program that reads many replays
+// parses a row in half the time of an object.
 #pragma once
 
 #include <algorithm>
@@ -59,8 +59,8 @@ class EventText {
     // Call before the first event: events that may be rows are written as rows.
     void WantRows() { m_wantsRows = true; }
 
-    // Between these two calls, write one event's members, sorted by key. mayBeRow: events of its kind have the
-    // same members each time, with Omit() in place of those that are not there.
+    // Between these two calls, write one event's members, sorted by key. mayBeRow: events of its kind have
+    // the same members each time, with Omit() in place of those that are not there.
     void BeginEvent(bool mayBeRow);
     void EndEvent();
 
