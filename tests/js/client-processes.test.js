@@ -41,8 +41,8 @@ test('a child is Node.js without the flags and options of its application', asyn
   process.execArgv.pop();
   delete process.env.Node_Options;
   delete process.env.NODE_OPTIONS;
-  const given = Object.keys(env).filter((name) => /^(node_options|electron_run_as_node)$/i.test(name));
-  assert.deepEqual([execArgv, given], [[], ['ELECTRON_RUN_AS_NODE']]);
+  const given = Object.entries(env).filter(([name]) => /^(node_options|electron_run_as_node)$/i.test(name));
+  assert.deepEqual([execArgv, given], [[], [['ELECTRON_RUN_AS_NODE', '1']]]);
 });
 
 for (const [name, options, code, reason] of [

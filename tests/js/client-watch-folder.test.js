@@ -4,6 +4,7 @@
 const assert = require('node:assert/strict');
 const fs = require('node:fs');
 const path = require('node:path');
+const { Readable } = require('node:stream');
 const { after, test } = require('node:test');
 const { livingChildren } = require('../support/client-processes.js');
 const { addonPath } = require('../support/reads.js');
@@ -64,25 +65,36 @@ test('a match is told from its start to its end, whatever its file is called', a
   await told.return();
 });
 
-test('a match ends when its file has not changed for a while; a result without a document is none', async () => {
-  const document = (events, more) => ({ ReplayFileMeta: { Timestamp: 7 }, events, ...more });
+test('a match ends once its own file has not changed for a while; a result without a document is none', async (t) => {
+  let now = 0;
+  t.mock.method(performance, 'now', () => now);
   const event = { evtName: 'AthenaMatchTeamStats', eventMeta: { time1: 1 } };
-  const all = { path: 'a', document: document([event], { Creation: {} }) };
-  const results = [
-    { path: 'a', document: { Creation: {} } },
-    ...[all, all], // again, from a child that was started again
-    { path: 'a', document: { GameAlive: 1 } },
-    { path: 'unknown', document: { ReplayFileMeta: { Timestamp: 8 } } },
-  ];
-  const never = new Promise(() => {});
-  const iterator = {
-    next: () => (results.length > 0 ? Promise.resolve({ value: results.shift() }) : never),
-  };
-  const told = watchMatches(() => ({ [Symbol.asyncIterator]: () => iterator, close() {} }), {
-    endAfterMs: 50,
+  const result = (name, Timestamp, events, more) => ({
+    path: name,
+    document: { ReplayFileMeta: { Timestamp }, events, ...more },
   });
-  const types = [(await told.next()).value.type, (await told.next()).value.type];
-  assert.deepEqual(types, ['start', 'end']);
+  const all = (name, id) => result(name, id, [event], { Creation: {} });
+  const source = Object.assign(new Readable({ objectMode: true, read() {} }), { close() {} });
+  const told = watchMatches(() => source, { endAfterMs: 50 });
+  const next = async (time, ...results) => {
+    now = time;
+    results.forEach((each) => source.push(each));
+    const { path: of, type } = (await told.next()).value;
+    return `${of} ${type}`;
+  };
+
+  const without = [{ Creation: {} }, { GameAlive: 1 }].map((document) => ({ path: 'a', document }));
+  const again = all('a', 7); // from a child that was started again
+  const stranger = result('unknown', 8);
+  assert.equal(await next(0, without[0], all('a', 7)), 'a start');
+  assert.equal(await next(20, again, without[1], stranger, all('b', 9)), 'b start');
+  assert.equal(await next(40, result('b', 9, [event])), 'b events');
+  assert.equal(await next(70), 'a end');
+  assert.equal(await next(70, result('a', 7, []), result('b', 9, [event])), 'b events');
+  assert.equal(await next(120), 'b end');
+  // A file under the old name of one that was moved is another one.
+  assert.equal(await next(120, result('c', 7, []), all('a', 7), { path: 'last', error: {} }), 'a start');
+  await told.return();
 });
 
 test('of matches that have ended no more than 100 are remembered', async () => {

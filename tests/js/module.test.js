@@ -27,6 +27,7 @@ const read = (file) => JSON.parse(utf8Text(addon.ReadCorvaneDemo(file)));
 test('the module has its three functions, in their order', () => {
   assert.deepEqual(Object.keys(addon), ['ReadCorvaneDemo', 'StartCorvaneWatcher', 'StopCorvaneWatcher']);
   assert.ok(Object.values(addon).every((value) => typeof value === 'function'));
+  assert.deepEqual(require('../../native.js'), { ...addon });
 });
 
 test('anything but one string is a TypeError', () => {

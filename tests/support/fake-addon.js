@@ -2,6 +2,7 @@
 // Replaces the native add-on in child processes of the client (CORVANE_ADDON), and does on request what replays seldom
 // do. The file name says what: its parts are separated by dots, as in "sleep.200.replay".
 
+const { spawn } = require('node:child_process');
 const fs = require('node:fs');
 const path = require('node:path');
 
@@ -25,9 +26,13 @@ const READS = {
     fs.renameSync(`${file}.writing`, `${file}.pid`);
     for (;;) sleep(1000);
   },
-  // Says more than a reason has room for.
+  // Says more than a reason has room for; the last line comes when it has ended.
   exit(file, status) {
-    fs.writeSync(2, `${'x'.repeat(50_000)}\nthe reason of the end\n`);
+    fs.writeSync(2, 'x'.repeat(50_000));
+    spawn(process.execPath, ['-e', "console.error('\\nthe reason of the end')"], {
+      detached: true, // or Windows ends it too
+      stdio: ['ignore', 'ignore', 'inherit'],
+    });
     process.exit(Number(status));
   },
   // "meet.a.b" returns when "meet.b.a" has begun.
