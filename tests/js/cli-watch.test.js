@@ -29,6 +29,7 @@ test('watch tells a match until it has ended', async () => {
       { FileVersion: 5, bIsLive: 1, Timestamp: 638_000_000_000_000_001n },
       w.headerChunk({ levels }),
       elimination,
+      w.eventChunk({ Time1: 62_000, data: w.playerElim({ killedAt: [NaN, 0, 0] }) }),
     ),
   );
   const watch = (format) =>
@@ -55,7 +56,8 @@ test('watch tells a match until it has ended', async () => {
   assert.equal(
     told.stdout,
     'live.replay: a match begins on Corvane_Isle\nlive.replay: 0:01:01.500 Zoë eliminated Unnamed Bot over 5.0 m\n' +
-      'live.replay: the match has ended: 1 elimination, 0 knock-downs\n',
+      'live.replay: 0:01:02.000 Unnamed Bot eliminated Unnamed Bot\n' +
+      'live.replay: the match has ended: 2 eliminations, 0 knock-downs\n',
   );
   const { status, stdout } = await ndjson.ended;
   const lines = stdout
@@ -68,7 +70,7 @@ test('watch tells a match until it has ended', async () => {
     [
       0,
       [
-        [file, 'start', '638000000000000001', 1],
+        [file, 'start', '638000000000000001', 2],
         [file, 'end', '638000000000000001', 0],
       ],
     ],

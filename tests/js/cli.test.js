@@ -17,6 +17,7 @@ const program = path.join(__dirname, '..', '..', 'bin', 'corvane-replay.js');
 const folder = temporaryFolder();
 const inFolder = (...names) => path.join(folder, ...names);
 const env = { ...process.env, CORVANE_ADDON: addonPath };
+const fakeAddon = { CORVANE_ADDON: path.join(__dirname, '..', 'support', 'fake-addon.js') };
 
 const key = Buffer.alloc(16, 7);
 const stats = w.matchStats(0.5, [1, 2, 3, 4, 5, 6, 7, 8, 9, 10]);
@@ -27,6 +28,7 @@ const replays = {
   'cut.replay': w.replay({}).subarray(0, 10),
   'encrypted.replay': w.replay({ bEncrypted: 1 }, statsChunk(w.encrypt(stats, key))),
   'text.replay': Buffer.from('no replay at all'),
+  content: Buffer.from('ERR_OF_NO_KIND why'),
 };
 for (const [name, bytes] of Object.entries(replays)) fs.writeFileSync(inFolder(name), bytes);
 
@@ -53,6 +55,7 @@ test('several replays are lines in order; of the broken ones the first is the ex
 const missing = ['read', 'whole.replay', 'other.replay'];
 const noAddon = { CORVANE_ADDON: 'none.node' };
 for (const [status, stderr, args, variables] of [
+  [1, /^corvane-replay: /, ['read', 'content'], fakeAddon],
   [2, /Usage/, []],
   [2, /missing required argument[^]*corvane-replay read --help/, ['read']],
   [2, /--jobs/, ['read', 'whole.replay', '--jobs', '0']],
@@ -89,6 +92,8 @@ test('a key comes as hexadecimal digits, with or without blanks, from an argumen
     const { stdout } = cli(['read', 'encrypted.replay', ...args], { CORVANE_REPLAY_KEY });
     assert.equal(JSON.parse(stdout).events[0].accuracy, 0.5);
   }
+  for (const bytes of [24, 32])
+    assert.equal(cli(['read', 'other.replay', '--key', '07'.repeat(bytes)]).status, 0);
 });
 
 test('--out writes whole files or nothing, and nothing twice', () => {
@@ -96,10 +101,12 @@ test('--out writes whole files or nothing, and nothing twice', () => {
   fs.mkdirSync(path.join(out, 'other.json', 'in the way'), { recursive: true });
   fs.writeFileSync(path.join(out, 'cut.json'), 'older');
   fs.writeFileSync(path.join(out, 'whole.json'), 'older');
+  fs.linkSync(path.join(out, 'whole.json'), inFolder('older.json')); // as somebody who has it open
   const { status, stdout } = cli(['read', 'whole.replay', 'cut.replay', 'text.replay', '--out', out]);
   assert.deepEqual([status, stdout], [5, '']);
   assert.equal(fs.readFileSync(path.join(out, 'cut.json'), 'utf8'), 'older');
   assert.equal(fs.readFileSync(path.join(out, 'whole.json'), 'utf8'), cli(['read', 'whole.replay']).stdout);
+  assert.equal(fs.readFileSync(inFolder('older.json'), 'utf8'), 'older');
   assert.equal(cli(['read', 'other.replay', '--out', out]).status, 12);
   assert.deepEqual(fs.readdirSync(out), ['cut.json', 'other.json', 'whole.json']);
 
@@ -201,9 +208,9 @@ test('a table fits its terminal, and grows with its rows whatever one of them ho
 
 test("the progress bar is a terminal's only, and messages stand on lines of their own", () => {
   const terminal = { isTTY: true, columns: 30 };
-  const shown = (total, stream) => {
+  const shown = (total, stream, options) => {
     let text = '';
-    const bar = progress(total, { ...stream, write: (part) => (text += part) });
+    const bar = progress(total, { ...stream, write: (part) => (text += part) }, options);
     bar.step();
     bar.message('a message\n');
     bar.stop();
@@ -211,6 +218,7 @@ test("the progress bar is a terminal's only, and messages stand on lines of thei
   };
   assert.equal(shown(3, {}), 'a message\n');
   assert.equal(shown(1, terminal), 'a message\n');
+  assert.equal(shown(3, terminal, { shared: true }), 'a message\n');
   const text = shown(3, terminal);
   assert.match(text, /\x1b\[Ka message\n[^]*1\/3 replays/);
   assert.ok(
@@ -231,9 +239,10 @@ function stopped(args, stop, environment = env) {
 }
 
 test('a reader that goes away ends the run without a message', async () => {
-  const many = Array(400).fill('whole.replay');
-  const { status, stderr } = await stopped(['read', ...many], (child) => child.stdout.destroy());
-  assert.deepEqual([status, stderr], [0, '']);
+  const files = [...Array(40).fill('text.50000'), 'meet.a.a']; // the last one leaves a file when it is read
+  const leave = (child) => child.stdout.destroy();
+  const { status, stderr } = await stopped(['read', ...files], leave, { ...env, ...fakeAddon });
+  assert.deepEqual([status, stderr, fs.existsSync(inFolder('meet.a.a'))], [0, '', false]);
 });
 
 // Windows has no signals to send; there an interrupt comes from the console.
@@ -255,15 +264,20 @@ if (process.platform !== 'win32') {
     assert.deepEqual([status, /cannot write: .*ENOSPC/.test(stderr)], [12, true], stderr);
   });
 
-  test('watching prints a line for each change, and an interrupt is its ordinary end', async () => {
+  test('watching prints a line for each change; an interrupt is its ordinary end, even after a failure', async () => {
     const demos = inFolder('CorvaneGame', 'Saved', 'Demos');
     fs.mkdirSync(demos, { recursive: true });
     const file = path.join(demos, 'live.replay');
     fs.writeFileSync(file, replays['other.replay']);
-    const growing = setInterval(() => fs.appendFileSync(file, statsChunk(stats)), 300);
+    let changing = setInterval(() => fs.appendFileSync(file, statsChunk(stats)), 300);
+    const breakFirst = (child) => {
+      clearInterval(changing);
+      changing = setInterval(() => fs.writeFileSync(file, replays['cut.replay']), 300);
+      child.stderr.once('data', () => interrupt(child));
+    };
     const args = ['watch', '--format', 'documents'];
-    const { status, line } = await stopped(args, interrupt, { ...env, LOCALAPPDATA: folder });
-    clearInterval(growing);
+    const { status, line } = await stopped(args, breakFirst, { ...env, LOCALAPPDATA: folder });
+    clearInterval(changing);
     const { path: told, document } = JSON.parse(line);
     assert.deepEqual([status, told, document.Creation.fileName], [0, file, file]);
   });
