@@ -36,7 +36,8 @@ fs.writeFileSync(broken, 'no replay');
 
 const names = Object.keys(TABLES);
 const extensions = ['parquet', 'csv', 'ndjson'];
-const exported = (out, ...more) => run(process.execPath, [program, 'export', season, '--out', out, ...more]);
+const command = (from, out, ...more) => [process.execPath, [program, 'export', from, '--out', out, ...more]];
+const exported = (...args) => run(...command(season, ...args));
 
 // The rows of a table as texts, in no order.
 async function rowsOf(out, table, extension) {
@@ -115,6 +116,9 @@ if (process.platform !== 'win32')
     const joined =
       'select count(*) from eliminations e join players p on p.match_id = e.match_id and p.player_no = victim_no';
     assert.deepEqual(await query(joined), [[String(expected.eliminations)]]);
+    const elsewhere =
+      'select count(*) from eliminations join matches using (match_id) where epoch_us(event_time) != epoch_us(recorded_at) + 1000 * time_ms';
+    assert.deepEqual(await query(elsewhere), [['0']]);
     const [failure] = await query('select path, code, file_bytes from failures');
     assert.deepEqual(failure, [broken, 'ERR_NOT_A_REPLAY', '9']);
   });
@@ -204,9 +208,20 @@ test('what a spreadsheet would take for a formula begins with an apostrophe', as
   assert.deepEqual(written, Object.values(guarded));
 });
 
+test('lines keep the digits of times and of 64-bit numbers', async () => {
+  const columns = Object.entries({ at: 'timestamp', ticks: 'long' }).map(([name, type]) => ({ name, type }));
+  for (const [format, line] of [
+    ['csv', '2020-12-31T08:26:40.123006,637450000001234567'],
+    ['ndjson', '{"at":"2020-12-31T08:26:40.123006","ticks":"637450000001234567"}'],
+  ]) {
+    await FORMATS[format].write(inFolder('lines'), columns, [[1609403200123006], [637450000001234567n]]);
+    assert.equal(fs.readFileSync(inFolder('lines'), 'utf8').split('\n').at(-2), line);
+  }
+});
+
 // The status of a run, and what it says of its replays.
-function updated(from, out, ...more) {
-  const { status, stderr } = run(process.execPath, [program, 'export', from, '--out', out, ...more]);
+function updated(...args) {
+  const { status, stderr } = run(...command(...args));
   return [status, stderr.match(/\d+ read, \d+ failed, \d+ unchanged/)?.[0]];
 }
 
@@ -237,11 +252,15 @@ for (const extension of extensions) {
     const update = (out, ...more) => updated(own, out, '--format', extension, ...more);
     fs.mkdirSync(own);
     for (let number = 1; number <= 6; ++number) put(number);
+    const keepTime = () => fs.utimesSync(replay(2), 1, 1);
+    keepTime();
     const [out, fresh] = [inFolder(`updated-${extension}`), inFolder(`fresh-${extension}`)];
     assert.deepEqual(update(out), [0, '6 read, 0 failed, 0 unchanged']);
     put(2, 50);
+    keepTime(); // only its size differs, and only the time of the third
+    put(3);
     put(7);
-    assert.deepEqual(update(out, '--update'), [0, '2 read, 0 failed, 5 unchanged']);
+    assert.deepEqual(update(out, '--update'), [0, '3 read, 0 failed, 4 unchanged']);
     assert.deepEqual(update(out, '--update'), [0, '0 read, 0 failed, 7 unchanged']);
     update(fresh);
     await assertSameRows(out, fresh, extension);
@@ -256,17 +275,7 @@ test('four shards at once write the rows of one run', async () => {
   const [one, four] = [inFolder('one'), inFolder('four')];
   exported(one, '--format', 'ndjson');
   const shards = ['1/4', '2/4', '3/4', '4/4'].map((shard) =>
-    start(process.execPath, [
-      program,
-      'export',
-      season,
-      '--out',
-      four,
-      '--format',
-      'ndjson',
-      '--shard',
-      shard,
-    ]),
+    start(...command(season, four, '--format', 'ndjson', '--shard', shard)),
   );
   const results = await Promise.all(shards.map(({ ended }) => ended));
   const failed = results.filter(({ status }) => status !== 0);

@@ -61,7 +61,25 @@ const countBy = (list, keyOf) => {
   return counts;
 };
 
-const won = truth.filter(({ place }) => place === 1);
+const wonOf = (list) => list.filter(({ place }) => place === 1);
+const won = wonOf(truth);
+
+const median = (list) => {
+  const sorted = [...list].sort((a, b) => a - b);
+  const middle = (sorted.length - 1) / 2;
+  return (sorted[Math.floor(middle)] + sorted[Math.ceil(middle)]) / 2;
+};
+
+const namesFile = path.join(folder, 'names.json');
+const ofOpponents = ['stats', season, '--by', 'opponent'];
+const checkNemesis = ([first]) => {
+  const counts = countBy(
+    ends().filter((e) => e.victim.id === OWN && e.attacker.id && e.attacker !== e.victim),
+    ({ attacker }) => attacker.id,
+  );
+  assert.equal(first.eliminated_player, Math.max(...counts.values()));
+  assert.equal(first.eliminated_player, counts.get(first.opponent));
+};
 
 // Each question with the one command that answers it; rows: what the command gave.
 const QUESTIONS = [
@@ -96,39 +114,34 @@ const QUESTIONS = [
     question: 'the damage mix',
     args: ['stats', season, '--by', 'damage', '--damage-names', path.join(folder, 'damage.csv')],
     check: (rows) => {
-      const counts = countBy(ends(), ({ damageType }) => damageType);
       const rifle = rows.find(({ damage }) => damage === 'rifle, "heavy"');
-      assert.equal(rifle.eliminations, counts.get(12));
+      const distances = ends().flatMap((e) => (e.damageType === 12 ? [e.distanceM] : []));
+      assert.equal(rifle.eliminations, distances.length);
+      assert.equal(rifle.median_distance_m, median(distances));
       assert.ok(Math.abs(rows.reduce((sum, { share }) => sum + share, 0) - 1) < 1e-9);
     },
   },
   {
     question: 'how one player did',
-    args: ['stats', season, '--player', 'ME', '--names', path.join(folder, 'names.json')],
+    args: ['stats', season, '--player', 'ME', '--names', namesFile],
     check: ([{ player, name, matches }, ...more]) =>
       assert.deepEqual([player, name, matches, more], [OWN, 'me', truth.length, []]),
   },
   {
     question: 'the nemesis',
-    args: ['stats', season, '--by', 'opponent', '--player', OWN.slice(0, 9).toUpperCase()],
-    check: ([first]) => {
-      const counts = countBy(
-        ends().filter((e) => e.victim.id === OWN && e.attacker.id && e.attacker !== e.victim),
-        ({ attacker }) => attacker.id,
-      );
-      assert.equal(first.eliminated_player, Math.max(...counts.values()));
-      assert.equal(first.eliminated_player, counts.get(first.opponent));
-    },
+    args: [...ofOpponents, '--player', OWN.slice(0, 9).toUpperCase()],
+    check: checkNemesis,
   },
+  { question: 'the nemesis of who is in most matches', args: ofOpponents, check: checkNemesis },
   {
     question: 'how place changed over time',
     args: ['stats', season, '--by', 'week'],
     check: (rows) => {
       assert.deepEqual(
-        rows.map(({ week, matches }) => [week, matches]),
+        rows.map(({ week, matches, wins }) => [week, matches, wins]),
         [
-          ['2020-W53', 19],
-          ['2021-W01', 11],
+          ['2020-W53', 19, wonOf(truth.slice(0, 19)).length],
+          ['2021-W01', 11, wonOf(truth.slice(19)).length],
         ],
       );
     },
@@ -139,32 +152,24 @@ const QUESTIONS = [
     check: (rows) => {
       for (const { map, median_place } of rows) {
         const places = truth.filter((each) => each.map === map).map(({ place }) => place);
-        const sorted = places.sort((a, b) => a - b);
-        const middle = (sorted.length - 1) / 2;
-        assert.equal(median_place, (sorted[Math.floor(middle)] + sorted[Math.ceil(middle)]) / 2);
+        assert.equal(median_place, median(places));
       }
     },
   },
   {
     question: 'what differs between two sets',
-    args: [
-      'compare',
-      'season/match-0000*.replay',
-      '--',
-      'season/match-0001*.replay',
-      'season/match-00020.replay',
-    ],
+    args: ['compare', 'season/match-0000*', '--', 'season/match-0001*', 'season/match-00020.replay'],
     check: (rows) => {
-      const wins = (list) => list.filter(({ place }) => place === 1).length;
+      const [a, b] = [truth.slice(0, 9), truth.slice(9, 20)].map((list) => wonOf(list).length);
       assert.deepEqual(rows[0], { figure: 'matches', a: 9, b: 11 });
-      assert.deepEqual(rows[1], { figure: 'wins', a: wins(truth.slice(0, 9)), b: wins(truth.slice(9, 20)) });
+      assert.deepEqual(rows[1], { figure: 'wins', a, b });
     },
   },
 ];
 
 fs.writeFileSync(path.join(folder, 'damage.csv'), '\ufeff12,"rifle, ""heavy"""\r\n');
 fs.writeFileSync(path.join(folder, 'semicolons.csv'), `${OWN};me\n`);
-fs.writeFileSync(path.join(folder, 'names.json'), JSON.stringify({ [OWN]: 'me' }));
+fs.writeFileSync(namesFile, `\ufeff${JSON.stringify({ [OWN]: 'me' })}`);
 
 for (const { question, args, check } of QUESTIONS) test(question, async () => check(await lines(...args)));
 
@@ -176,18 +181,10 @@ test('conditions hold as they read, and what is not known meets none but "!="', 
     name: null,
   };
   Object.assign(match, { team: { place: 3, of: 98 }, own: { accuracy: 0.25 } });
-  const held = [
-    'Date=2021-02',
-    'date<2021-03',
-    'length=12:30',
-    'length<1:12:30',
-    'accuracy=25%',
-    'Map~MARSH',
-    'place<=3',
-    'name!=x',
-  ];
-  for (const text of held) assert.ok(condition(text)(match), text);
-  for (const text of ['date=2021-03', 'place<3', 'length>1:02:30', 'map=Salt', 'name=x', 'name>a'])
+  const held =
+    'Date=2021-02 date<2021-03 length=12:30 length<1:12:30 accuracy=25% Map~MARSH place<=3 name!=x';
+  for (const text of held.split(' ')) assert.ok(condition(text)(match), text);
+  for (const text of 'date=2021-03 place<3 length>1:02:30 map=Salt name=x name>a'.split(' '))
     assert.ok(!condition(text)(match), text);
   assert.ok(sorter('-accuracy').compare(null, 1) > 0);
 });
