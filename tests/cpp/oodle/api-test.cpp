@@ -73,6 +73,7 @@ class Blocks : public testing::Test {
 TEST_F(Blocks, decode_one_by_one_with_the_others_as_dictionary) {
     ForEachBlock([](const oo2::DecompressArgs& args) { EXPECT_EQ(Decode(args), args.rawLen); });
     EXPECT_EQ(raw_, expected_);
+    EXPECT_EQ(oo2::GetCompressedStepForRawStep(stream_, 1, kBlock).compUsed, -1);
 }
 
 TEST_F(Blocks, phase_1_of_all_blocks_may_run_before_phase_2_of_the_first) {
@@ -115,11 +116,12 @@ TEST_F(Blocks, tell_the_callback_after_every_quantum) {
                           std::ptrdiff_t compSize, std::ptrdiff_t rawDone, std::ptrdiff_t compUsed) {
         auto& list = *static_cast<std::vector<std::ptrdiff_t>*>(user);
         list.push_back(rawDone);
-        if (rawDone == rawLen) list.push_back(compUsed - compSize);
+        if (rawLen > kBlock && rawDone == rawLen) list.push_back(compUsed - compSize);
         return 0;
     };
     EXPECT_EQ(Decode(args_), args_.rawLen);
-    EXPECT_THAT(told, ElementsAre(kBlock, 2 * kBlock, 600'000, 0));
+    ForEachBlock(Decode);
+    EXPECT_THAT(told, ElementsAre(kBlock, 2 * kBlock, 600'000, 0, kBlock, kBlock, 600'000 - 2 * kBlock));
 }
 
 TEST_F(Blocks, with_the_rest_cut_off_leave_what_was_decoded) {

@@ -67,6 +67,9 @@ TEST(Frame, a_call_that_cannot_be_done_gives_0_and_says_why) {
         {"OodleLZ_Decompress failed (262144 != 300000)",
          twoBlocks,
          {.rawLen = 300'000, .fpCallback = cancel}},
+        {"insufficient comp data in OodleLZ_GetAllChunksCompressor",
+         {kReset, kKraken, 0, 0, 9},
+         {.rawLen = OODLELZ_BLOCK_LEN + 1}},
         {"check value not verified : its hash is not known to this decoder", checked, {.checkCRC = true}},
         {"decoderMemory < OodleLZ_ThreadPhased_BlockDecoderMemorySizeNeeded",
          Memset(7),
@@ -111,12 +114,22 @@ TEST(Frame, a_dictionary_is_within_reach_until_a_reset) {
 TEST(Frame, settings_that_change_nothing) {
     Bytes stream = Memset(7, kKraken | kCarriesCheck);  // a memset quantum carries none
     stream.push_back(0x55);                             // and what follows is not looked at
-    for (const oo2::DecompressArgs& args :
+    for (oo2::DecompressArgs args :
          {oo2::DecompressArgs{.checkCRC = true}, {.decBufSize = OODLELZ_BLOCK_LEN}, {.threadPhase = 0}}) {
+        args.rawLen = OODLELZ_BLOCK_LEN;
         const Decoded decoded(stream, args);
-        EXPECT_EQ(decoded.result, 100);
-        EXPECT_EQ(decoded.raw, Bytes(100, 7));
+        EXPECT_EQ(decoded.result, args.rawLen);
+        EXPECT_EQ(decoded.raw, Bytes(OODLELZ_BLOCK_LEN, 7));
     }
+}
+
+TEST(Frame, stored_blocks_are_not_looked_into_for_the_next_header) {
+    Bytes stream = {kMemcpy, kKraken};
+    stream.resize(2 + OODLELZ_BLOCK_LEN, 7);
+    const Bytes last = Memset(7);
+    stream.insert(stream.end(), last.begin(), last.end());
+    const Decoded decoded(stream, {.rawLen = OODLELZ_BLOCK_LEN + 100});
+    EXPECT_EQ(decoded.raw, Bytes(OODLELZ_BLOCK_LEN + 100, 7));
 }
 
 TEST(Frame, verbosity_3_tells_of_each_block_and_quantum) {
@@ -192,7 +205,8 @@ TEST(DecodeSome, tells_why_it_fails) {
 
 TEST(DecodeSome, waits_for_more_and_gives_up_after_1000_calls) {
     Fixture f;
-    for (int call = 1; call < 1000; ++call) {
+    EXPECT_TRUE(f.Step(Bytes(1, kReset)));
+    for (int call = 2; call < 1000; ++call) {
         ASSERT_TRUE(f.Step({kReset, 6, 0x07, 0xFF})) << call;
         ASSERT_EQ(f.result.rawDecoded + f.result.compUsed, 0);
     }
