@@ -28,12 +28,14 @@ const endings = [
     stdout: /^stopped\n$/,
   },
   { title: 'gets what its callback throws', what: ['throws'], stdout: /^(the error\n){2,}$/ },
-  {
-    title: 'is ended by a replay that cannot be parsed, with its name and the reason on standard error',
-    what: ['broken'],
-    status: ABORTED,
-    stderr: /\.replay\nReadReplayInfo: Found multiple header chunks\n/,
-  },
+  ...[
+    ['header', /\.replay\nReadReplayInfo: Found multiple header chunks\n(?!\n)/],
+    ['key', /\.replay\n.*: Data was encrypted, but encryption key was not set\.\n/],
+  ].map(([broken, stderr]) => ({
+    title: `is ended by a replay that cannot be parsed, with its name and the reason on standard error: ${broken}`,
+    what: ['broken', broken],
+    ...{ status: ABORTED, stdout: /^(\n.* not set\.\n)?$/, stderr },
+  })),
   { title: 'outlives workers that watch', what: ['workers', 30], stdout: /^\n*done\n$/ },
   { title: 'outlives workers that take over', what: ['workers', 30, 'addon first'], stdout: /^\n*done\n$/ },
   { title: 'ends by itself once it was told that there is no folder', what: ['noFolder'], stdout: noFolder },

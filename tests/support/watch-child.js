@@ -96,10 +96,11 @@ const scenarios = {
     grow();
   },
 
-  broken() {
+  broken(what) {
     create();
     start();
-    create(w.headerChunk(), w.headerChunk());
+    if (what === 'header') create(w.headerChunk(), w.headerChunk());
+    else fs.writeFileSync(file, w.replay({ bEncrypted: 1 }, w.eventChunk({ data: w.playerElim() })));
   },
 
   // Workers that watch, each ended at another time, a third of them around the first delivery; then this thread can
