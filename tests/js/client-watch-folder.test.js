@@ -54,10 +54,17 @@ test('a match is told from its start to its end, whatever its file is called', a
   put('broken.replay', w.replay().subarray(0, 10));
   assert.deepEqual(await next(), ['broken.replay', 'error', 'ERR_CORRUPT']);
 
+  // What is told last of a broken file does not count: it may be written anew.
+  fs.appendFileSync(file('b.replay'), w.eventChunk({ data: w.skipped(20) }));
+  assert.deepEqual(await next(), ['b.replay', 'error', 'ERR_CORRUPT']);
+  const all = [elimination(20, 'Zoë'), elimination(10, 'A'), elimination(30, 'B'), elimination(40, 'D')];
+  put('b.replay', w.replay({ ...info, bIsLive: 1 }), w.headerChunk(), ...all);
+  assert.deepEqual(await next(), ['b.replay', 'events', 'recording', 4, [40]]);
+
   const game = fs.openSync(file('b.replay'), 'r+');
   fs.writeSync(game, w.u32(0), 0, 4, w.infoBlock({ FileVersion: 1, FriendlyName: '' }).length - 4);
   fs.closeSync(game);
-  assert.deepEqual(await next(), ['b.replay', 'end', 'complete', 3, []]);
+  assert.deepEqual(await next(), ['b.replay', 'end', 'complete', 4, []]);
 
   // Another replay under the name of one is told from its start.
   put('b.replay', w.replay({ ...info, Timestamp: 1n }), w.headerChunk(), elimination(5, 'C'));

@@ -37,6 +37,7 @@ test('a match that is cut anywhere fails by name or says what is missing, and wh
     const failure = error ?? facts.failure;
     if (failure) assert.match(failure.reason ?? failure.message, NAMED);
     else assert.ok(facts.end === 'cut' || facts.warnings.length > 0, `cut at ${size}`);
+    assert.doesNotMatch(`${facts?.warnings}`, /cannot belong/);
     if (error) continue; // the information block is not whole
     if (facts.end === 'complete') eventsUpTo.set(size, document.events ?? []);
     else assert.deepEqual([facts.end, document.events ?? []], ['cut', eventsUpTo.get(facts.cutAt)]);
@@ -51,9 +52,10 @@ test('a match that is cut anywhere fails by name or says what is missing, and wh
 const key = Buffer.alloc(16, 7);
 const bot = (id) => w.playerElim({ killer: { type: 16, id } });
 const event = (data, more) => w.eventChunk({ data, ...more });
-const statistics = ['AthenaMatchStats', 'AthenaMatchTeamStats'].map((Group) =>
-  event(w.matchStats(1, [1, 2, 3, 4, 5, 6, 7, 8, 9, 10]), { Group }),
-);
+const kinds = ['AthenaMatchStats', 'AthenaMatchTeamStats'];
+const statistics = kinds.map((Group) => event(w.matchStats(1, [1, 2, 3, 4, 5, 6, 7, 8, 9, 10]), { Group }));
+const missing = kinds.map((kind) => `there is no ${kind}, which a match has at its end`);
+const misfit = ({ length }) => `the chunk at byte ${length} cannot belong to the file`;
 const rest = [w.headerChunk(), statistics];
 const complete = { end: 'complete', cutAt: null, failure: null, skipped: [], warnings: [] };
 
@@ -77,11 +79,7 @@ for (const { name, info, chunks, facts, document = {} } of [
   {
     name: 'skipped events, by name and reason',
     chunks: [
-      ...[
-        rest,
-        event(bot('x'), { Group: 'a', Metadata: 'b' }),
-        event(bot('x'), { Group: 'a', Metadata: 'b' }),
-      ],
+      ...[rest, Array(2).fill(event(bot('x'), { Group: 'a', Metadata: 'b' }))],
       ...[event(w.skipped(3), { Group: 'AthenaMatchStats' }), event(Buffer.alloc(0))],
     ],
     facts: {
@@ -132,6 +130,14 @@ for (const { name, info, chunks, facts, document = {} } of [
     document: { events: [{}, {}, { killerBot: 'b' }] },
   },
   {
+    name: 'a last event that is larger than its chunk, and no header',
+    chunks: [w.eventChunk({ SizeInBytes: 1e6 })],
+    facts: {
+      ...{ end: 'failed', failure: { reason: 'ReadReplayInfo: Invalid event disk size' } },
+      warnings: ['there is no header chunk', misfit(w.replay()), ...missing],
+    },
+  },
+  {
     name: 'texts that are not UTF-8',
     info: { FriendlyName: w.bytes(w.i32(3), Buffer.from('a\xff\0', 'latin1')) },
     chunks: [rest, event(bot(w.bytes(w.i32(3), Buffer.from('b\xff\0', 'latin1'))))],
@@ -156,10 +162,8 @@ for (const { name, info, chunks, facts, document = {} } of [
       warnings: [
         '1 unknown (cleared) chunks were skipped',
         'Header.Magic != NETWORK_DEMO_MAGIC',
-        `the chunk at byte ${w.replay({}, w.headerChunk(), w.skipped(9)).length} cannot belong to the file`,
-        ...statistics.map(
-          (_, i) => `there is no AthenaMatch${['Stats', 'TeamStats'][i]}, which a match has at its end`,
-        ),
+        misfit(w.replay({}, w.headerChunk(), w.skipped(9))),
+        ...missing,
       ],
     },
   },

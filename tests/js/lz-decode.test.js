@@ -21,6 +21,7 @@ for (const [status, stderr, ...args] of [
   [2, /^usage:/, size, `${stream}.lz`],
   [2, /^usage:/, `${size}x`, `${stream}.lz`, out],
   [2, /^usage:/, '--repeat', '0', size, `${stream}.lz`],
+  [2, /^usage:/, '--repeat', '1000001', size, `${stream}.lz`],
   [0, /^$/, '--repeat', '2', size, `${stream}.lz`],
   [0, /^$/, size, `${stream}.lz`, out],
 ]) {

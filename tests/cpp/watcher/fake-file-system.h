@@ -51,7 +51,8 @@ class FakeFileSystem final : public orvel::util::FileSystem {
     }
 
     std::error_code ListFolder(const std::wstring& systemPath, const Visitor& visit) override {
-        const std::wstring folder = Generic(systemPath);
+        std::wstring folder = Generic(systemPath);
+        if (folder.ends_with(L'/')) folder.pop_back();
         ++m_listings;
         {
             const std::lock_guard lock(m_mutex);

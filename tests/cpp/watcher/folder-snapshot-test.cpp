@@ -65,7 +65,7 @@ TEST_F(FolderSnapshotTest, a_file_lives_through_created_modified_erased_and_crea
 
 TEST_F(FolderSnapshotTest, all_that_is_gone_is_reported_before_anything_that_is_there) {
     for (const wchar_t* path : {L"/demos/a", L"/demos/m", L"/demos/z"}) files.Put(path, {1});
-    FolderSnapshot snapshot(L"/demos", files);
+    FolderSnapshot snapshot(L"/demos/", files);
     files.Remove(L"/demos/m");
     files.Put(L"/demos/a", {2});
     files.Put(L"/demos/b", {2});
@@ -129,6 +129,11 @@ TEST_F(FolderSnapshotTest, what_changes_during_a_report_has_its_newest_time_when
     };
     EXPECT_THAT(Reports(snapshot, writeOthers), ElementsAre(L"modified /demos/a", L"modified /demos/b"));
     EXPECT_THAT(Reports(snapshot), ElementsAre(L"erased /demos/c"));
+
+    files.Remove(L"/demos/b");
+    files.Put(L"/demos/a", {3});
+    const auto undo = [&](const std::wstring&) { files.Put(L"/demos/a", {2}); };
+    EXPECT_THAT(Reports(snapshot, undo), ElementsAre(L"erased /demos/b"));
 }
 
 TEST_F(FolderSnapshotTest, a_folder_that_is_removed_takes_its_entries_along_and_comes_back_with_new_ones) {
