@@ -51,6 +51,7 @@ test('a match is told from its start to its end, whatever its file is called', a
   fs.appendFileSync(file('b.replay'), elimination(30, 'B'));
   assert.deepEqual(await next(), ['b.replay', 'events', 'recording', 3, [30]]);
 
+  put('empty.replay'); // nothing to tell yet
   put('broken.replay', w.replay().subarray(0, 10));
   assert.deepEqual(await next(), ['broken.replay', 'error', 'ERR_CORRUPT']);
 
@@ -70,6 +71,15 @@ test('a match is told from its start to its end, whatever its file is called', a
   put('b.replay', w.replay({ ...info, Timestamp: 1n }), w.headerChunk(), elimination(5, 'C'));
   assert.deepEqual(await next(), ['b.replay', 'start', null, 1, [5]]);
   await told.return();
+});
+
+test('a folder that is missing is told, and waited for', async () => {
+  const watch = client.watchReplays({ folder: file('later') });
+  const { code } = await new Promise((resolve) => watch.once('error', resolve));
+  fs.mkdirSync(file('later'));
+  await new Promise((resolve) => watch.once('watching', resolve));
+  assert.equal(code, 'ERR_NO_DEMO_FOLDER');
+  await watch.close();
 });
 
 test('a match ends once its own file has not changed for a while; a result without a document is none', async (t) => {
