@@ -6,7 +6,7 @@ const fs = require('node:fs');
 const path = require('node:path');
 const { test } = require('node:test');
 const { addonPath, sharedPart } = require('../support/reads.js');
-const { temporaryFolder } = require('../support/run.js');
+const { run, temporaryFolder } = require('../support/run.js');
 const w = require('../support/replay-writer.js');
 
 const addon = require(addonPath);
@@ -175,5 +175,19 @@ for (const { name, info, chunks, facts, document = {} } of [
     if (reading.facts.failure) reading.facts.failure.reason = reading.facts.failure.reason.trim();
     assert.deepEqual(sharedPart(reading.facts, facts), facts);
     assert.deepEqual(sharedPart(reading.document, document), document);
+  });
+}
+
+if (process.platform === 'linux') {
+  test('a document for which there is no memory is refused as such', () => {
+    const bytes = 2_000_000_000; // of a key
+    const head = w.infoBlock({ EncryptionKey: Buffer.of(1), keySize: bytes });
+    fs.writeFileSync(file, head);
+    fs.truncateSync(file, head.length + bytes - 1);
+    const script = `
+      const addon = require(${JSON.stringify(addonPath)});
+      try { addon.readReplayDocument(process.argv[1], new ArrayBuffer(0)); } catch ({ code }) { console.error(code); }`;
+    const limited = ['-c', 'ulimit -v 2000000; exec "$@"', 'bash', process.execPath, '-e', script, file];
+    assert.equal(run('bash', limited).stderr, 'ERR_OUT_OF_MEMORY\n');
   });
 }
