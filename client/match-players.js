@@ -7,6 +7,9 @@ const UNNAMED_BOT = 'Unnamed Bot';
 
 const isNobody = ({ kind, name }) => kind === 'unknown' || name === null;
 
+// Without the zero character that ends some texts in the file.
+const withoutEnd = (text) => (text.endsWith('\0') ? text.slice(0, -1) : text);
+
 // null if unknown: an unknown player may be anyone, and two unnamed bots may be one.
 function isSelf(attacker, victim) {
   if (attacker === victim) return true;
@@ -26,7 +29,7 @@ class Roster {
   record(account, bot, exact) {
     if (account) return this.#accounts.get(account) ?? this.#account(account);
     if (exact === undefined && bot === UNNAMED_BOT) return this.#added({ kind: 'bot', name: null });
-    const name = (exact ?? bot).replace(/\0$/, '');
+    const name = withoutEnd(exact ?? bot);
     if (name !== '') return this.#bots.get(name) ?? this.#bot(name);
     return this.#added(exact === undefined ? { kind: 'unknown' } : { kind: 'bot', name: null });
   }
