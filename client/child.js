@@ -8,13 +8,16 @@
 //                      as well; or { code, reason, hint }
 //     { replays: [{ path, name }, …], key, maxDocumentBytes, salvage, reduce, damageNames }
 //                      answers { results }, for each replay { reduced }, what reduce(match) of that module makes of the
-//                      match, or { code, reason, hint }
+//                      match, or { code, reason, hint }; when there is much, only for the first of them
 //     { folder, key, maxDocumentBytes }
 //                      watches the folder, or the demo folder; answers { watching: true } or { code, reason, hint }, then
 //                      { path, text } or { path, code, reason, hint } for each result
 
 const fs = require('node:fs');
 const loadAddon = require('../load-addon.js');
+
+// What is made of more text than this is sent before more is read.
+const ANSWER_BYTES = 2 ** 22;
 
 // The native side does not know why a file cannot be opened. Node.js fails in the same way, and knows.
 function openFailure(path) {
@@ -72,27 +75,44 @@ function attempt(action) {
   }
 }
 
+// Rows are a few times smaller than the document that they stand for. Only far below its limit need that not be made.
+function readRows(order) {
+  const result = read({ ...order, facts: true, rows: true });
+  const isTooLarge =
+    result.code === 'ERR_DOCUMENT_TOO_LARGE' || result.text?.length > order.maxDocumentBytes / 8;
+  return isTooLarge ? read({ ...order, facts: true }) : result;
+}
+
 // What is made of many matches is made here, where all processors are at work.
 function reduced({ reduce, damageNames, ...order }, { path, name }) {
-  const result = read({ ...order, path, facts: true, rows: true });
+  const result = readRows({ ...order, path });
   if (result.code !== undefined) return result;
   const { documentOfRows } = require('./event-rows.js');
   const { matchOf } = require('./match.js');
   const text = result.text.toString('utf8');
   const facts = JSON.parse(result.facts.toString('utf8'));
   const match = matchOf(documentOfRows(text), { path: name, text, facts, damageNames });
-  return { reduced: require(reduce).reduce(match) };
+  return { reduced: require(reduce).reduce(match), bytes: text.length };
 }
 
-const answerTo = ({ replays, ...order }) =>
-  replays === undefined
-    ? read(order)
-    : { results: replays.map((replay) => attempt(() => reduced(order, replay))) };
+function reducedBatch({ replays, ...order }) {
+  const results = [];
+  let bytes = 0;
+  for (const replay of replays) {
+    const result = attempt(() => reduced(order, replay));
+    results.push(result);
+    bytes += result.bytes ?? 0;
+    if (bytes > ANSWER_BYTES) break;
+  }
+  return { results };
+}
 
 // Answering fails if the answer cannot be cloned.
 function work(order) {
-  const failed = attempt(() => answer(answerTo(order)));
-  if (failed !== undefined) answer(failed);
+  const failure = attempt(() => {
+    answer(order.replays === undefined ? read(order) : reducedBatch(order));
+  });
+  if (failure !== undefined) answer(failure);
 }
 
 function watch({ folder, key, maxDocumentBytes }) {

@@ -9,9 +9,10 @@ const { ReplayError } = require('./replay-error.js');
 // A child gets this many replays at once at most: small answers cost more on their way than the reading does.
 const BATCH = 16;
 
-// Fewer if there are few, so that all children have work to the end.
-function batchesOf(paths, children) {
-  const size = Math.max(1, Math.min(BATCH, Math.floor(paths.length / (4 * children))));
+// Fewer if there are few, so that all children have work to the end; and one if each has its own time limit.
+function batchesOf(paths, children, timeout) {
+  const most = timeout === undefined ? BATCH : 1;
+  const size = Math.max(1, Math.min(most, Math.floor(paths.length / (4 * children))));
   const count = Math.ceil(paths.length / size);
   return Array.from({ length: count }, (_, i) => paths.slice(i * size, (i + 1) * size));
 }
@@ -29,22 +30,28 @@ function resultOf(path, answer) {
   }
 }
 
-// Resolves with a result for each path. When a batch fails as a whole, each of its replays is read alone: then it shows
-// which of them it was.
-async function readBatch(pool, paths, order, { signal, timeout }) {
+// Resolves with a result for each path. A child that has made much of some replays leaves the rest of a batch. When a batch
+// fails as a whole, each of its replays is read alone: then it shows which of them it was.
+async function readBatch(pool, paths, order, limits) {
+  const results = [];
+  while (results.length < paths.length)
+    results.push(...(await readSome(pool, paths.slice(results.length), order, limits)));
+  return results;
+}
+
+async function readSome(pool, paths, order, { signal, timeout }) {
   const [path] = paths;
-  const replays = paths.map((name) => ({ name, path: options.filePath(name) }));
   const finish = (answer) => {
     check(answer, path);
-    return paths.map((each, i) => resultOf(each, answer.results[i]));
+    return answer.results.map((result, i) => resultOf(paths[i], result));
   };
-  const limit = timeout && Math.min(timeout * paths.length, options.MAX_TIMER_MS);
   try {
-    return await pool.run({ ...order, replays }, { path, signal, timeout: limit, finish });
+    const replays = paths.map((name) => ({ name, path: options.filePath(name) }));
+    return await pool.run({ ...order, replays }, { path, signal, timeout, finish });
   } catch (error) {
     if (error.code === 'ERR_ABORTED') throw error;
     if (paths.length === 1) return [{ path, error }];
-    const alone = await Promise.all(paths.map((each) => readBatch(pool, [each], order, { signal, timeout })));
+    const alone = await Promise.all(paths.map((each) => readSome(pool, [each], order, { signal, timeout })));
     return alone.flat();
   }
 }
@@ -56,7 +63,8 @@ async function* results(paths, reduce, given) {
   const pool = new ChildPool(ahead, options.execPath());
   const read = (batch) => readBatch(pool, batch, { ...order, reduce }, limits);
   try {
-    for await (const batch of readInOrder(batchesOf(paths, ahead), { ahead, signal, read })) yield* batch;
+    for await (const batch of readInOrder(batchesOf(paths, ahead, timeout), { ahead, signal, read }))
+      yield* batch;
   } finally {
     await pool.close();
   }

@@ -129,7 +129,6 @@ function matchLimits(given, more = []) {
 const clientOptions = (given) => members(given, ['concurrency', 'execPath']);
 
 module.exports = {
-  MAX_TIMER_MS,
   clientOptions,
   concurrency,
   execPath,

@@ -31,7 +31,7 @@ function field(block, fields, name, meanings) {
 const ofPlayer = (name, meanings) => field('players', PLAYER_FIELDS, name, meanings);
 const ofEvent = (name, meanings) => field('events', EVENT_FIELDS, name, meanings);
 
-// The numbers of a list of the match, at the places that another column tells.
+// The numbers of a list of the match, at the places that another column tells; each place makes way for its number.
 function picked(places, list, meaningsOf) {
   const write = (to, match) => {
     places.write(to, match);

@@ -14,6 +14,7 @@ async function library() {
 // Below this, a list of all numbers is a small dictionary.
 const MOST_SMALL = 4096;
 
+// Little-endian, which is Parquet's order, as every processor is that the add-on is built for.
 const bytesOf = ({ buffer, byteOffset, byteLength }) => new Uint8Array(buffer, byteOffset, byteLength);
 
 function areEqual(a, b) {
@@ -74,6 +75,7 @@ const numbersUpTo = (last) => Array.from({ length: last + 1 }, (_, i) => i);
 const ENCODERS = {
   INT32(page, { numbers, integers }) {
     integers.set(numbers);
+    if (!areEqual(integers, numbers)) throw new RangeError('an integer has more than 32 bits');
     page.appendBytes(bytesOf(integers));
     return 'PLAIN';
   },
@@ -87,8 +89,7 @@ const ENCODERS = {
     page.appendBytes(bytesOf(halvesOf(numbers)));
     return 'PLAIN';
   },
-  // Positions do not repeat, so a dictionary would only make them larger. Little-endian, as every processor is that the
-  // add-on is built for.
+  // Positions do not repeat, so a dictionary would only make them larger.
   DOUBLE(page, { numbers }) {
     page.appendBytes(bytesOf(numbers));
     return 'PLAIN';

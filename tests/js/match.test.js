@@ -187,18 +187,39 @@ test('what cannot be made of a match is a failure of its file, and no end of the
   assert.deepEqual(codes, ['ERR_CORRUPT', 'ERR_OUT_OF_MEMORY', 'ERR_CORRUPT', undefined]);
 });
 
-test('of a batch whose child is lost, all other replays are read', async () => {
-  const reduce = path.join(folder, 'lose.js');
-  fs.writeFileSync(reduce, 'exports.reduce = ({ path }) => (/lost/.test(path) ? process.exit(7) : path);');
-  const paths = Array.from({ length: 16 }, (_, i) => path.join(folder, `${i === 5 ? 'lost' : 'kept'}-${i}`));
-  for (const file of paths) fs.copyFileSync(sample, file);
-  const results = [];
-  for await (const { match, error } of reduceMatches(paths, reduce, { concurrency: 1 }))
-    results.push(match ?? error.code);
-  assert.deepEqual(
-    results,
-    paths.map((file, i) => (i === 5 ? 'ERR_CHILD_LOST' : file)),
+test('a batch fails only for the replay that ends its child or cannot be sent; with a time limit there are none', async () => {
+  const reduce = path.join(folder, 'batch.js');
+  fs.writeFileSync(
+    reduce,
+    `let count = 0;
+    exports.reduce = ({ path }) => {
+      if (/lost/.test(path)) process.exit(7);
+      setImmediate(() => (count = 0)); // when the order is done
+      return /unsent/.test(path) ? () => {} : ++count;
+    };`,
   );
+  const paths = Array.from({ length: 16 }, (_, i) =>
+    path.join(folder, `${{ 5: 'lost', 10: 'unsent' }[i]}-${i}`),
+  );
+  for (const file of paths) fs.copyFileSync(sample, file);
+  const resultsOf = async (limits) => {
+    const results = [];
+    for await (const { match, error } of reduceMatches(paths, reduce, { concurrency: 1, ...limits }))
+      results.push(match ?? error.code);
+    return results;
+  };
+  const alone = paths.map((_, i) => ({ 5: 'ERR_CHILD_LOST', 10: 'ERR_CORRUPT' })[i] ?? 1);
+  assert.deepEqual(await resultsOf({ timeout: 60_000 }), alone);
+  const batched = await resultsOf();
+  assert.deepEqual([batched[5], batched[10], batched[3]], [alone[5], alone[10], 4]);
+  assert.deepEqual(batched.filter(Number.isInteger).length, 14);
+  const tooLarge = { maxDocumentBytes: 3000 }; // of the document, not of its rows
+  const { error } = (await reduceMatches([sample], reduce, tooLarge).next()).value;
+  await assert.rejects(readMatch(sample, tooLarge), { code: error.code, message: error.message });
+  const stop = new AbortController();
+  const first = reduceMatches(paths, reduce, { signal: stop.signal }).next();
+  setImmediate(() => stop.abort());
+  await assert.rejects(first, { code: 'ERR_ABORTED' });
 });
 
 test('a document with eliminations as rows is the same document', () => {

@@ -81,13 +81,16 @@ struct EventKind {
     std::size_t payloadBytes = 0;
     const char* reader = nullptr;
     bool isInEachMatch = false;  // a match without one gets a warning
+    // May be a row (event-text.h). One kind only: client/event-rows.js takes each row for an elimination, and
+    // its values by their numbers in the order of the keys.
+    bool mayBeRow = false;
 };
 
 namespace {
 
 // A statistics event is a row here and a table of members above.
 constexpr EventKind kKinds[] = {
-    {"playerElim", kElimination},
+    {.name = "playerElim", .members = kElimination, .mayBeRow = true},
     {"AthenaMatchStats", kMatchStats, 48, "ReadMatchStats", true},
     {"AthenaMatchTeamStats", kMatchTeamStats, 12, "ReadMatchTeamStats", true},
 };
@@ -231,7 +234,7 @@ bool WriteEvent(const EventKind& kind, const ue4::FLocalFileEventInfo& info,
         ReadElimination(payload, numbers, values.players);
         if (botNames != nullptr) AddBotNames(values.players, text.EventCount(), *botNames);
     }
-    text.BeginEvent(kind.payloadBytes == 0);
+    text.BeginEvent(kind.mayBeRow);
     for (const EventMember& member : kind.members) WriteMember(member, kind, info, values, text);
     text.EndEvent();
     return true;
