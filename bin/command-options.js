@@ -85,4 +85,16 @@ function readKeyFile(file) {
   }
 }
 
-module.exports = { keyOf, limitsOf, withJobs, withKey, withLimits, withSizeLimit };
+const withSalvage = (command) =>
+  command.option('--salvage', 'read what can be read of a replay that is broken or cut short');
+
+const withDamageNames = (command) =>
+  command.option('--damage-names <file>', 'names of damage types: CSV lines "3,rifle", or a JSON object');
+
+const withNames = (command) =>
+  command.option('--names <file>', 'names of accounts: CSV lines "ACCOUNT,name", or a JSON object');
+
+module.exports = {
+  ...{ keyOf, limitsOf, withDamageNames, withJobs, withKey, withLimits, withNames, withSalvage },
+  withSizeLimit,
+};

@@ -3,7 +3,14 @@
 
 const path = require('node:path');
 const { readMatches } = require('../client');
-const { limitsOf, withJobs, withKey, withLimits } = require('./command-options.js');
+const {
+  limitsOf,
+  withDamageNames,
+  withJobs,
+  withKey,
+  withLimits,
+  withSalvage,
+} = require('./command-options.js');
 const { endsRun, exitStatus, failureText } = require('./failures.js');
 const { namesOf } = require('./name-file.js');
 const { progress } = require('./progress.js');
@@ -11,10 +18,10 @@ const { replayPaths } = require('./replay-paths.js');
 
 // The options for reading matches.
 const withReading = (command) =>
-  withLimits(withKey(withJobs(command)))
-    .option('--salvage', 'read what can be read of a replay that is broken or cut short')
-    .option('--damage-names <file>', 'names of damage types: CSV lines "3,rifle", or a JSON object')
-    .option('--no-progress', 'no progress line');
+  withDamageNames(withSalvage(withLimits(withKey(withJobs(command))))).option(
+    '--no-progress',
+    'no progress line',
+  );
 
 const withJson = (command) =>
   command.option('--json', 'print lines of JSON, as in a pipe, instead of a table');

@@ -75,7 +75,8 @@ function attempt(action) {
   }
 }
 
-// Rows are a few times smaller than the document that they stand for. Only far below its limit need that not be made.
+// A row is more than an eighth of what it stands for. So only a text above an eighth of the limit must be made in full, to
+// be measured.
 function readRows(order) {
   const result = read({ ...order, facts: true, rows: true });
   const isTooLarge =

@@ -1,8 +1,8 @@
 'use strict';
 // Eliminations that the native side has written as rows: arrays of their values in the order of the document's keys, null for
-// a key that the event does not have. Most of the time that parsing a document takes goes into the keys of eliminations.
+// a key that the event does not have. Their keys are half of a document's text.
 
-// Numbers and not names: taking an array apart by names takes longer than parsing it.
+// By numbers: taking the array apart by names takes several times as long.
 const eliminationOf = (row) => ({
   damageType: row[0],
   eventMeta: { time1: row[1], time2: row[2] },

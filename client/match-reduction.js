@@ -6,7 +6,7 @@ const { disposable, readInOrder } = require('./in-order.js');
 const options = require('./options.js');
 const { ReplayError } = require('./replay-error.js');
 
-// A child gets this many replays at once at most: small answers cost more on their way than the reading does.
+// A child gets this many replays at once at most: fewer messages are less work for the process that takes them.
 const BATCH = 16;
 
 // Fewer if there are few, so that all children have work to the end; and one if each has its own time limit.
@@ -17,13 +17,9 @@ function batchesOf(paths, children, timeout) {
   return Array.from({ length: count }, (_, i) => paths.slice(i * size, (i + 1) * size));
 }
 
-function check({ code, reason, hint }, path) {
-  if (code !== undefined) throw new ReplayError(code, reason, path, { hint });
-}
-
 function resultOf(path, answer) {
   try {
-    check(answer, path);
+    ReplayError.check(answer, path);
     return { path, match: answer.reduced };
   } catch (error) {
     return { path, error };
@@ -42,7 +38,7 @@ async function readBatch(pool, paths, order, limits) {
 async function readSome(pool, paths, order, { signal, timeout }) {
   const [path] = paths;
   const finish = (answer) => {
-    check(answer, path);
+    ReplayError.check(answer, path);
     return answer.results.map((result, i) => resultOf(paths[i], result));
   };
   try {

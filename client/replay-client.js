@@ -9,13 +9,9 @@ const { ReplayError } = require('./replay-error.js');
 const { ReplayWatch } = require('./replay-watch.js');
 const { watchMatches } = require('./match-watch.js');
 
-function check({ code, reason, hint }, name) {
-  if (code !== undefined) throw new ReplayError(code, reason, name, { hint });
-}
-
 // Each makes a result from a child's answer { text, facts?, code, reason, hint } and the name of the file.
 function textOf(answer, name) {
-  check(answer, name);
+  ReplayError.check(answer, name);
   return decoded(answer.text, name);
 }
 

@@ -78,6 +78,11 @@ class ReplayError extends Error {
     return new ReplayError('ERR_ABORTED', String(reason?.message ?? reason), path, { cause: reason });
   }
 
+  // Throws what a child's answer tells of a file, if it tells a failure.
+  static check({ code, reason, hint }, path) {
+    if (code !== undefined) throw new ReplayError(code, reason, path, { hint });
+  }
+
   // For JSON.stringify, and for posting to another thread: an Error loses its code in both.
   toJSON() {
     const { name, code, message, reason, hint, path } = this;

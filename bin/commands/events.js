@@ -4,7 +4,7 @@
 const { readMatch } = require('../../client');
 const { eventTable } = require('../event-table.js');
 const { printable } = require('../failures.js');
-const { withKey, withLimits } = require('../command-options.js');
+const { withDamageNames, withKey, withLimits, withNames, withSalvage } = require('../command-options.js');
 const { readingOf, wantsData, withJson } = require('../matches.js');
 const { namesOf } = require('../name-file.js');
 
@@ -24,12 +24,9 @@ async function run(context) {
 module.exports = {
   order: 30,
   define: (command) =>
-    withJson(withLimits(withKey(command)))
+    withNames(withDamageNames(withSalvage(withJson(withLimits(withKey(command))))))
       .description('print who eliminated whom: a table, or in a pipe a line of JSON for each event')
-      .option('--salvage', 'read what can be read of a replay that is broken or cut short')
       .option('--table', 'print the table in a pipe too')
-      .option('--damage-names <file>', 'names of damage types: CSV lines "3,rifle", or a JSON object')
-      .option('--names <file>', 'names of accounts: CSV lines "ACCOUNT,name", or a JSON object')
       .argument('<file>', 'replay'),
   run,
 };

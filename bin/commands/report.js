@@ -2,7 +2,7 @@
 // corvane-replay report: a match, or a season, as one HTML file.
 
 const path = require('node:path');
-const { withJobs, withKey, withLimits } = require('../command-options.js');
+const { withDamageNames, withJobs, withKey, withLimits, withNames } = require('../command-options.js');
 const { PATHS } = require('../replay-paths.js');
 
 // Matches and failures on their way into the report. A failure is also a line on standard error, and sets the status.
@@ -48,14 +48,12 @@ async function run(context) {
 module.exports = {
   order: 85,
   define: (command) =>
-    withLimits(withKey(withJobs(command)))
+    withDamageNames(withNames(withLimits(withKey(withJobs(command)))))
       .description('write a match, or a season, as one HTML file for a browser')
       .argument('<path...>', PATHS)
       .requiredOption('--out <file>', 'the HTML file to write')
       .option('--title <text>', "title of the page (default: the match's name, or the number of matches)")
       .option('--player <id>', 'account that recorded the replays: its id, or the first 8 digits or more')
-      .option('--names <file>', 'names of accounts: CSV lines "id,name", or a JSON object')
-      .option('--damage-names <file>', 'names of damage types: CSV lines "3,rifle", or a JSON object')
       .option('--no-progress', 'no progress line'),
   run,
 };

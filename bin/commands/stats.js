@@ -2,6 +2,7 @@
 // corvane-replay stats: figures over many matches, grouped.
 
 const { InvalidArgumentError, Option } = require('commander');
+const { withNames } = require('../command-options.js');
 const { printable, usageFailure } = require('../failures.js');
 const { readForFigures, wantsData, withJson, withReading } = require('../matches.js');
 const { PATHS } = require('../replay-paths.js');
@@ -137,7 +138,7 @@ async function run(context) {
 module.exports = {
   order: 60,
   define: (command) =>
-    withJson(withReading(command))
+    withNames(withJson(withReading(command)))
       .description('print counts, rates and medians over many matches')
       .argument('<path...>', PATHS)
       .addOption(
@@ -156,7 +157,6 @@ module.exports = {
         '--player <account>',
         'only this account; by opponent, the one whose opponents are counted (default: the one in most matches); ' +
           'the first digits are enough, or its name in --names',
-      )
-      .option('--names <file>', 'names of accounts: CSV lines "ACCOUNT,name", or a JSON object'),
+      ),
   run,
 };

@@ -1,6 +1,7 @@
 'use strict';
 // corvane-replay summary: one match at a glance.
 
+const { withNames } = require('../command-options.js');
 const { readMatch } = require('../../client');
 const { printable } = require('../failures.js');
 const { readingOf, wantsData, withJson, withReading } = require('../matches.js');
@@ -123,9 +124,8 @@ async function run(context) {
 module.exports = {
   order: 50,
   define: (command) =>
-    withJson(withReading(command))
+    withNames(withJson(withReading(command)))
       .description('print one match at a glance')
-      .argument('<file>', 'replay')
-      .option('--names <file>', 'names of accounts: CSV lines "ACCOUNT,name", or a JSON object'),
+      .argument('<file>', 'replay'),
   run,
 };

@@ -5,9 +5,8 @@
 //     { counts, failure }    a replay that cannot be read
 //
 // counts: how many rows there are, in the order of the tables. row and failure: those of matches and failures. start: the
-// match's first moment, in microseconds. players and events: blocks of numbers. texts: the
-// players' accounts and names, as JSON. Bytes and blocks are few objects for the garbage collector, on a way on which many
-// matches wait.
+// match's first moment, in microseconds. players and events: blocks of numbers. texts: the players' accounts and names, as
+// JSON. Bytes and blocks are few objects for the garbage collector, on a way on which many matches wait.
 
 const v8 = require('node:v8');
 const { matchRow, microseconds } = require('./tables.js');

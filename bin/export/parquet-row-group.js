@@ -22,7 +22,7 @@ function areEqual(a, b) {
   return true;
 }
 
-// Integers of 64 bits, the lower half first: a BigInt for each would cost more than all the rest.
+// Integers of 64 bits, the lower half first, without a BigInt for each.
 function halvesOf(numbers) {
   const halves = new Uint32Array(2 * numbers.length);
   for (let i = 0; i < numbers.length; ++i) {
@@ -112,8 +112,8 @@ function writeIndexes(page, { integers, dictionary }) {
   return 'RLE_DICTIONARY';
 }
 
-// Writes columns one after the other in the same few blocks of memory: with new ones for each column, most of the time goes
-// into waiting for memory.
+// Writes columns one after the other in the same few blocks of memory: new ones for each column
+// would leave the processor's caches each time.
 class RowGroup {
   #to;
   #library;

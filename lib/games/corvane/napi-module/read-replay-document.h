@@ -13,7 +13,6 @@ namespace orvel::corvane {
 //     facts      the result is { text, facts }, two Buffers; facts-text.h describes the facts
 //     salvage    for a broken replay, the result is what can be read of it; the facts name the failure.
 //                A file that is no replay still fails
-//
 //     rows       in the document's text, eliminations are arrays of their values (event-text.h), which is for
 //                the client's own use
 //

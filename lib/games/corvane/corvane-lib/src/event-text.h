@@ -4,8 +4,8 @@
 // The text is what nlohmann::json would write with an indent of 1: members sorted by key, numbers by the
 // library's own algorithm. Texts that need escaping go through the library itself.
 //
-// An event can also be written as a row: its values alone, in an array. Without keys, a program that
-// reads many replays has half as much text to parse.
+// An event can also be written as a row: its values alone, in an array, for programs that
+// parse many documents: without keys the text is half as long.
 #pragma once
 
 #include <algorithm>
