@@ -8,6 +8,10 @@ const path = require('node:path');
 // Bytes of the end of a child's standard error that are kept for the reason of its end.
 const KEPT_STDERR = 4096;
 
+// For how long the last output of a child that has ended is waited for. Its pipes have no end while another process holds
+// them, such as a program that it started, or the console that Wine gives it.
+const LAST_OUTPUT_MS = 3000;
+
 // Variables that a child does not get from the application; an inspector's port, for example, cannot be shared. On
 // Windows the case of a name does not matter.
 const NOT_INHERITED = /^(NODE_OPTIONS|ELECTRON_RUN_AS_NODE)$/i;
@@ -44,6 +48,7 @@ class ChildProcess {
   #process;
   #stderr = '';
   #isReady = false;
+  #isKilled = false;
   #onMessage;
   #onEnd;
   #resolveGone;
@@ -84,6 +89,7 @@ class ChildProcess {
   // Ends the child at once, whatever it does.
   kill() {
     this.#onMessage = this.#onEnd = () => {};
+    this.#isKilled = true;
     this.hold(true);
     this.#process?.kill('SIGKILL');
   }
@@ -94,8 +100,13 @@ class ChildProcess {
     child.stderr?.setEncoding('utf8').on('data', (text) => {
       this.#stderr = (this.#stderr + text).slice(-KEPT_STDERR);
     });
-    // Not 'exit': the last of standard error may come after it. 'error' is for a child that could not be started.
-    child.on('close', (status, signal) => this.#ended(this.#reason(status, signal)));
+    const onEnd = (status, signal) => this.#ended(this.#reason(status, signal));
+    child.on('exit', (...how) => {
+      const timer = setTimeout(onEnd, this.#isKilled ? 0 : LAST_OUTPUT_MS, ...how);
+      child.on('close', () => clearTimeout(timer));
+    });
+    child.on('close', onEnd);
+    // It could not be started.
     child.on('error', (error) => this.#failToStart(error));
   }
 
@@ -117,6 +128,8 @@ class ChildProcess {
 
   #ended(reason) {
     running.delete(this.#process);
+    this.#process?.stderr?.destroy();
+    if (this.isConnected) this.#process.disconnect();
     const report = this.#onEnd;
     this.#onMessage = this.#onEnd = () => {};
     report(this.#isReady ? 'ERR_CHILD_LOST' : 'ERR_CHILD_START', reason);

@@ -112,6 +112,20 @@ test('a child that is killed from outside loses its read only; an idle one is re
   assert.notEqual(await next, idle);
 });
 
+test('neither a read nor a close waits for a process that a child left behind with its pipes open', async () => {
+  for (const [name, timeout, code] of [
+    ['hold.hang', 4000, 'ERR_TIMEOUT'],
+    ['hold.7', 30_000, 'ERR_CHILD_LOST'],
+  ]) {
+    const own = new ReplayClient();
+    await own.readReplay(file('pid'));
+    assert.equal((await failure(own.readReplay(file(name), { timeout }))).code, code);
+    await own.close();
+    assert.ok(isAlive(pidOf(name)));
+    process.kill(pidOf(name));
+  }
+});
+
 test('an idle child ends after a while', async () => {
   const pool = new ChildPool(1, process.execPath, 50);
   const answer = (request) => pool.run(request, { finish: ({ text }) => JSON.parse(text) });

@@ -35,6 +35,16 @@ const READS = {
     });
     process.exit(Number(status));
   },
+  // Leaves a process behind, FILE.pid, that keeps its standard error open; then blocks, or ends.
+  hold(file, status) {
+    const holder = spawn(process.execPath, ['-e', 'setTimeout(() => {}, 60_000)'], {
+      detached: true,
+      stdio: ['ignore', 'ignore', 'inherit'],
+    });
+    fs.writeFileSync(`${file}.pid`, String(holder.pid));
+    if (status !== 'hang') process.exit(Number(status));
+    for (;;) sleep(1000);
+  },
   // "meet.a.b" returns when "meet.b.a" has begun.
   meet(file, own) {
     const [, , other] = path.basename(file).split('.');

@@ -37,9 +37,12 @@ function launched(launch) {
   return { child, output };
 }
 
-// { status, signal, stdout, stderr } of a program that has ended. Options are those of spawnSync.
+// { status, signal, stdout, stderr } of a program that has ended. Options are those of spawnSync; one that hangs is ended
+// after two minutes.
 function run(program, args, options) {
-  const { child, output } = launched((stdio) => spawnSync(program, args, { ...options, stdio }));
+  const { child, output } = launched((stdio) =>
+    spawnSync(program, args, { timeout: 120_000, ...options, stdio }),
+  );
   return { status: child.status, signal: child.signal, ...output() };
 }
 
