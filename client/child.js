@@ -52,9 +52,12 @@ function readFailure(error, path) {
   return { ...rest, reason: (rest.code === 'ERR_UNREADABLE' && openFailure(path)) || reason };
 }
 
+let addon;
+
 function read({ path, key, maxDocumentBytes, facts = false, salvage = false, rows = false }) {
   try {
-    const result = loadAddon().readReplayDocument(path, key, { facts, salvage, rows });
+    addon ??= loadAddon();
+    const result = addon.readReplayDocument(path, key, { facts, salvage, rows });
     return limited(facts ? result : { text: result }, maxDocumentBytes);
   } catch (error) {
     return readFailure(error, path);
@@ -75,32 +78,29 @@ function attempt(action) {
   }
 }
 
-// A row is more than an eighth of what it stands for. So only a text above an eighth of the limit must be made in full, to
-// be measured.
+// A row has more than a 32nd of the bytes that it stands for. So only a text above a 32nd of the limit must be made in full,
+// to be measured.
 function readRows(order) {
   const result = read({ ...order, facts: true, rows: true });
   const isTooLarge =
-    result.code === 'ERR_DOCUMENT_TOO_LARGE' || result.text?.length > order.maxDocumentBytes / 8;
+    result.code === 'ERR_DOCUMENT_TOO_LARGE' || result.text?.length > order.maxDocumentBytes / 32;
   return isTooLarge ? read({ ...order, facts: true }) : result;
 }
 
 // What is made of many matches is made here, where all processors are at work.
-function reduced({ reduce, damageNames, ...order }, { path, name }) {
-  const result = readRows({ ...order, path });
-  if (result.code !== undefined) return result;
-  const { documentOfRows } = require('./event-rows.js');
-  const { matchOf } = require('./match.js');
-  const text = result.text.toString('utf8');
-  const facts = JSON.parse(result.facts.toString('utf8'));
-  const match = matchOf(documentOfRows(text), { path: name, text, facts, damageNames });
-  return { reduced: require(reduce).reduce(match), bytes: text.length };
-}
-
-function reducedBatch({ replays, ...order }) {
+function reducedBatch({ replays, reduce, damageNames, ...order }) {
+  const { matchOfRows } = require('./event-rows.js');
+  const module = require(reduce);
+  const reduced = ({ path, name }) => {
+    const result = readRows({ ...order, path });
+    if (result.code !== undefined) return result;
+    const match = matchOfRows(result, { path: name, damageNames });
+    return { reduced: module.reduce(match), bytes: result.text.length };
+  };
   const results = [];
   let bytes = 0;
   for (const replay of replays) {
-    const result = attempt(() => reduced(order, replay));
+    const result = attempt(() => reduced(replay));
     results.push(result);
     bytes += result.bytes ?? 0;
     if (bytes > ANSWER_BYTES) break;

@@ -7,24 +7,28 @@ const { TABLES } = require('./tables.js');
 
 const TABLE_NAMES = Object.keys(TABLES);
 
-// What makes a column. write(to, match): writes the numbers of a match, which comes from unpackMatch(), one for each row.
-// meaningsOf(numberings): what they stand for.
+// What makes a column. write(to, start, end, match): writes the numbers of a match, which comes from unpackMatch(), one for
+// each row, to these places. meaningsOf(numberings): what they stand for. There is no subarray for each match and column:
+// making it takes as long as writing its numbers.
 const column = (write, meaningsOf = () => undefined) => ({ write, meaningsOf });
 
 // The row's number within its match.
-const rowNumber = column((to) => {
-  for (let i = 0; i < to.length; ++i) to[i] = i;
+const rowNumber = column((to, start, end) => {
+  for (let i = start; i < end; ++i) to[i] = i - start;
 });
 
 const matchId = column(
-  (to, { id }) => to.fill(id),
+  (to, start, end, { id }) => to.fill(id, start, end),
   ({ ids }) => ids.list,
 );
 
 // A field of the match's block of that name.
 function field(block, fields, name, meanings) {
   const place = fields.indexOf(name);
-  const write = (to, match) => to.set(match[block].subarray(place * to.length, (place + 1) * to.length));
+  const write = (to, start, end, { [block]: numbers }) => {
+    let from = place * (end - start);
+    for (let i = start; i < end; ++i) to[i] = numbers[from++];
+  };
   return column(write, () => meanings);
 }
 
@@ -33,10 +37,10 @@ const ofEvent = (name, meanings) => field('events', EVENT_FIELDS, name, meanings
 
 // The numbers of a list of the match, at the places that another column tells; each place makes way for its number.
 function picked(places, list, meaningsOf) {
-  const write = (to, match) => {
-    places.write(to, match);
+  const write = (to, start, end, match) => {
+    places.write(to, start, end, match);
     const from = match[list];
-    for (let i = 0; i < to.length; ++i) {
+    for (let i = start; i < end; ++i) {
       const at = to[i];
       to[i] = at < from.length ? from[at] : NaN;
     }
@@ -53,10 +57,10 @@ const personColumns = (role, numbers) => ({
 
 const timeMs = ofEvent('timeMs');
 
-const eventTime = column((to, match) => {
-  timeMs.write(to, match);
-  const start = match.start ?? NaN;
-  for (let i = 0; i < to.length; ++i) to[i] = start + to[i] * 1000;
+const eventTime = column((to, start, end, match) => {
+  timeMs.write(to, start, end, match);
+  const begun = match.start ?? NaN;
+  for (let i = start; i < end; ++i) to[i] = begun + to[i] * 1000;
 });
 
 const MAKERS = {
@@ -98,7 +102,7 @@ function columnsOfMatches(table, matches, numberings) {
     const { write, meaningsOf } = MAKERS[table][name];
     const writeAll = (to) => {
       let at = 0;
-      for (const match of matches) write(to.subarray(at, (at += rowsOf(match))), match);
+      for (const match of matches) write(to, at, (at += rowsOf(match)), match);
     };
     return new Column(length, writeAll, meaningsOf(numberings));
   });

@@ -1,22 +1,21 @@
 'use strict';
 // A match on its way from the process that reads it to the thread that writes its rows.
 //
-//     { counts, bytes }      a match; bytes: { row, start, players, texts, events, damageNames }, serialised
+//     { counts, bytes }      a match; bytes: a block of its players, one of its events (number-block.js), and JSON
 //     { counts, failure }    a replay that cannot be read
 //
-// counts: how many rows there are, in the order of the tables. row and failure: those of matches and failures. start: the
-// match's first moment, in microseconds. players and events: blocks of numbers. texts: the players' accounts and names, as
-// JSON. Bytes and blocks are few objects for the garbage collector, on a way on which many matches wait.
+// counts: how many rows there are, in the order of the tables. JSON: { row, start, texts, damageNames }. row and failure: those
+// of matches and failures. start: the match's first moment, in microseconds. texts: the players' accounts and names. Bytes are
+// few objects for the garbage collector, on a way on which many matches wait.
 
-const v8 = require('node:v8');
+const { packNumbers, unpackNumbers } = require('./number-block.js');
 const { matchRow, microseconds } = require('./tables.js');
 
 const PLAYER_KINDS = ['account', 'bot', 'unknown'];
 const EVENT_KINDS = ['elimination', 'knock'];
 
 // The fields of a record and of an event in their blocks, and what writes them there: the first to block[at], each other one
-// `count` numbers behind the one before. numberOf: Player -> player_no. NaN stands for what is unknown; a block takes
-// undefined for it, but null for 0.
+// `count` numbers behind the one before. numberOf: Player -> player_no. NaN stands for what is unknown.
 const PLAYER_FIELDS = [
   ...['kind', 'eliminations', 'knocks', 'timesKnocked', 'deaths'],
   ...['endedBy', 'endedAtMs', 'selfInflicted'],
@@ -28,7 +27,7 @@ function writePlayer(block, at, count, record, numberOf) {
   block[(at += count)] = record.knocks;
   block[(at += count)] = record.timesKnocked;
   block[(at += count)] = record.deaths;
-  block[(at += count)] = numberOf.get(record.endedBy);
+  block[(at += count)] = numberOf.get(record.endedBy) ?? NaN;
   block[(at += count)] = record.endedAtMs ?? NaN;
   block[(at += count)] = record.selfInflicted === null ? NaN : Number(record.selfInflicted);
 }
@@ -45,38 +44,51 @@ function writeEvent(block, at, count, event, numberOf) {
   block[(at += count)] = EVENT_KINDS.indexOf(event.kind);
   block[(at += count)] = numberOf.get(event.attacker);
   block[(at += count)] = numberOf.get(event.victim);
-  block[(at += count)] = attackerAt?.x;
-  block[(at += count)] = attackerAt?.y;
-  block[(at += count)] = attackerAt?.z;
-  block[(at += count)] = victimAt?.x;
-  block[(at += count)] = victimAt?.y;
-  block[(at += count)] = victimAt?.z;
+  block[(at += count)] = attackerAt?.x ?? NaN;
+  block[(at += count)] = attackerAt?.y ?? NaN;
+  block[(at += count)] = attackerAt?.z ?? NaN;
+  block[(at += count)] = victimAt?.x ?? NaN;
+  block[(at += count)] = victimAt?.y ?? NaN;
+  block[(at += count)] = victimAt?.z ?? NaN;
   block[(at += count)] = event.distanceM ?? NaN;
   block[(at += count)] = event.damageType;
 }
 
-// One field after the other, each for all items.
 function blockOf(items, fields, write, numberOf) {
   const count = items.length;
   const block = new Float64Array(fields.length * count);
   for (let i = 0; i < count; ++i) write(block, i, count, items[i], numberOf);
-  return block;
+  return packNumbers(block, fields.length);
+}
+
+function numbersOf(players) {
+  const numbers = new Map();
+  for (let i = 0; i < players.length; ++i) numbers.set(players[i].player, i);
+  return numbers;
+}
+
+// JSON has no BigInts.
+const toJson = (cell) => (typeof cell === 'bigint' ? { integer: String(cell) } : cell);
+const fromJson = (cell) => (cell?.integer === undefined ? cell : BigInt(cell.integer));
+
+function contentOf(match) {
+  const damageNames = [];
+  for (const { damageType, damageName } of match.eliminations) damageNames[damageType] = damageName;
+  return {
+    row: matchRow(match).map(toJson),
+    start: microseconds(match.recordedTicks),
+    texts: match.players.map(({ player }) => player.id ?? player.name ?? null),
+    damageNames,
+  };
 }
 
 function reduce(match) {
   const { players, eliminations } = match;
-  const numberOf = new Map(players.map(({ player }, i) => [player, i]));
-  const damageNames = [];
-  for (const { damageType, damageName } of eliminations) damageNames[damageType] = damageName;
-  const content = {
-    row: matchRow(match),
-    start: microseconds(match.recordedTicks),
-    players: blockOf(players, PLAYER_FIELDS, writePlayer, numberOf),
-    texts: JSON.stringify(players.map(({ player }) => player.id ?? player.name ?? null)),
-    events: blockOf(eliminations, EVENT_FIELDS, writeEvent, numberOf),
-    damageNames: Array.from(damageNames, (name) => name ?? null),
-  };
-  return { counts: [1, players.length, eliminations.length, 0], bytes: v8.serialize(content) };
+  const numberOf = numbersOf(players);
+  const ofPlayers = Buffer.from(blockOf(players, PLAYER_FIELDS, writePlayer, numberOf));
+  const ofEvents = blockOf(eliminations, EVENT_FIELDS, writeEvent, numberOf);
+  const bytes = Buffer.concat([ofPlayers, ofEvents, Buffer.from(JSON.stringify(contentOf(match)))]);
+  return { counts: [1, players.length, eliminations.length, 0], bytes };
 }
 
 // bytes: the file's size, null if that is not known.
@@ -85,10 +97,20 @@ const packFailure = (path, { code, message }, bytes) => ({
   failure: [path, code ?? null, message, bytes],
 });
 
+// { row, start, texts, damageNames, players, events }, the last two blocks of numbers.
+function contentIn({ counts, bytes }) {
+  const aligned = new Uint8Array(bytes); // a copy: a message may have them anywhere
+  const players = unpackNumbers(aligned, PLAYER_FIELDS.length, counts[1]);
+  const events = unpackNumbers(aligned.subarray(players.end), EVENT_FIELDS.length, counts[2]);
+  const json = Buffer.from(aligned.buffer, players.end + events.end);
+  const { row, ...content } = JSON.parse(json.toString('utf8'));
+  return { ...content, row: row.map(fromJson), players: players.block, events: events.block };
+}
+
 // The match with numbers of its id and of its damages' names, and for each player those of kind, account and name.
-function unpackMatch({ counts, bytes }, { ids, accounts, names, damages }) {
-  const match = v8.deserialize(bytes);
-  const texts = JSON.parse(match.texts);
+function unpackMatch(pack, { ids, accounts, names, damages }) {
+  const match = contentIn(pack);
+  const { texts } = match;
   const [kindNumbers, accountNumbers, nameNumbers] = [0, 1, 2].map(() =>
     new Float64Array(texts.length).fill(NaN),
   );
@@ -100,7 +122,7 @@ function unpackMatch({ counts, bytes }, { ids, accounts, names, damages }) {
   }
   return {
     ...match,
-    counts,
+    counts: pack.counts,
     id: ids.numberOf(match.row[0]),
     kinds: kindNumbers,
     accounts: accountNumbers,

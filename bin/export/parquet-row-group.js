@@ -32,11 +32,18 @@ function halvesOf(numbers) {
   return halves;
 }
 
+function firstNull(numbers) {
+  let i = 0;
+  while (i < numbers.length && !Number.isNaN(numbers[i])) ++i;
+  return i;
+}
+
 // Moves the numbers that are not null together, at the beginning, and writes for each row whether it has one (1) or not (0).
 // Returns how many there are.
 function removeNulls(numbers, levels) {
-  let count = 0;
-  for (let i = 0; i < numbers.length; ++i) {
+  let count = firstNull(numbers); // most columns have none
+  levels.fill(1, 0, count);
+  for (let i = count; i < numbers.length; ++i) {
     const number = numbers[i];
     levels[i] = Number.isNaN(number) ? 0 : 1;
     numbers[count] = number;

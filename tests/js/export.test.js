@@ -9,6 +9,7 @@ const { test } = require('node:test');
 const { columnOf } = require('../../bin/export/column.js');
 const { DataSet } = require('../../bin/export/data-set.js');
 const { FORMATS } = require('../../bin/export/formats.js');
+const { packNumbers, unpackNumbers } = require('../../bin/export/number-block.js');
 const { packFailure } = require('../../bin/export/packed-match.js');
 const { TABLES } = require('../../bin/export/tables.js');
 const { makeSeason, matchReplay } = require('../../samples/make-season.js');
@@ -399,4 +400,32 @@ test('a run that is interrupted at any moment loses nothing, and the next one co
     }
   }
   assert.ok(moments > 45, `${moments} moments`);
+});
+
+test('a block of numbers comes back as it was, and small', () => {
+  const fields = [
+    [254, 0, NaN],
+    [255, 1, NaN],
+    [65_534, 0, NaN],
+    [65_535, 1, 2],
+    [2 ** 32 - 2, NaN, NaN],
+    [2 ** 32 - 1, NaN, 0],
+    [-1, Infinity, 1.25],
+    [0.01, -0, NaN],
+    [0.1 + 0.2, 2 ** 53, -0],
+    [NaN, NaN, NaN],
+  ];
+  const bytes = Buffer.concat([
+    packNumbers(Float64Array.from(fields.flat()), fields.length),
+    Buffer.alloc(1),
+  ]);
+  const aligned = new Uint8Array(bytes);
+  const { block, end } = unpackNumbers(aligned, fields.length, 3);
+  assert.deepEqual(Array.from(block), fields.flat());
+  assert.deepEqual(Array.from(aligned.subarray(0, fields.length)), [0, 1, 1, 2, 2, 4, 3, 3, 4, 0]);
+  assert.equal(end, aligned.length - 1);
+  assert.deepEqual(unpackNumbers(packNumbers(new Float64Array(0), 2), 2, 0), {
+    block: new Float64Array(0),
+    end: 8,
+  });
 });

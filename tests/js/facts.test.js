@@ -65,16 +65,22 @@ for (const { name, info, chunks, facts, document = {} } of [
     info: { FriendlyName: ' A  b' },
     chunks: [
       w.headerChunk({ Branch: 'x y', levels: [['/L 1', 0]], GameSpecificData: ['a = é'] }),
-      [event(w.playerElim()), event(bot('Big Bot')), statistics],
+      [...[w.playerElim(), bot('Big Bot'), bot('Bot'), bot('')].map((data) => event(data)), statistics],
     ],
     facts: {
       ...complete,
       texts: {
         ...{ FriendlyName: ' A  b', branch: 'x y', levels: ['/L 1'], GameSpecificData: ['a = é\0'] },
-        names: [[1, 'killerBot', 'Big Bot']],
+        names: [
+          [1, 'killerBot', 'Big Bot'],
+          [3, 'killerBot', ''],
+        ],
       },
     },
-    document: { ReplayFileMeta: { FriendlyName: 'Ab' }, events: [{}, { killerBot: 'BigBot' }, {}, {}] },
+    document: {
+      ReplayFileMeta: { FriendlyName: 'Ab' },
+      events: [{}, { killerBot: 'BigBot' }, { killerBot: 'Bot' }, { killerBot: '' }, {}, {}],
+    },
   },
   {
     name: 'skipped events, by name and reason',

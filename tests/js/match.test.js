@@ -223,10 +223,14 @@ test('a batch fails only for the replay that ends its child or cannot be sent; w
 });
 
 test('a document with eliminations as rows is the same document', () => {
-  const persons = [account(7), { type: 16, id: 'Bot "é"\u0000' }, { type: 3 }, { type: 9 }];
+  const bots = Array.from({ length: 1100 }, (_, i) => ({ type: 16, id: `Bot_${i}` }));
+  const others = [account(7), { type: 16, id: 'Bot "é"\u0000' }, { type: 3 }, { type: 9 }];
+  const persons = [...others, { type: 16, id: 'x'.repeat(65) }, ...bots, ...others, ...bots];
+  const killedAt = [NaN, -1.5, 1e9];
+  const killerAt = [Infinity, 1e-40, -0];
   const events = persons.flatMap((killed, i) => [
     elimination(
-      { killed, killer: persons[3 - i], killedAt: [NaN, -1.5, 1e9], damageType: i, knocked: i % 2 },
+      { killed, killer: persons.at(-i), killedAt, killerAt, damageType: i % 256, knocked: i % 2 },
       i,
     ),
     w.eventChunk({ Metadata: 'AthenaMatchTeamStats', data: w.teamStats(i, 98) }),

@@ -12,6 +12,7 @@
 //     warnings   what else is missing or unusual, a text each
 //     texts      { FriendlyName, branch, levels, GameSpecificData, names } as the file has them, with their
 //                whitespace; names: [position in "events", "killedBot" or "killerBot", text] of named bots
+//                whose name the document changes or leaves empty
 #pragma once
 
 #include <optional>

@@ -146,16 +146,23 @@ void ReadElimination(std::span<const std::uint8_t> payload, std::span<std::uint8
     readNumber(25, 4);
 }
 
-void AddBotNames(const std::array<Player, 2>& players, std::size_t event, std::vector<BotName>& botNames) {
-    constexpr std::array kKeys = {"killedBot", "killerBot"};
-    for (std::size_t i = 0; i < players.size(); ++i) {
-        if (players[i].type == kNamedBot) botNames.push_back({event, kKeys[i], players[i].name});
-    }
-}
-
 std::string DocumentName(const Player& player) {
     if (player.type == kUnnamedBot) return "Unnamed Bot";
     return ue4::WithoutWhitespace(player.name);
+}
+
+// In the document, an empty name may also be that of an unknown player.
+bool IsExactInDocument(const Player& player) {
+    return !player.name.empty() && DocumentName(player) == player.name;
+}
+
+void AddBotNames(const std::array<Player, 2>& players, std::size_t event, std::vector<BotName>& botNames) {
+    constexpr std::array kKeys = {"killedBot", "killerBot"};
+    for (std::size_t i = 0; i < players.size(); ++i) {
+        const Player& player = players[i];
+        if (player.type == kNamedBot && !IsExactInDocument(player))
+            botNames.push_back({event, kKeys[i], player.name});
+    }
 }
 
 // A player has two keys. Writes the member only if its key is the one for the player's type.

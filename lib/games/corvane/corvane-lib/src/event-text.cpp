@@ -2,9 +2,11 @@
 #include "games/corvane/corvane-lib/src/event-text.h"
 
 #include <algorithm>
+#include <bit>
 #include <charconv>
 #include <cmath>
 #include <cstring>
+#include <utility>
 
 #include <nlohmann/json.hpp>
 
@@ -37,6 +39,7 @@ std::string Quoted(std::string_view text, ErrorHandler handler) {
 
 void EventText::BeginEvent(bool mayBeRow) {
     m_isRow = m_wantsRows && mayBeRow;
+    m_nextFloat = 0;
     Put(m_isRow ? "\n  [" : "\n  {");
 }
 
@@ -49,7 +52,10 @@ void EventText::EndEvent() {
 
 void EventText::Write(const MemberKey& key, float number) {
     Put(key);
-    if (std::isfinite(number)) {
+    if (m_isRow) {
+        PutBits(number);
+        Put(",");
+    } else if (std::isfinite(number)) {
         // Not std::to_chars, which in rare cases gives other digits.
         m_out = nlohmann::detail::to_chars(m_out, m_block.data() + m_block.size(), double{number});
         Put(",");
@@ -72,11 +78,11 @@ void EventText::Write(const MemberKey& key, bool flag) {
 void EventText::Write(const MemberKey& key, std::string_view text) {
     Put(key);
     if (text.size() <= kShortText && IsPlain(text)) {
-        Put("\"");
-        Put(text);
-        Put("\",");
+        PutText(text);
+        Put(",");
         return;
     }
+    ++m_rowTextCount;
     try {
         PutLong(Quoted(text, ErrorHandler::strict));
     } catch (const nlohmann::json::type_error&) {
@@ -88,12 +94,11 @@ void EventText::Write(const MemberKey& key, std::string_view text) {
 
 void EventText::WriteHex(const MemberKey& key, std::span<const std::uint8_t> bytes) {
     Put(key);
-    Put("\"");
-    for (const std::uint8_t byte : bytes) {
-        std::memcpy(m_out, kHexDigits[byte].data(), 2);
-        m_out += 2;
-    }
-    Put("\",");
+    std::array<char, kShortText> digits;
+    char* end = digits.data();
+    for (const std::uint8_t byte : bytes) end = std::ranges::copy(kHexDigits[byte], end).out;
+    PutText({digits.data(), end});
+    Put(",");
 }
 
 void EventText::Omit() {
@@ -121,6 +126,23 @@ void EventText::Put(std::string_view text) {
 
 void EventText::Put(std::uint32_t number) {
     m_out = std::to_chars(m_out, m_block.data() + m_block.size(), number).ptr;
+}
+
+void EventText::PutBits(float number) {
+    const auto bits = std::bit_cast<std::uint32_t>(number);
+    Put(bits ^ std::exchange(m_rowFloats[m_nextFloat++], bits));
+}
+
+void EventText::PutText(std::string_view plain) {
+    if (m_isRow) {
+        const auto found = m_rowTexts.find(plain);
+        if (found != m_rowTexts.end()) return Put(found->second);
+        if (m_rowTexts.size() < kMostKept) m_rowTexts.emplace(plain, m_rowTextCount);
+        ++m_rowTextCount;
+    }
+    Put("\"");
+    Put(plain);
+    Put("\"");
 }
 
 void EventText::PutLong(std::string_view text) {

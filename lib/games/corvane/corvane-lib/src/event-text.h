@@ -4,8 +4,10 @@
 // The text is what nlohmann::json would write with an indent of 1: members sorted by key, numbers by the
 // library's own algorithm. Texts that need escaping go through the library itself.
 //
-// An event can also be written as a row: its values alone, in an array, for programs that
-// parse many documents: without keys the text is half as long.
+// An event can also be written as a row, for programs that parse many documents: its values alone, in an
+// array. A float is the integer that its bits are, XOR those of the float at the same place in the row
+// before (0 before the first): that has few digits, and whoever parses it need not convert decimals. A text
+// that an earlier row has had is a number: that of the texts in rows, counted from 0.
 #pragma once
 
 #include <algorithm>
@@ -16,6 +18,7 @@
 #include <span>
 #include <string>
 #include <string_view>
+#include <unordered_map>
 #include <utility>
 
 namespace orvel::corvane {
@@ -64,7 +67,7 @@ class EventText {
     void BeginEvent(bool mayBeRow);
     void EndEvent();
 
-    void Write(const MemberKey& key, float number);  // NaN and infinities become null
+    void Write(const MemberKey& key, float number);  // NaN and infinities become null, but not in rows
     void Write(const MemberKey& key, std::uint32_t number);
     void Write(const MemberKey& key, bool flag);
     // In a text that is not UTF-8, U+FFFD replaces the invalid bytes; the first such text is kept
@@ -93,15 +96,27 @@ class EventText {
     // appended directly.
     static constexpr std::size_t kShortText = 64;
     static constexpr std::size_t kBlockBytes = kMostMembers * (MemberKey::kBytes + kShortText + 8);
+    // So many texts of rows are kept at most: a hostile file can name a million bots.
+    static constexpr std::size_t kMostKept = 1024;
+
+    struct TextHash : std::hash<std::string_view> {
+        using is_transparent = void;
+    };
 
     void Put(const MemberKey& key);
     void Put(std::string_view text);  // a short one
     void Put(std::uint32_t number);
+    void PutBits(float number);
+    void PutText(std::string_view plain);  // a short one, between quotes; or its number
     void PutLong(std::string_view text);
     void Flush();
 
     bool m_wantsRows = false;
-    bool m_isRow = false;  // the present event
+    bool m_isRow = false;                                   // the present event
+    std::array<std::uint32_t, kMostMembers> m_rowFloats{};  // the bits of those in the row before
+    std::size_t m_nextFloat = 0;                            // its place in the present row
+    std::uint32_t m_rowTextCount = 0;
+    std::unordered_map<std::string, std::uint32_t, TextHash, std::equal_to<>> m_rowTexts;
     std::array<char, kBlockBytes> m_block;
     char* m_out = m_block.data();
     std::string m_text;

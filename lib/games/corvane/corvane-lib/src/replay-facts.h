@@ -22,7 +22,8 @@ struct SkippedEvent {
     SkipReason reason;
 };
 
-// A bot's name as the file has it. The document has it without whitespace.
+// A bot's name as the file has it, where the document does not say as much: it has names without whitespace,
+// and unknown players without a name.
 struct BotName {
     std::size_t event;     // the position in the document's "events"
     std::string_view key;  // "killedBot" or "killerBot"
