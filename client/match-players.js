@@ -8,7 +8,7 @@ const UNNAMED_BOT = 'Unnamed Bot';
 const isNobody = ({ kind, name }) => kind === 'unknown' || name === null;
 
 // Without the zero character that ends some texts in the file.
-const withoutEnd = (text) => (text.endsWith('\0') ? text.slice(0, -1) : text);
+const withoutEnd = (text) => (text.charCodeAt(text.length - 1) === 0 ? text.slice(0, -1) : text);
 
 // null if unknown: an unknown player may be anyone, and two unnamed bots may be one.
 function isSelf(attacker, victim) {

@@ -51,8 +51,9 @@ function mapOf(levels) {
 // "Region=EU" is a key with a value; a text without the sign has none.
 function settingsOf(list = []) {
   const entries = list.map((text) => {
-    const [, key, value] = /^([^=]*)=?(.*)$/s.exec(textOf(text) ?? '');
-    return [key.trim(), orNull(value.trim())];
+    const setting = textOf(text) ?? '';
+    const end = setting.includes('=') ? setting.indexOf('=') : setting.length;
+    return [setting.slice(0, end).trim(), orNull(setting.slice(end + 1).trim())];
   });
   return Object.fromEntries(entries.filter(([key]) => key !== ''));
 }
@@ -115,8 +116,9 @@ function playOf(events, facts, damageNames) {
   const eliminations = [];
   let isSorted = true;
   let last = 0;
-  events.forEach((event, i) => {
-    if (event.evtName !== 'playerElim') return;
+  for (let i = 0; i < events.length; ++i) {
+    const event = events[i];
+    if (event.evtName !== 'playerElim') continue;
     const attacker = roster.record(event.killer, event.killerBot, killerBot.get(i));
     const victim = roster.record(event.killed, event.killedBot, killedBot.get(i));
     const elimination = eliminationOf(event, attacker.player, victim.player, damageNames);
@@ -124,7 +126,7 @@ function playOf(events, facts, damageNames) {
     isSorted &&= last <= elimination.timeMs;
     last = elimination.timeMs;
     eliminations.push(elimination);
-  });
+  }
   if (!isSorted) eliminations.sort((a, b) => a.timeMs - b.timeMs);
   return { eliminations, players: roster.records };
 }
