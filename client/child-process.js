@@ -48,7 +48,10 @@ class ChildProcess {
   #process;
   #stderr = '';
   #isReady = false;
+  #isHeld = true;
   #isKilled = false;
+  #hasExited = false;
+  #lastOutput; // the time for it
   #onMessage;
   #onEnd;
   #resolveGone;
@@ -72,7 +75,7 @@ class ChildProcess {
   }
 
   get isConnected() {
-    return this.#process?.connected ?? false;
+    return !this.#hasExited && (this.#process?.connected ?? false);
   }
 
   // A lost message needs no handling: the child has then ended, and that is reported.
@@ -82,8 +85,10 @@ class ChildProcess {
 
   // Whether this process waits for the child before it ends by itself. At first it does.
   hold(wanted) {
+    this.#isHeld = wanted;
     const change = wanted ? 'ref' : 'unref';
-    for (const part of [this.#process, this.#process?.channel, this.#process?.stderr]) part?.[change]();
+    const parts = [this.#process, this.#process?.channel, this.#process?.stderr, this.#lastOutput];
+    for (const part of parts) part?.[change]();
   }
 
   // Ends the child at once, whatever it does.
@@ -91,7 +96,8 @@ class ChildProcess {
     this.#onMessage = this.#onEnd = () => {};
     this.#isKilled = true;
     this.hold(true);
-    this.#process?.kill('SIGKILL');
+    if (this.#hasExited) setImmediate(() => this.#ended());
+    else this.#process?.kill('SIGKILL');
   }
 
   #listen() {
@@ -100,10 +106,13 @@ class ChildProcess {
     child.stderr?.setEncoding('utf8').on('data', (text) => {
       this.#stderr = (this.#stderr + text).slice(-KEPT_STDERR);
     });
-    const onEnd = (status, signal) => this.#ended(this.#reason(status, signal));
+    const onEnd = (...how) => this.#ended(this.#reason(...how));
     child.on('exit', (...how) => {
-      const timer = setTimeout(onEnd, this.#isKilled ? 0 : LAST_OUTPUT_MS, ...how);
-      child.on('close', () => clearTimeout(timer));
+      this.#hasExited = true;
+      // What has come while the application was busy is read in the turn after the timer's.
+      const onLate = () => setImmediate(onEnd, ...how);
+      this.#lastOutput = setTimeout(onLate, this.#isKilled ? 0 : LAST_OUTPUT_MS);
+      this.hold(this.#isHeld);
     });
     child.on('close', onEnd);
     // It could not be started.
@@ -128,8 +137,9 @@ class ChildProcess {
 
   #ended(reason) {
     running.delete(this.#process);
+    clearTimeout(this.#lastOutput);
     this.#process?.stderr?.destroy();
-    if (this.isConnected) this.#process.disconnect();
+    if (this.#process?.connected) this.#process.disconnect();
     const report = this.#onEnd;
     this.#onMessage = this.#onEnd = () => {};
     report(this.#isReady ? 'ERR_CHILD_LOST' : 'ERR_CHILD_START', reason);

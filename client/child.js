@@ -53,11 +53,11 @@ function readFailure(error, path) {
 }
 
 let addon;
+const loaded = () => (addon ??= loadAddon());
 
 function read({ path, key, maxDocumentBytes, facts = false, salvage = false, rows = false }) {
   try {
-    addon ??= loadAddon();
-    const result = addon.readReplayDocument(path, key, { facts, salvage, rows });
+    const result = loaded().readReplayDocument(path, key, { facts, salvage, rows });
     return limited(facts ? result : { text: result }, maxDocumentBytes);
   } catch (error) {
     return readFailure(error, path);
@@ -78,29 +78,30 @@ function attempt(action) {
   }
 }
 
-// A row has more than a 32nd of the bytes that it stands for. So only a text above a 32nd of the limit must be made in full,
-// to be measured.
+// A row has 44 bytes at least, and the event that it stands for not much more than 500; long texts are whole in both. So only
+// above a 16th of the limit must a text be made in full, to be measured.
 function readRows(order) {
   const result = read({ ...order, facts: true, rows: true });
+  const { code, text, facts } = result;
   const isTooLarge =
-    result.code === 'ERR_DOCUMENT_TOO_LARGE' || result.text?.length > order.maxDocumentBytes / 32;
+    code === 'ERR_DOCUMENT_TOO_LARGE' || 16 * text?.length + facts?.length > order.maxDocumentBytes;
   return isTooLarge ? read({ ...order, facts: true }) : result;
 }
 
 // What is made of many matches is made here, where all processors are at work.
-function reducedBatch({ replays, reduce, damageNames, ...order }) {
+function reduced(order, { path, name }, { reduce, damageNames }) {
+  const result = readRows({ ...order, path });
+  if (result.code !== undefined) return result;
   const { matchOfRows } = require('./event-rows.js');
-  const module = require(reduce);
-  const reduced = ({ path, name }) => {
-    const result = readRows({ ...order, path });
-    if (result.code !== undefined) return result;
-    const match = matchOfRows(result, { path: name, damageNames });
-    return { reduced: module.reduce(match), bytes: result.text.length };
-  };
+  return { reduced: reduce(matchOfRows(result, { path: name, damageNames })), bytes: result.text.length };
+}
+
+function reducedBatch({ replays, reduce: file, damageNames, ...order }) {
+  const { reduce } = require(file);
   const results = [];
   let bytes = 0;
   for (const replay of replays) {
-    const result = attempt(() => reduced(replay));
+    const result = attempt(() => reduced(order, replay, { reduce, damageNames }));
     results.push(result);
     bytes += result.bytes ?? 0;
     if (bytes > ANSWER_BYTES) break;
@@ -122,7 +123,7 @@ function watch({ folder, key, maxDocumentBytes }) {
     answer({ path, ...result });
   };
   try {
-    loadAddon().watchFolder(onResult, key, folder);
+    loaded().watchFolder(onResult, key, folder);
     answer({ watching: true });
   } catch (error) {
     answer(failure(error));

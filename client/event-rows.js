@@ -50,9 +50,10 @@ class Rows {
 // The document that a text with rows stands for.
 function documentOfRows(text) {
   const document = JSON.parse(text);
+  if (document.events === undefined) return document;
   const rows = new Rows();
-  document.events = document.events?.map((event) => (Array.isArray(event) ? rows.next(event) : event));
-  return document;
+  const events = document.events.map((event) => (Array.isArray(event) ? rows.next(event) : event));
+  return { ...document, events };
 }
 
 // The match of a reading whose text has rows. text and facts: Buffers.

@@ -25,13 +25,14 @@ class Roster {
   records = [];
 
   // account and bot: the two fields of an event, of which it has one; exact: the bot's name as the file has it, undefined
-  // where that is not known.
+  // where that is not known, or as the document has it. An unknown player has the name "", or an account that is cut off.
   record(account, bot, exact) {
     if (account) return this.#accounts.get(account) ?? this.#account(account);
-    if (exact === undefined && bot === UNNAMED_BOT) return this.#added({ kind: 'bot', name: null });
-    const name = withoutEnd(exact ?? bot);
-    if (name !== '') return this.#bots.get(name) ?? this.#bot(name);
-    return this.#added(exact === undefined ? { kind: 'unknown' } : { kind: 'bot', name: null });
+    if (exact === undefined && !bot) return this.#added({ kind: 'unknown' });
+    const isUnnamed = exact === undefined && bot === UNNAMED_BOT;
+    const name = isUnnamed ? '' : withoutEnd(exact ?? bot);
+    if (name === '') return this.#added({ kind: 'bot', name: null });
+    return this.#bots.get(name) ?? this.#bot(name);
   }
 
   // Counts an event for the two whom it concerns. Events may come in any order.

@@ -11,11 +11,14 @@
 const { packNumbers, unpackNumbers } = require('./number-block.js');
 const { matchRow, microseconds } = require('./tables.js');
 
+const utf8 = new TextDecoder();
+
 const PLAYER_KINDS = ['account', 'bot', 'unknown'];
 const EVENT_KINDS = ['elimination', 'knock'];
 
 // The fields of a record and of an event in their blocks, and what writes them there: the first to block[at], each other one
-// `count` numbers behind the one before. numberOf: Player -> player_no. NaN stands for what is unknown.
+// `count` numbers behind the one before. numberOf: Player -> player_no. NaN stands for what is unknown; undefined would become
+// NaN too, but slowly.
 const PLAYER_FIELDS = [
   ...['kind', 'eliminations', 'knocks', 'timesKnocked', 'deaths'],
   ...['endedBy', 'endedAtMs', 'selfInflicted'],
@@ -67,7 +70,7 @@ function numbersOf(players) {
   return numbers;
 }
 
-// JSON has no BigInts.
+// JSON has no BigInts, and a cell is no object otherwise. It writes -0 as 0.
 const toJson = (cell) => (typeof cell === 'bigint' ? { integer: String(cell) } : cell);
 const fromJson = (cell) => (cell?.integer === undefined ? cell : BigInt(cell.integer));
 
@@ -101,9 +104,8 @@ const packFailure = (path, { code, message }, bytes) => ({
 function contentIn({ counts, bytes }) {
   const aligned = new Uint8Array(bytes); // a copy: a message may have them anywhere
   const players = unpackNumbers(aligned, PLAYER_FIELDS.length, counts[1]);
-  const events = unpackNumbers(aligned.subarray(players.end), EVENT_FIELDS.length, counts[2]);
-  const json = Buffer.from(aligned.buffer, players.end + events.end);
-  const { row, ...content } = JSON.parse(json.toString('utf8'));
+  const events = unpackNumbers(players.rest, EVENT_FIELDS.length, counts[2]);
+  const { row, ...content } = JSON.parse(utf8.decode(events.rest));
   return { ...content, row: row.map(fromJson), players: players.block, events: events.block };
 }
 

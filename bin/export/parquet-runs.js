@@ -30,7 +30,7 @@ function writePacked(to, values, start, end, bits) {
     pendingBits += bits;
     while (pendingBits >= 8) {
       bytes[at++] = pending;
-      pending >>= 8; // it has fewer than 31 bits; an unsigned shift would make it a float
+      pending >>= 8; // it has 31 bits at most; an unsigned shift would make it a float
       pendingBits -= 8;
     }
   }

@@ -415,17 +415,10 @@ test('a block of numbers comes back as it was, and small', () => {
     [0.1 + 0.2, 2 ** 53, -0],
     [NaN, NaN, NaN],
   ];
-  const bytes = Buffer.concat([
-    packNumbers(Float64Array.from(fields.flat()), fields.length),
-    Buffer.alloc(1),
-  ]);
-  const aligned = new Uint8Array(bytes);
-  const { block, end } = unpackNumbers(aligned, fields.length, 3);
+  const packed = packNumbers(Float64Array.from(fields.flat()), fields.length);
+  const { block, rest } = unpackNumbers(new Uint8Array([...packed, 7]), fields.length, 3);
   assert.deepEqual(Array.from(block), fields.flat());
-  assert.deepEqual(Array.from(aligned.subarray(0, fields.length)), [0, 1, 1, 2, 2, 4, 3, 3, 4, 0]);
-  assert.equal(end, aligned.length - 1);
-  assert.deepEqual(unpackNumbers(packNumbers(new Float64Array(0), 2), 2, 0), {
-    block: new Float64Array(0),
-    end: 8,
-  });
+  assert.deepEqual(Array.from(packed.subarray(0, fields.length)), [0, 1, 1, 2, 2, 4, 3, 3, 4, 0]);
+  assert.deepEqual(Array.from(rest), [7]);
+  assert.equal(unpackNumbers(packNumbers(new Float64Array(0), 2), 2, 0).block.length, 0);
 });

@@ -12,6 +12,16 @@ const WHATS = {
     console.log((await readReplay(file)).pid);
     setInterval(() => {}, 60_000);
   },
+  // Gives its only read up when there is FILE.pid; then nothing keeps it from ending.
+  giveUp: () => {
+    const stop = new AbortController();
+    readReplay(file, { signal: stop.signal }).catch(({ code }) => console.log(code));
+    const timer = setInterval(() => {
+      if (!require('node:fs').existsSync(`${file}.pid`)) return;
+      clearInterval(timer);
+      stop.abort();
+    }, 20);
+  },
   // Ends while a child reads.
   exit: () => {
     readReplay(file);

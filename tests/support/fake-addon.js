@@ -35,14 +35,17 @@ const READS = {
     });
     process.exit(Number(status));
   },
-  // Leaves a process behind, FILE.pid, that keeps its standard error open; then blocks, or ends.
-  hold(file, status) {
+  // Leaves a process behind, FILE.pid, that keeps its standard error open, and where it can, its channel; then returns, blocks,
+  // or ends.
+  hold(file, then) {
+    const channel = process.platform === 'linux' ? [3] : [];
     const holder = spawn(process.execPath, ['-e', 'setTimeout(() => {}, 60_000)'], {
       detached: true,
-      stdio: ['ignore', 'ignore', 'inherit'],
+      stdio: ['ignore', 'ignore', 'inherit', ...channel],
     });
     fs.writeFileSync(`${file}.pid`, String(holder.pid));
-    if (status !== 'hang') process.exit(Number(status));
+    if (then === 'return') return document();
+    if (then !== 'hang') process.exit(Number(then));
     for (;;) sleep(1000);
   },
   // "meet.a.b" returns when "meet.b.a" has begun.

@@ -82,7 +82,7 @@ void EventText::Write(const MemberKey& key, std::string_view text) {
         Put(",");
         return;
     }
-    ++m_rowTextCount;
+    if (m_isRow) ++m_rowTextCount;
     try {
         PutLong(Quoted(text, ErrorHandler::strict));
     } catch (const nlohmann::json::type_error&) {

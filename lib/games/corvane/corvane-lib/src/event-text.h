@@ -6,8 +6,9 @@
 //
 // An event can also be written as a row, for programs that parse many documents: its values alone, in an
 // array. A float is the integer that its bits are, XOR those of the float at the same place in the row
-// before (0 before the first): that has few digits, and whoever parses it need not convert decimals. A text
-// that an earlier row has had is a number: that of the texts in rows, counted from 0.
+// before (0 before the first): that has few digits, and whoever parses it need not convert decimals. Texts
+// in rows are numbered from 0, and one that comes again can be its first number; but a long text, one that
+// needs escaping, or one behind many others comes again as a text, with a new number.
 #pragma once
 
 #include <algorithm>
