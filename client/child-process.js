@@ -51,7 +51,7 @@ class ChildProcess {
   #isHeld = true;
   #isKilled = false;
   #hasExited = false;
-  #lastOutput; // the time for it
+  #lastOutputTimer;
   #onMessage;
   #onEnd;
   #resolveGone;
@@ -87,7 +87,7 @@ class ChildProcess {
   hold(wanted) {
     this.#isHeld = wanted;
     const change = wanted ? 'ref' : 'unref';
-    const parts = [this.#process, this.#process?.channel, this.#process?.stderr, this.#lastOutput];
+    const parts = [this.#process, this.#process?.channel, this.#process?.stderr, this.#lastOutputTimer];
     for (const part of parts) part?.[change]();
   }
 
@@ -111,7 +111,7 @@ class ChildProcess {
       this.#hasExited = true;
       // What has come while the application was busy is read in the turn after the timer's.
       const onLate = () => setImmediate(onEnd, ...how);
-      this.#lastOutput = setTimeout(onLate, this.#isKilled ? 0 : LAST_OUTPUT_MS);
+      this.#lastOutputTimer = setTimeout(onLate, this.#isKilled ? 0 : LAST_OUTPUT_MS);
       this.hold(this.#isHeld);
     });
     child.on('close', onEnd);
@@ -137,7 +137,7 @@ class ChildProcess {
 
   #ended(reason) {
     running.delete(this.#process);
-    clearTimeout(this.#lastOutput);
+    clearTimeout(this.#lastOutputTimer);
     this.#process?.stderr?.destroy();
     if (this.#process?.connected) this.#process.disconnect();
     const report = this.#onEnd;

@@ -8,8 +8,8 @@ const { TABLES } = require('./tables.js');
 const TABLE_NAMES = Object.keys(TABLES);
 
 // What makes a column. write(to, start, end, match): writes the numbers of a match, which comes from unpackMatch(), one for
-// each row, to these places. meaningsOf(numberings): what they stand for. There is no subarray for each match and column:
-// making it takes as long as writing its numbers.
+// each row, to these places. meaningsOf(numberings): what they stand for. Places, and no subarray: there would be hundreds of
+// thousands of them in an export.
 const column = (write, meaningsOf = () => undefined) => ({ write, meaningsOf });
 
 // The row's number within its match.

@@ -1,7 +1,7 @@
 'use strict';
 // Blocks of numbers in few bytes, without loss, for their way between processes. A match takes less than half of what it would
-// as doubles, and each byte costs time: it is copied four times, and given to garbage collectors. A block has fields, and each
-// field as many numbers as the others.
+// as doubles, and each process and thread on that way copies it. A block has fields, and each field as many numbers as the
+// others.
 //
 //     forms      a byte for each field: the index of its form; filled up to 8 bytes
 //     fields     one after the other in its form, each filled up to 8 bytes

@@ -12,6 +12,12 @@ function sleep(ms) {
   Atomics.wait(new Int32Array(new SharedArrayBuffer(4)), 0, 0, Number(ms));
 }
 
+// FILE.pid names a process; the file appears with its content.
+function tellPid(file, pid) {
+  fs.writeFileSync(`${file}.writing`, String(pid));
+  fs.renameSync(`${file}.writing`, `${file}.pid`);
+}
+
 const READS = {
   pid: () => document(),
   key: (file, argument, key) => document({ key: Buffer.from(key).toString('hex') }),
@@ -22,8 +28,7 @@ const READS = {
   },
   // Blocks for good, as soon as FILE.pid says which process does.
   hang(file) {
-    fs.writeFileSync(`${file}.writing`, String(process.pid));
-    fs.renameSync(`${file}.writing`, `${file}.pid`);
+    tellPid(file, process.pid);
     for (;;) sleep(1000);
   },
   // Says more than a reason has room for; the last line comes when it has ended.
@@ -43,7 +48,7 @@ const READS = {
       detached: true,
       stdio: ['ignore', 'ignore', 'inherit', ...channel],
     });
-    fs.writeFileSync(`${file}.pid`, String(holder.pid));
+    tellPid(file, holder.pid);
     if (then === 'return') return document();
     if (then !== 'hang') process.exit(Number(then));
     for (;;) sleep(1000);
