@@ -115,8 +115,8 @@ class ChildProcess {
       this.hold(this.#isHeld);
     });
     child.on('close', onEnd);
-    // It could not be started.
-    child.on('error', (error) => this.#failToStart(error));
+    // Unless it could not be started, a kill has failed, as on Windows that of a child that is just ending.
+    child.on('error', (error) => child.pid === undefined && this.#failToStart(error));
   }
 
   #receive(message) {

@@ -27,6 +27,9 @@ async function eventually(condition) {
   return condition();
 }
 
-const livingChildren = () => children.filter(({ pid }) => pid !== undefined && isAlive(pid));
+const hasEnded = ({ exitCode, signalCode }) => (exitCode ?? signalCode) !== null;
 
-module.exports = { children, eventually, isAlive, livingChildren };
+// Their numbers would not do: Windows soon gives that of an ended process to another.
+const livingChildren = () => children.filter((child) => child.pid !== undefined && !hasEnded(child));
+
+module.exports = { children, eventually, hasEnded, isAlive, livingChildren };
