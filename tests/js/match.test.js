@@ -125,6 +125,17 @@ test('players: accounts and named bots are the same in all events, unnamed ones 
   ]);
 });
 
+test('accounts are told apart, however alike the ends of their ids are', () => {
+  const ids = [...Array.from({ length: 40 }, (_, i) => `${i}-7f3`), '7f3', '7f2', '3'];
+  const event = (killer) => ({ evtName: 'playerElim', eventMeta: { time1: 0 }, killer, killedBot: 'Bot' });
+  const { players } = matchOf({ events: [...ids, ...[...ids].reverse(), ...ids].map(event) });
+  const accounts = players.filter(({ player }) => player.kind === 'account');
+  assert.deepEqual(
+    accounts.map(({ player, eliminations }) => [player.id, eliminations]),
+    ids.map((each) => [each, 3]),
+  );
+});
+
 test('texts are as the file has them: blanks stay, final zeros go', async () => {
   const header = w.headerChunk({
     Branch: 'x y',
