@@ -8,10 +8,6 @@ const path = require('node:path');
 // Bytes of the end of a child's standard error that are kept for the reason of its end.
 const KEPT_STDERR = 4096;
 
-// For how long the last output of a child that has ended is waited for. Its pipes have no end while another process holds
-// them, such as a program that it started, or the console that Wine gives it.
-const LAST_OUTPUT_MS = 3000;
-
 // Variables that a child does not get from the application; an inspector's port, for example, cannot be shared. On
 // Windows the case of a name does not matter.
 const NOT_INHERITED = /^(NODE_OPTIONS|ELECTRON_RUN_AS_NODE)$/i;
@@ -45,6 +41,10 @@ function start(execPath) {
 }
 
 class ChildProcess {
+  // For how many milliseconds the last output of a child that has ended is waited for. Its pipes have no end while another
+  // process holds them, such as a program that it started, or the console that Wine gives it.
+  static lastOutputMs = 3000;
+
   #process;
   #stderr = '';
   #isReady = false;
@@ -111,7 +111,7 @@ class ChildProcess {
       this.#hasExited = true;
       // What has come while the application was busy is read in the turn after the timer's.
       const onLate = () => setImmediate(onEnd, ...how);
-      this.#lastOutputTimer = setTimeout(onLate, this.#isKilled ? 0 : LAST_OUTPUT_MS);
+      this.#lastOutputTimer = setTimeout(onLate, this.#isKilled ? 0 : ChildProcess.lastOutputMs);
       this.hold(this.#isHeld);
     });
     child.on('close', onEnd);

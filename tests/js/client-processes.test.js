@@ -11,9 +11,11 @@ const { children, eventually, hasEnded, isAlive, livingChildren } = require('../
 const { start, temporaryFolder } = require('../support/run.js');
 const { ReplayClient, closeClient, readReplay } = require('../../client');
 const { ChildPool } = require('../../client/child-pool.js');
+const { ChildProcess } = require('../../client/child-process.js');
 
 const fakeAddon = path.join(__dirname, '..', 'support', 'fake-addon.js');
 process.env.CORVANE_ADDON = fakeAddon;
+ChildProcess.lastOutputMs = 60_000; // a wait for it is longer than any machine is slow
 const folder = temporaryFolder();
 const file = (name) => path.join(folder, name);
 const client = new ReplayClient({ concurrency: 2 });
@@ -222,19 +224,37 @@ test('an idle child keeps no application from ending, and none outlives one that
 });
 
 test('nothing waits long for a process that a child has left behind with its pipes open', async () => {
+  const began = Date.now();
   const { status, stdout } = await startHost('giveUp', 'hold.hang').ended;
   assert.deepEqual([status, stdout], [0, 'ERR_ABORTED\n']);
+  assert.equal((await startHost('lose', 'hold.return.2').ended).status, 0);
   const own = new ReplayClient({ concurrency: 1 });
   const { pid } = await own.readReplay(file('hold.return'));
   process.kill(pid, 'SIGKILL');
   assert.ok(await eventually(() => hasEnded(children.findLast((child) => child.pid === pid))));
   assert.notEqual(await readPid(own), pid); // another child, at once
-  assert.equal((await failure(own.readReplay(file('hold.7')))).code, 'ERR_CHILD_LOST');
   await own.close();
-  for (const name of ['hold.hang', 'hold.return', 'hold.7']) {
+  assert.ok(Date.now() - began < ChildProcess.lastOutputMs);
+  for (const name of ['hold.hang', 'hold.return', 'hold.return.2']) {
     assert.ok(isAlive(pidOf(name)));
     process.kill(pidOf(name));
   }
+});
+
+test('what a child says last is part of the reason, also when the application was busy meanwhile', async () => {
+  const own = new ReplayClient({ concurrency: 1 });
+  const reading = failure(own.readReplay(file('hold.7')));
+  const usual = ChildProcess.lastOutputMs;
+  ChildProcess.lastOutputMs = 50;
+  children.at(-1).once('exit', () => {
+    const [atLeast, atMost] = [100, 20_000].map((ms) => Date.now() + ms);
+    while (Date.now() < atLeast || (!fs.existsSync(file('hold.7.said')) && Date.now() < atMost));
+  });
+  const { code, reason } = await reading;
+  ChildProcess.lastOutputMs = usual;
+  assert.deepEqual([code, reason], ['ERR_CHILD_LOST', 'exit code 7: late']);
+  await own.close();
+  process.kill(pidOf('hold.7'));
 });
 
 for (const what of ['wait', 'watch']) {

@@ -140,13 +140,13 @@ test('texts are as the file has them: blanks stay, final zeros go', async () => 
   const header = w.headerChunk({
     Branch: 'x y',
     levels: ['Lobby', 'Isle of Ash'].map((name) => [`/Game/Maps/${name}.${name}`, 0]),
-    GameSpecificData: ['Sub Game = é b', 'Ranked', '=x'],
+    GameSpecificData: ['Sub Game = é = b', 'Ranked', '=x'],
   });
   const named = (text) => elimination({ killed: { type: 16, id: text }, killer: { type: 16, id: text } });
   const events = ['Unnamed Bot', 'Søren B', ''].map(named);
   const match = await read(w.replay({ FriendlyName: ' Finale é' }, header, events));
   assert.deepEqual([match.name, match.map, match.engine.branch], [' Finale é', 'Isle of Ash', 'x y']);
-  assert.deepEqual(match.settings, { 'Sub Game': 'é b', Ranked: null });
+  assert.deepEqual(match.settings, { 'Sub Game': 'é = b', Ranked: null });
   assert.deepEqual(
     match.eliminations.map(({ victim }) => victim.name),
     ['Unnamed Bot', 'Søren B', null],
@@ -219,16 +219,21 @@ test('a batch fails only for the replay that ends its child or cannot be sent; w
     path.join(folder, `${{ 5: 'lost', 10: 'unsent' }[i]}-${i}`),
   );
   for (const file of paths) fs.copyFileSync(sample, file);
+  // A document after which the rest of its batch is left for another order.
+  fs.writeFileSync(paths[12], w.replay({ FriendlyName: 'x'.repeat(2 ** 22) }));
   const resultsOf = async (limits) => {
     const results = [];
-    for await (const { match, error } of reduceMatches(paths, reduce, { concurrency: 1, ...limits }))
-      results.push(match ?? error.code);
+    for await (const result of reduceMatches(paths, reduce, { concurrency: 1, ...limits })) {
+      assert.equal(result.path, paths[results.length]);
+      results.push(result.match ?? result.error.code);
+    }
     return results;
   };
   const alone = paths.map((_, i) => ({ 5: 'ERR_CHILD_LOST', 10: 'ERR_CORRUPT' })[i] ?? 1);
   assert.deepEqual(await resultsOf({ timeout: 60_000 }), alone);
   const batched = await resultsOf();
   assert.deepEqual([batched[5], batched[10], batched[3]], [alone[5], alone[10], 4]);
+  assert.deepEqual(batched.slice(12), [1, 1, 2, 3]);
   assert.deepEqual(batched.filter(Number.isInteger).length, 14);
   const stop = new AbortController();
   const first = reduceMatches(paths, reduce, { signal: stop.signal }).next();
@@ -287,6 +292,7 @@ test('a document with eliminations as rows is the same document', () => {
     const { events: found, ...rest } = documentOfRows(textOf(true));
     assert.deepEqual({ ...rest, events: found.map(withoutUndefined) }, JSON.parse(textOf(false)));
   }
+  assert.deepEqual(documentOfRows('{}'), {});
 });
 
 test('a signal ends the wait for a path; await using ends the children', async () => {

@@ -1,7 +1,13 @@
 'use strict';
 // node client-host.js WHAT FILE: an application over the client for tests of its end. Prints the pid of its child.
 
+const { eventually, isAlive } = require('./client-processes.js');
 const { readReplay, watchReplays } = require('../../client');
+const { ChildProcess } = require('../../client/child-process.js');
+
+// Longer than anything takes that does not wait for it.
+ChildProcess.lastOutputMs = 60_000;
+const failIfLate = () => setTimeout(() => process.exit(6), 20_000).unref();
 
 const [what, file] = process.argv.slice(2);
 const WHATS = {
@@ -20,7 +26,15 @@ const WHATS = {
       if (!require('node:fs').existsSync(`${file}.pid`)) return;
       clearInterval(timer);
       stop.abort();
+      failIfLate();
     }, 20);
+  },
+  // Its idle child is killed; then nothing keeps it from ending.
+  lose: async () => {
+    const { pid } = await readReplay(file);
+    process.kill(pid, 'SIGKILL');
+    await eventually(() => !isAlive(pid));
+    failIfLate();
   },
   // Ends while a child reads.
   exit: () => {

@@ -41,10 +41,12 @@ const READS = {
     process.exit(Number(status));
   },
   // Leaves a process behind, FILE.pid, that keeps its standard error open, and where it can, its channel; then returns, blocks,
-  // or ends.
+  // or ends. That process says something, and then makes FILE.said.
   hold(file, then) {
     const channel = process.platform === 'linux' ? [3] : [];
-    const holder = spawn(process.execPath, ['-e', 'setTimeout(() => {}, 60_000)'], {
+    const said = JSON.stringify(`${file}.said`);
+    const program = `fs.writeSync(2, 'late'); fs.writeFileSync(${said}, ''); setTimeout(() => {}, 60_000)`;
+    const holder = spawn(process.execPath, ['-e', program], {
       detached: true,
       stdio: ['ignore', 'ignore', 'inherit', ...channel],
     });
