@@ -68,8 +68,7 @@ for (const [name, options, code, reason] of [
 
 test('the timeout begins when the turn of the file has come, and counts until the result is there', async () => {
   await readPid(one);
-  const reads = Array.from({ length: 3 }, () => one.readReplay(file('sleep.600'), { timeout: 1700 }));
-  assert.equal((await Promise.all(reads)).length, 3);
+  await Promise.all([one.readReplay(file('sleep.4000')), one.readReplay(file('pid'), { timeout: 3500 })]);
   const pool = new ChildPool(1, process.execPath);
   const finish = () => Atomics.wait(new Int32Array(new SharedArrayBuffer(4)), 0, 0, 2100);
   const late = pool.run({ path: file('pid'), maxDocumentBytes: 1000 }, { timeout: 2000, finish });
@@ -214,10 +213,8 @@ const startHost = (what, name) =>
   start(process.execPath, [path.join(__dirname, '..', 'support', 'client-host.js'), what, file(name)]);
 
 test('an idle child keeps no application from ending, and none outlives one that exits while it reads', async () => {
-  const began = Date.now();
   const { status, stdout } = await startHost('idle', 'pid').ended;
-  assert.ok(Date.now() - began < 8000, 'it waited for the idle child to be ended');
-  assert.equal(status, 0);
+  assert.equal(status, 3);
   assert.ok(await eventually(() => !isAlive(Number(stdout))));
   assert.equal((await startHost('exit', 'hang.exit').ended).status, 5);
   assert.ok(await isGone('hang.exit'));

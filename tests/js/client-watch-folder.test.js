@@ -26,10 +26,16 @@ const file = (name) => path.join(folder, name);
 const elimination = (Time1, name) =>
   w.eventChunk({ Time1, data: w.encrypt(w.playerElim({ killer: { type: 16, id: name } }), key) });
 const info = { Timestamp: 638_000_000_000_000_000n, bEncrypted: 1 };
-// As a whole, since the watch may look at any moment.
+// As a whole, since the watch may look at any moment. On Windows no file takes the place of one that is being read.
 function put(name, ...parts) {
   fs.writeFileSync(file('unfinished'), w.bytes(...parts));
-  fs.renameSync(file('unfinished'), file(name));
+  for (let left = 1000; fs.existsSync(file('unfinished')); --left) {
+    try {
+      fs.renameSync(file('unfinished'), file(name));
+    } catch (error) {
+      if (left === 0) throw error;
+    }
+  }
 }
 
 test('a match is told from its start to its end, whatever its file is called', async () => {

@@ -56,7 +56,7 @@ describe('what the documents show', { concurrency: 1 }, () => {
     const watching = run('watch.js');
     while (watching.output().stdout === '') await sleep(10);
     // Slow enough for each chunk to have a polling cycle of its own.
-    const growing = await run('grow-replay.js', '800').ended;
+    const growing = await run('grow-replay.js', '1200').ended;
     const { status, stdout } = await watching.ended;
     assert.deepEqual([status, growing.status], [0, 0]);
     // The add-on itself prints an empty line for each parse.

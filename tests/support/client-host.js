@@ -11,8 +11,12 @@ const failIfLate = () => setTimeout(() => process.exit(6), 20_000).unref();
 
 const [what, file] = process.argv.slice(2);
 const WHATS = {
-  // Nothing keeps it from ending.
-  idle: async () => console.log((await readReplay(file)).pid),
+  // Nothing keeps it from ending, with 3 if its child has not ended before.
+  idle: async () => {
+    const { pid } = await readReplay(file);
+    console.log(pid);
+    process.prependListener('exit', () => (process.exitCode = isAlive(pid) ? 3 : 4));
+  },
   // Waits, with an idle child.
   wait: async () => {
     console.log((await readReplay(file)).pid);

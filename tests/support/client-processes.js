@@ -22,8 +22,8 @@ function isAlive(pid) {
 
 // Polls until condition() holds or a generous time is over; resolves with what it came to.
 async function eventually(condition) {
-  const end = Date.now() + 20_000;
-  while (!condition() && Date.now() < end) await new Promise((resolve) => setTimeout(resolve, 20));
+  const end = performance.now() + 60_000;
+  while (!condition() && performance.now() < end) await new Promise((resolve) => setTimeout(resolve, 20));
   return condition();
 }
 

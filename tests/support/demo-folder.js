@@ -13,7 +13,7 @@ const { addonPath } = require('./reads.js');
 const { temporaryFolder } = require('./run.js');
 const w = require('./replay-writer.js');
 
-const TURN_PORT = 47613;
+const TURN_PORT = 21763; // below those that systems give out
 
 // Having the port is having the turn: even a killed process gives it back.
 async function takeTurn() {
@@ -65,15 +65,11 @@ class DemoFolder {
     return path.join(this.demos, ...names);
   }
 
-  // A replay whose payloads tell by their "Timestamp" which one they are of; reading version 5 prints nothing.
+  // A replay whose payloads tell by their "Timestamp" which one they are of; reading version 5 prints nothing. It appears
+  // under its name as a whole, since the watcher may look at any moment.
   write(name, id, bytes = w.replay({ FileVersion: 5, Timestamp: BigInt(id) }, w.headerChunk())) {
     fs.mkdirSync(path.dirname(this.path(name)), { recursive: true });
-    fs.writeFileSync(this.path(name), bytes);
-  }
-
-  // Appears under its name as a whole, since the watcher may look at any moment.
-  put(name, id) {
-    this.write('unfinished.tmp', id);
+    fs.writeFileSync(this.path('unfinished.tmp'), bytes);
     fs.renameSync(this.path('unfinished.tmp'), this.path(name));
   }
 
@@ -112,7 +108,7 @@ class Watch {
     const seen = [];
     for (let told = 0; told < 2; await sleep(50)) {
       if (fs.existsSync(demo.path('probe.replay'))) demo.grow('probe.replay');
-      else demo.put('probe.replay', PROBE);
+      else demo.write('probe.replay', PROBE);
       const payloads = this.payloads.splice(0);
       told += payloads.filter((payload) => idOf(payload) === PROBE).length;
       seen.push(...payloads.filter((payload) => idOf(payload) !== PROBE));

@@ -132,8 +132,8 @@ TEST(FolderWatcher, polls_a_real_folder_every_half_second) {
     std::ofstream file(folder / "growing.replay");
     FolderWatcher watcher(orvel::util::platform::WideFromPath(folder));
     Reports reports;
-    watcher.Start(reports.Callback());
     const auto began = std::chrono::steady_clock::now();
+    watcher.Start(reports.Callback());
     for (std::size_t i = 1; i <= 3; ++i) {
         file << "more" << std::flush;
         const auto all = reports.Wait(i);
