@@ -1,6 +1,7 @@
 'use strict';
 // Shared by the commands about matches: their options, and the reading of all replays that PATHS name.
 
+const fs = require('node:fs');
 const path = require('node:path');
 const { readMatches } = require('../client');
 const {
@@ -39,14 +40,34 @@ const readingOf = ({ options, key, signal }) => ({
   damageNames: namesOf(options.damageNames),
 });
 
+function realFolder(folder) {
+  try {
+    return fs.realpathSync.native(folder);
+  } catch {
+    return folder; // reading fails too, and says why
+  }
+}
+
+// The files, each once, by its first name: links can lead to one folder in many ways.
+function eachOnce(files) {
+  const folders = new Map();
+  const found = new Map();
+  for (const file of files) {
+    const { dir, base } = path.parse(path.resolve(file));
+    if (!folders.has(dir)) folders.set(dir, realFolder(dir));
+    const place = path.join(folders.get(dir), base);
+    if (!found.has(place)) found.set(place, file);
+  }
+  return [...found.values()];
+}
+
 // The replays that PATHS name, each once. Errors in PATHS are reported and set the status.
 async function listReplays(names, { terminal, signal }, tally) {
   const onFailure = (error) => {
     tally.status ||= exitStatus(error);
     terminal.write(failureText(error));
   };
-  const found = await replayPaths(names, onFailure, signal);
-  return [...new Map(found.map((file) => [path.resolve(file), file])).values()];
+  return eachOnce(await replayPaths(names, onFailure, signal));
 }
 
 // Reads the replays: onMatch(match, i) for each that can be read, onFailure(path, error, i) for the others, each awaited

@@ -3,6 +3,7 @@
 
 const fs = require('node:fs');
 const { failureOf, usageFailure } = require('./failures.js');
+const { textOf } = require('./text-file.js');
 
 // A cell of CSV, with or without quotes.
 const CELL = /\s*(?:"((?:[^"]|"")*)"|([^,]*))\s*(?:,|$)/y;
@@ -41,7 +42,7 @@ function parsed(text, file) {
 function namesOf(file) {
   if (file === undefined) return lookup([]);
   try {
-    return parsed(fs.readFileSync(file, 'utf8').replace(/^\ufeff/, ''), file);
+    return parsed(textOf(fs.readFileSync(file)), file);
   } catch (error) {
     throw error.code?.startsWith('ERR_')
       ? error

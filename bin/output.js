@@ -28,6 +28,11 @@ class Output {
     stream.on('error', (error) => this.#end(error));
   }
 
+  // Of the terminal; undefined without one. Some say 0 when they do not know.
+  get columns() {
+    return this.stream.columns === 0 ? 80 : this.stream.columns;
+  }
+
   // Resolves when the text is on its way. Rejects with ERR_OUTPUT.
   async write(text) {
     if (!this.gone && !this.failure) {

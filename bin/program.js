@@ -58,12 +58,9 @@ function program(onRun) {
 }
 
 // Gives the command where to write and what tells it to stop; resolves with the exit status.
-async function execute(action) {
-  const stop = new AbortController();
+async function execute(action, output, stop) {
   const onSignal = () => stop.abort();
   for (const name of ['SIGINT', 'SIGTERM', 'SIGHUP']) process.once(name, onSignal);
-  const output = new Output(process.stdout, onSignal);
-  process.stderr.on('error', () => {});
   try {
     return await action({ output, terminal: process.stderr, signal: stop.signal });
   } catch (error) {
@@ -76,12 +73,17 @@ async function execute(action) {
 
 // Resolves with the exit status; argv as process.argv.
 async function main(argv) {
+  const stop = new AbortController();
+  const output = new Output(process.stdout, () => stop.abort());
+  process.stderr.on('error', () => {});
   let status = 0;
   try {
-    await program(async (action) => (status = await execute(action))).parseAsync(argv);
+    await program(async (action) => (status = await execute(action, output, stop))).parseAsync(argv);
   } catch (error) {
     if (!(error instanceof CommanderError)) throw error;
-    return error.exitCode === 0 ? 0 : USAGE_STATUS;
+    if (error.exitCode !== 0) return USAGE_STATUS;
+    await new Promise(setImmediate); // until it is known whether the help could be written
+    return output.failure === null ? 0 : exitStatus(output.failure);
   }
   return status;
 }

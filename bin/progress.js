@@ -31,7 +31,7 @@ function progress(total, stream, { shared = false, wanted = true } = {}) {
     const now = performance.now();
     if (now - drawn < PAUSE_MS) return;
     drawn = now;
-    stream.write(ERASE_LINE + line(done, total, (now - start) / 1000, stream.columns ?? 80));
+    stream.write(ERASE_LINE + line(done, total, (now - start) / 1000, stream.columns || 80));
   };
   return {
     step() {

@@ -2,10 +2,12 @@
 // The replays that a command's arguments name: files, folders with all below them, patterns (Windows' shells expand none),
 // and "-" for a list on standard input.
 
+const callbacks = require('node:fs');
 const fs = require('node:fs/promises');
 const path = require('node:path');
-const { createInterface } = require('node:readline');
+const { addAbortSignal } = require('node:stream');
 const { failureOf } = require('./failures.js');
+const { textOf } = require('./text-file.js');
 
 const PATHS = 'replays, folders with all below them, patterns in quotes, or - for a list on standard input';
 
@@ -16,13 +18,14 @@ const isReplay = (file) => file.toLowerCase().endsWith('.replay');
 const byText = (a, b) => (a < b ? -1 : Number(a > b));
 
 const unreadable = (message) => failureOf('ERR_UNREADABLE', message);
+const unreadableFolder = ({ message }) => unreadable(`the folder cannot be read: ${message}`);
 
 const statsOf = (file) => fs.stat(file).catch(() => undefined);
 
 // The replays in a folder and below it. Links to folders are not followed: they may lead back.
 async function* replaysIn(folder, onFailure) {
   const entries = await fs.readdir(folder, { withFileTypes: true }).catch((error) => {
-    onFailure(unreadable(`the folder cannot be read: ${error.message}`));
+    onFailure(unreadableFolder(error));
     return [];
   });
   for (const entry of entries.sort((a, b) => byText(a.name, b.name))) {
@@ -57,19 +60,31 @@ function splitPattern(text) {
   return [folder, text.slice(end).replace(/^!|(?<!\\)[()]/g, '\\$&')];
 }
 
+// For the library of patterns, which itself says nothing of folders that cannot be read.
+function readdirWith(onFailure) {
+  return (folder, options, done) =>
+    callbacks.readdir(folder, options, (error, entries) => {
+      if (error && !['ENOENT', 'ENOTDIR'].includes(error.code)) onFailure(unreadableFolder(error));
+      done(error, entries);
+    });
+}
+
 // What a pattern matches: files, and the replays in folders. One that ends in "*" does not say which files, so it means
 // replays. "**" matches a folder and also what is in it, and follows links: each file counts once.
 async function matchedReplays(name, onFailure) {
   const [folder, pattern] = splitPattern(withSlashes(name));
-  const options = { dot: true, onlyFiles: false, expandDirectories: false, caseSensitiveMatch: !isWindows };
-  const matches = await require('tinyglobby').glob(pattern, { cwd: folder || '.', ...options });
+  const matches = await require('tinyglobby').glob(pattern, {
+    ...{ cwd: folder || '.', dot: true, onlyFiles: false, expandDirectories: false },
+    caseSensitiveMatch: !isWindows,
+    fs: { readdir: readdirWith(onFailure) },
+  });
   const meansReplays = /\*\/*$/.test(pattern);
   const found = new Map();
   const add = async (file) => {
     const real = await fs.realpath(file).catch(() => file);
     if (!found.has(real) || path.resolve(file) === real) found.set(real, file);
   };
-  for (const match of matches) {
+  for (const match of matches.filter((each) => each !== '.')) {
     const place = path.join(folder, match);
     if (match.endsWith('/')) for await (const file of replaysIn(place, onFailure)) await add(file);
     else if (isReplay(match) || !meansReplays) await add(place);
@@ -79,17 +94,25 @@ async function matchedReplays(name, onFailure) {
 }
 
 async function namedReplays(name, onFailure) {
+  if (name === '') {
+    onFailure(unreadable('an empty path names no replay'));
+    return [];
+  }
   const stats = await statsOf(name);
   if (stats?.isDirectory()) return folderReplays(name, onFailure);
   return stats === undefined && MAGIC.test(withSlashes(name)) ? matchedReplays(name, onFailure) : [name];
 }
 
 async function standardInput(signal) {
-  const lines = [];
-  const reader = createInterface({ input: process.stdin, signal, crlfDelay: Infinity });
-  for await (const line of reader) if (line.trim() !== '') lines.push(line);
-  if (signal?.aborted) throw failureOf('ERR_ABORTED', 'interrupted');
-  return lines;
+  const chunks = [];
+  try {
+    const input = signal ? addAbortSignal(signal, process.stdin) : process.stdin;
+    for await (const chunk of input) chunks.push(chunk);
+  } catch (error) {
+    throw signal?.aborted ? failureOf('ERR_ABORTED', 'interrupted') : unreadable(error.message);
+  }
+  const lines = textOf(Buffer.concat(chunks)).split(/\r?\n/);
+  return lines.filter((line) => line.trim() !== '');
 }
 
 // Resolves with the paths of the replays in the order of the arguments. Errors in an argument go to onFailure(error);

@@ -46,7 +46,7 @@ async function run(context) {
   const rows = OF_MATCHES.map(({ name, text }) => {
     return [words(name), text(a[name]), text(b[name]), change(a[name], b[name])];
   });
-  await output.write(textTable(columns, rows, output.stream.columns));
+  await output.write(textTable(columns, rows, output.columns));
   return status;
 }
 

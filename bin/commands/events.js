@@ -16,7 +16,7 @@ async function run(context) {
   const match = await readMatch(args[0], reading);
   for (const text of match.warnings) terminal.write(`corvane-replay: warning: ${printable(text)}\n`);
   const isTable = options.table || !wantsData(options, output);
-  if (isTable) await output.write(eventTable(match, names, output.stream.columns));
+  if (isTable) await output.write(eventTable(match, names, output.columns));
   else for (const event of match.document.events ?? []) await output.writeJson(JSON.stringify(event) + '\n');
   return 0;
 }

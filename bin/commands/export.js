@@ -9,6 +9,7 @@ const { reduceMatches } = require('../../client/match-reduction.js');
 const { TABLES } = require('../export/tables.js');
 const { packFailure } = require('../export/packed-match.js');
 const { eachMatch, listReplays, withReading } = require('../matches.js');
+const { namesOf } = require('../name-file.js');
 const { PATHS } = require('../replay-paths.js');
 
 // A part is written when it has this many replays, or this many eliminations: that limits the memory.
@@ -35,6 +36,16 @@ function isInShard(file, { index, count }) {
   return hash % count === index - 1;
 }
 
+// What rows depend on beside the replay: with another key or other names it is read again.
+function settingsOf({ key, options }) {
+  const names = namesOf(options.damageNames);
+  return createHash('sha256')
+    .update(key ?? '')
+    .update(JSON.stringify(names))
+    .digest('hex')
+    .slice(0, 16);
+}
+
 // Size and time of change, taken before the file is read; null where they are not known.
 function stampOf(file) {
   try {
@@ -49,9 +60,9 @@ function stampOf(file) {
 const isHelped = (code, { salvage, maxMib }) =>
   (code === 'ERR_CORRUPT' && salvage) || (code === 'ERR_DOCUMENT_TOO_LARGE' && maxMib !== undefined);
 
-function isUnchanged(known, { size, mtimeMs }, options) {
+function isUnchanged(known, { size, mtimeMs, settings }, options) {
   if (known === undefined || PASSING.includes(known.code) || isHelped(known.code, options)) return false;
-  return known.size === size && known.mtimeMs === mtimeMs;
+  return known.size === size && known.mtimeMs === mtimeMs && known.settings === settings;
 }
 
 // Results that are read but not yet written. A part is written while the next one is read.
@@ -66,7 +77,7 @@ class Batch {
     this.#dataSet = dataSet;
   }
 
-  // replay: { path, size, mtimeMs, code }; pack: what it comes to, see packed-match.js.
+  // replay: { path, size, mtimeMs, settings, code }; pack: what it comes to, see packed-match.js.
   async add(replay, pack) {
     this.#replays.push({ ...replay, rows: pack.counts });
     this.#packs.push(pack);
@@ -147,9 +158,10 @@ async function exportInto(dataSet, shard, context) {
   const [names] = args;
   const tally = { status: 0 };
   const listed = (await listReplays(names, context, tally)).map((file) => path.resolve(file));
+  const settings = settingsOf(context);
   const replays = listed
     .filter((file) => isInShard(file, shard))
-    .map((file) => ({ path: file, ...stampOf(file) }));
+    .map((file) => ({ path: file, ...stampOf(file), settings }));
   const todo = options.update
     ? replays.filter((replay) => !isUnchanged(dataSet.known(replay.path), replay, options))
     : replays;

@@ -31,7 +31,7 @@ async function run(context) {
   });
   if (order) kept.sort((a, b) => order.compare(a.value, b.value));
   const rows = kept.map((each) => each.shown);
-  if (!isData) await output.write(table(rows, output.stream.columns));
+  if (!isData) await output.write(table(rows, output.columns));
   else for (const line of rows) await output.writeJson(line);
   return status;
 }

@@ -127,7 +127,7 @@ async function run(context) {
     }
     return tally.status;
   }
-  await output.write(tableOf(rows, grouping, options, names, output.stream.columns));
+  await output.write(tableOf(rows, grouping, options, names, output.columns));
   const more = found.length - rows.length;
   if (more > 0 && options.top === undefined) terminal.write(`corvane-replay: ${more} more; see --top\n`);
   const isTrend = grouping.isTime && name === undefined;

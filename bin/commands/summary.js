@@ -117,7 +117,7 @@ async function run(context) {
   const names = namesOf(options.names);
   const match = await readMatch(args[0], reading);
   if (wantsData(options, output)) await output.writeJson(JSON.stringify(match) + '\n');
-  else await output.write(report(match, names, output.stream.columns ?? 80).join('\n') + '\n');
+  else await output.write(report(match, names, output.columns ?? 80).join('\n') + '\n');
   return 0;
 }
 

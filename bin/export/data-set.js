@@ -21,7 +21,7 @@ const { lockShare } = require('./share-lock.js');
 const { TABLE_NAMES } = partFiles;
 const FOLDERS = [...TABLE_NAMES, '_state'];
 const PART = /^part-(\d+of\d+)-(\d+)\.json$/;
-const TABLE_FILE = /^part-\d+of\d+-\d+\.(\w+)$/;
+const TABLE_FILE = /^(part-(\d+of\d+)-\d+)\.(\w+)$/;
 
 // Turns a failure into one that the command line knows.
 function writing(action) {
@@ -38,7 +38,7 @@ class DataSet {
   #shard;
   #writer;
   #parts = new Map(); // name -> what its state file holds
-  #owners = new Map(); // path of a replay -> { part, size, mtimeMs, code }
+  #owners = new Map(); // path of a replay -> { part, size, mtimeMs, settings, code }
   #lastNumber = 0;
   #release = () => {}; // gives the lock back
 
@@ -68,7 +68,7 @@ class DataSet {
     return writing(this.#release);
   }
 
-  // How the replay at this absolute path was when it was read: { size, mtimeMs, code }; undefined if it was not.
+  // How the replay at this absolute path was when it was read: { size, mtimeMs, settings, code }; undefined if it was not.
   known(file) {
     return this.#owners.get(file);
   }
@@ -84,7 +84,7 @@ class DataSet {
     );
   }
 
-  // Adds replays, a list of { path, size, mtimeMs, code, rows }, and replaces what is known of them. rows: how many
+  // Adds replays, a list of { path, size, mtimeMs, settings, code, rows }, and replaces what is known of them. rows: how many
   // rows each has in each table; packs: what the rows are made of, see packed-match.js. One call at a time.
   commit(replays, packs) {
     return writing(async () => {
@@ -148,9 +148,22 @@ class DataSet {
     const names = fs.readdirSync(path.join(this.#folder, TABLE_NAMES[0]));
     const known = Object.entries(FORMATS);
     for (const name of names) {
-      const [format] = known.find(([, { extension }]) => extension === TABLE_FILE.exec(name)?.[1]) ?? [];
-      if (format !== undefined) this.#checkFormat(format);
+      const [, part, shard, own] = TABLE_FILE.exec(name) ?? [];
+      const [format] = known.find(([, { extension }]) => extension === own) ?? [];
+      if (format === undefined) continue;
+      this.#checkFormat(format);
+      if (shard === this.#shard || [shard, this.#shard].includes('1of1')) this.#checkState(part);
     }
+  }
+
+  // Without its state a part's rows would stay beside those that are read anew.
+  #checkState(part) {
+    if (fs.existsSync(this.#stateFile(part))) return;
+    throw failureOf('ERR_OUTPUT', `${this.#stateFile(part)} is not there: ${this.#advice(part)}`);
+  }
+
+  #advice(part) {
+    return `delete ${part}.* in all folders of ${this.#folder}, and export again`;
   }
 
   #commitFile(shard = this.#shard) {
@@ -226,8 +239,7 @@ class DataSet {
   }
 
   #know(part) {
-    const advice = `delete ${part}.* in all folders of ${this.#folder}, and export again`;
-    const state = readJson(this.#stateFile(part), advice);
+    const state = readJson(this.#stateFile(part), this.#advice(part));
     this.#checkFormat(state.format);
     this.#parts.set(part, state);
     for (const { path: file, ...was } of state.replays) this.#owners.set(file, { part, ...was });

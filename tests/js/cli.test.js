@@ -257,11 +257,12 @@ if (process.platform !== 'win32') {
 
   test('a full disk is a failure', () => {
     const stdio = ['ignore', fs.openSync('/dev/full', 'w'), 'pipe'];
-    const { status, stderr } = spawnSync(process.execPath, [program, 'read', 'whole.replay'], {
-      ...{ cwd: folder, env, stdio },
-      encoding: 'utf8',
-    });
+    const onFull = (...args) =>
+      spawnSync(process.execPath, [program, ...args], { ...{ cwd: folder, env, stdio }, encoding: 'utf8' });
+    const { status, stderr } = onFull('read', 'whole.replay');
     assert.deepEqual([status, /cannot write: .*ENOSPC/.test(stderr)], [12, true], stderr);
+    const help = onFull('--help');
+    assert.deepEqual([help.status, help.stderr], [12, '']);
   });
 
   test('watching prints a line for each change; an interrupt is its ordinary end, even after a failure', async () => {

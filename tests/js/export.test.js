@@ -303,6 +303,8 @@ for (const extension of extensions) {
     put(7);
     assert.deepEqual(update(out, '--update'), [0, '3 read, 0 failed, 4 unchanged']);
     assert.deepEqual(update(out, '--update'), [0, '0 read, 0 failed, 7 unchanged']);
+    // Other rows come of another key.
+    assert.deepEqual(update(out, '--update', '--key', '0'.repeat(64)), [0, '7 read, 0 failed, 0 unchanged']);
     update(fresh);
     await assertSameRows(out, fresh, extension);
     // Without --update all are read again, and none is there twice. Rows of a replay that is gone stay.
@@ -368,6 +370,12 @@ test('a share has one writer at a time, and damaged files are named', async () =
   assert.deepEqual(await assertOpened('lock-1of1.json', JSON.stringify(living), '1of1'), []);
   for (const name of ['lock-1of1.json', 'commit-1of1.json', 'part-1of1-000001.json'])
     await assertOpened(name, '', '1of1', new RegExp(`${name} is damaged: `));
+  // Rows whose state is gone would be there twice.
+  const out = inFolder('no-state');
+  exported(out, '--format', 'csv');
+  fs.rmSync(path.join(out, '_state'), { recursive: true });
+  const { status, stderr } = run(...command(season, out, '--format', 'csv'));
+  assert.deepEqual([status, /part-1of1-000001\.json is not there: delete/.test(stderr)], [12, true], stderr);
 });
 
 test('a run that is interrupted at any moment loses nothing, and the next one completes it', async () => {

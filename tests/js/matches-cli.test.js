@@ -8,6 +8,8 @@ const path = require('node:path');
 const { test } = require('node:test');
 const { Command } = require('commander');
 const { condition, sorter } = require('../../bin/match-columns.js');
+const { Output } = require('../../bin/output.js');
+const { replayPaths } = require('../../bin/replay-paths.js');
 const { OWN, makeSeason } = require('../../samples/make-season.js');
 const { addonPath } = require('../support/reads.js');
 const { run, temporaryFolder } = require('../support/run.js');
@@ -28,9 +30,10 @@ async function written(name, args, stream, terminal = { write() {} }) {
   module.define(command);
   command.parse(['-j', '1', ...args], { from: 'user' });
   const texts = [];
-  const write = async (text) => texts.push(text);
-  const context = { args: command.processedArgs, options: command.opts(), terminal };
-  const status = await module.run({ ...context, output: { write, writeJson: write, stream } });
+  const write = (text, done) => done(texts.push(text) && null);
+  const output = new Output({ ...stream, on() {}, write }, assert.fail);
+  const context = { args: command.processedArgs, options: command.opts(), terminal, output };
+  const status = await module.run(context);
   assert.equal(status, 0);
   return texts.join('');
 }
@@ -205,6 +208,11 @@ test('a match at a glance, and tables, fit the terminal', async () => {
     await onColumns(60, 'list', season),
     /^DATE +MAP +LENGTH +PLACE +FILE\n[^]*match-00030\.replay\n$/,
   );
+  // A terminal that does not know its width is taken for one of 80 columns.
+  assert.equal(
+    await written('list', [season], { isTTY: true, columns: 0 }),
+    await onColumns(80, 'list', season),
+  );
   const stream = { isTTY: true, write: assert.fail }; // progress would stand among the lines of JSON
   await written('list', [season, '--json'], stream, stream);
   const cut = path.join(folder, 'cut.replay');
@@ -223,10 +231,11 @@ test('replays are found in folder trees, by patterns and on standard input, each
   for (const name of ['x.replay', 'y.REPLAY', 'z.txt']) fs.copyFileSync(truth[0].file, path.join(deep, name));
   const isWindows = process.platform === 'win32';
   if (!isWindows) fs.symlinkSync('..', path.join(folder, tree, 'a', 'loop'));
+  fs.symlinkSync(path.join(folder, tree), path.join(folder, 'link'), 'junction');
   for (const [count, ...paths] of [
     [2, tree],
     [isWindows ? 2 : 1, path.join(tree, '**', '*.replay')],
-    [2, tree, path.join(tree, 'a', 'b', 'x.replay')],
+    [2, tree, path.join(tree, 'a', 'b', 'x.replay'), 'link'],
     [2, path.join(folder, tree, '**')],
     [2, `${tree}/?/b/*`],
     [1, `${tree}/?/b/*.txt`],
@@ -239,16 +248,35 @@ test('replays are found in folder trees, by patterns and on standard input, each
   assert.deepEqual([status, stderr], [3, `corvane-replay: no replay matches ${tree}/none*\n`]);
 });
 
+test('a folder that a pattern cannot look into is named', async (t) => {
+  const { readdir } = fs;
+  const error = Object.assign(new Error('EACCES: no'), { code: 'EACCES' });
+  const guarded = (place, options, done) =>
+    /locked.?$/.test(place) ? done(error) : readdir(place, options, done);
+  t.mock.method(fs, 'readdir', guarded);
+  for (const name of ['locked', 'open'])
+    fs.mkdirSync(path.join(folder, 'guarded', name), { recursive: true });
+  const failures = [];
+  await replayPaths([path.join(folder, 'guarded', '*', '*.replay')], ({ message }) => failures.push(message));
+  assert.equal(failures[0], 'the folder cannot be read: EACCES: no');
+});
+
 // node.exe gets no pipe from these tests, and Windows has no bash.
 if (process.platform !== 'win32') {
   test('a list on standard input', () => {
-    const input = `${truth[3].file}\r\n\n${truth[1].file}\n`;
-    const { stdout } = spawnSync(process.execPath, [program, 'list', '-'], { input, encoding: 'utf8' });
-    const paths = stdout
-      .trimEnd()
-      .split('\n')
-      .map((line) => JSON.parse(line).path);
-    assert.deepEqual(paths, [truth[3].file, truth[1].file]);
+    const list = `\ufeff${truth[3].file}\r\n\n${truth[1].file}\n`;
+    for (const input of [
+      Buffer.from(list),
+      Buffer.from(list, 'utf16le'),
+      Buffer.from(list, 'utf16le').swap16(),
+    ]) {
+      const { stdout } = spawnSync(process.execPath, [program, 'list', '-'], { input, encoding: 'utf8' });
+      const paths = stdout
+        .trimEnd()
+        .split('\n')
+        .map((line) => JSON.parse(line).path);
+      assert.deepEqual(paths, [truth[3].file, truth[1].file]);
+    }
   });
 
   test('bash completes commands, options and values', () => {

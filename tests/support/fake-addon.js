@@ -45,7 +45,7 @@ const READS = {
   hold(file, then) {
     const channel = process.platform === 'linux' ? [3] : [];
     const said = JSON.stringify(`${file}.said`);
-    const program = `fs.writeSync(2, 'late'); fs.writeFileSync(${said}, ''); setTimeout(() => {}, 60_000)`;
+    const program = `setTimeout(() => {}, 60_000); try { fs.writeSync(2, 'late'); } catch {} fs.writeFileSync(${said}, '')`;
     const holder = spawn(process.execPath, ['-e', program], {
       detached: true,
       stdio: ['ignore', 'ignore', 'inherit', ...channel],
