@@ -82,7 +82,6 @@ async function main(argv) {
   } catch (error) {
     if (!(error instanceof CommanderError)) throw error;
     if (error.exitCode !== 0) return USAGE_STATUS;
-    await new Promise(setImmediate); // until it is known whether the help could be written
     return output.failure === null ? 0 : exitStatus(output.failure);
   }
   return status;
