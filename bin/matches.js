@@ -31,13 +31,13 @@ const withJson = (command) =>
 const wantsData = ({ json }, { stream }) => json === true || !stream.isTTY;
 
 // The options for readMatches(), from the arguments.
-const readingOf = ({ options, key, signal }) => ({
+const readingOf = ({ options, key, signal, damageNames = namesOf(options.damageNames) }) => ({
   ...limitsOf(options),
   key,
   signal,
   concurrency: options.jobs,
   salvage: options.salvage === true,
-  damageNames: namesOf(options.damageNames),
+  damageNames,
 });
 
 function realFolder(folder) {

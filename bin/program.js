@@ -82,7 +82,9 @@ async function main(argv) {
   } catch (error) {
     if (!(error instanceof CommanderError)) throw error;
     if (error.exitCode !== 0) return USAGE_STATUS;
-    return output.failure === null ? 0 : exitStatus(output.failure);
+    if (output.failure === null) return 0;
+    process.stderr.write(failureText(output.failure));
+    return exitStatus(output.failure);
   }
   return status;
 }

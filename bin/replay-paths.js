@@ -72,11 +72,16 @@ function readdirWith(onFailure) {
 // What a pattern matches: files, and the replays in folders. One that ends in "*" does not say which files, so it means
 // replays. "**" matches a folder and also what is in it, and follows links: each file counts once.
 async function matchedReplays(name, onFailure) {
+  const failures = new Set();
+  const fail = (error) => {
+    if (!failures.has(error.message)) onFailure(error);
+    failures.add(error.message);
+  };
   const [folder, pattern] = splitPattern(withSlashes(name));
   const matches = await require('tinyglobby').glob(pattern, {
     ...{ cwd: folder || '.', dot: true, onlyFiles: false, expandDirectories: false },
     caseSensitiveMatch: !isWindows,
-    fs: { readdir: readdirWith(onFailure) },
+    fs: { readdir: readdirWith(fail) },
   });
   const meansReplays = /\*\/*$/.test(pattern);
   const found = new Map();
@@ -86,16 +91,16 @@ async function matchedReplays(name, onFailure) {
   };
   for (const match of matches.filter((each) => each !== '.')) {
     const place = path.join(folder, match);
-    if (match.endsWith('/')) for await (const file of replaysIn(place, onFailure)) await add(file);
+    if (match.endsWith('/')) for await (const file of replaysIn(place, fail)) await add(file);
     else if (isReplay(match) || !meansReplays) await add(place);
   }
-  if (found.size === 0) onFailure(unreadable(`no replay matches ${name}`));
+  if (found.size === 0 && failures.size === 0) onFailure(unreadable(`no replay matches ${name}`));
   return [...found.values()].sort(byText);
 }
 
 async function namedReplays(name, onFailure) {
-  if (name === '') {
-    onFailure(unreadable('an empty path names no replay'));
+  if (name === '' || name.includes('\0')) {
+    onFailure(unreadable('an empty path, or one with a zero character, names no replay'));
     return [];
   }
   const stats = await statsOf(name);

@@ -37,11 +37,11 @@ function isInShard(file, { index, count }) {
 }
 
 // What rows depend on beside the replay: with another key or other names it is read again.
-function settingsOf({ key, options }) {
-  const names = namesOf(options.damageNames);
+function settingsOf({ key, damageNames }) {
+  const names = JSON.stringify(damageNames);
   return createHash('sha256')
     .update(key ?? '')
-    .update(JSON.stringify(names))
+    .update(names)
     .digest('hex')
     .slice(0, 16);
 }
@@ -144,10 +144,11 @@ async function exportWith(writer, context) {
   const { DataSet } = require('../export/data-set.js');
   const { options } = context;
   const shard = options.shard ?? { index: 1, count: 1 };
+  const damageNames = namesOf(options.damageNames);
   const dataSet = new DataSet(options.out, options.format, `${shard.index}of${shard.count}`, writer);
   try {
     await dataSet.open();
-    return await exportInto(dataSet, shard, context);
+    return await exportInto(dataSet, shard, { ...context, damageNames });
   } finally {
     await dataSet.close();
   }

@@ -59,6 +59,7 @@ class DataSet {
       const shards = this.#shardsToRepair();
       for (const shard of shards) this.#complete(shard);
       for (const shard of shards) this.#removeTemporaries(shard);
+      this.#checkCommits();
       this.#checkFiles();
       this.#load();
     });
@@ -143,23 +144,31 @@ class DataSet {
     throw usageFailure(`${this.#folder} holds an export as ${format}, and takes no other format`);
   }
 
-  // Other shards may have written since.
+  // A share may have to replace rows of a run without shares, but cannot complete its commit: other shares may be at it.
+  #checkCommits() {
+    if (this.#shard === '1of1' || !fs.existsSync(this.#commitFile('1of1'))) return;
+    throw failureOf(
+      'ERR_OUTPUT',
+      `a run without --shard was interrupted in ${this.#folder}: repeat it first`,
+    );
+  }
+
+  // Other shards may have written since. A part's tables appear before its state.
   #checkFiles() {
     const names = fs.readdirSync(path.join(this.#folder, TABLE_NAMES[0]));
+    const states = new Set(fs.readdirSync(path.join(this.#folder, '_state')));
     const known = Object.entries(FORMATS);
     for (const name of names) {
       const [, part, shard, own] = TABLE_FILE.exec(name) ?? [];
       const [format] = known.find(([, { extension }]) => extension === own) ?? [];
       if (format === undefined) continue;
       this.#checkFormat(format);
-      if (shard === this.#shard || [shard, this.#shard].includes('1of1')) this.#checkState(part);
+      // Without its state a part's rows would stay beside those that are read anew.
+      const isOwn = shard === this.#shard || [shard, this.#shard].includes('1of1');
+      if (isOwn && !states.has(`${part}.json`)) {
+        throw failureOf('ERR_OUTPUT', `${this.#stateFile(part)} is not there: ${this.#advice(part)}`);
+      }
     }
-  }
-
-  // Without its state a part's rows would stay beside those that are read anew.
-  #checkState(part) {
-    if (fs.existsSync(this.#stateFile(part))) return;
-    throw failureOf('ERR_OUTPUT', `${this.#stateFile(part)} is not there: ${this.#advice(part)}`);
   }
 
   #advice(part) {

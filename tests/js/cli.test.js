@@ -262,7 +262,7 @@ if (process.platform !== 'win32') {
     const { status, stderr } = onFull('read', 'whole.replay');
     assert.deepEqual([status, /cannot write: .*ENOSPC/.test(stderr)], [12, true], stderr);
     const help = onFull('--help');
-    assert.deepEqual([help.status, help.stderr], [12, '']);
+    assert.deepEqual([help.status, /cannot write/.test(help.stderr)], [12, true]);
   });
 
   test('watching prints a line for each change; an interrupt is its ordinary end, even after a failure', async () => {

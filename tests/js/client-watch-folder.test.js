@@ -29,11 +29,11 @@ const info = { Timestamp: 638_000_000_000_000_000n, bEncrypted: 1 };
 // As a whole, since the watch may look at any moment. On Windows no file takes the place of one that is being read.
 function put(name, ...parts) {
   fs.writeFileSync(file('unfinished'), w.bytes(...parts));
-  for (let left = 1000; fs.existsSync(file('unfinished')); --left) {
+  for (const end = performance.now() + 20_000; fs.existsSync(file('unfinished')); ) {
     try {
       fs.renameSync(file('unfinished'), file(name));
     } catch (error) {
-      if (left === 0) throw error;
+      if (error.code === 'ENOENT' || performance.now() > end) throw error;
     }
   }
 }

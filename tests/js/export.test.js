@@ -370,6 +370,7 @@ test('a share has one writer at a time, and damaged files are named', async () =
   assert.deepEqual(await assertOpened('lock-1of1.json', JSON.stringify(living), '1of1'), []);
   for (const name of ['lock-1of1.json', 'commit-1of1.json', 'part-1of1-000001.json'])
     await assertOpened(name, '', '1of1', new RegExp(`${name} is damaged: `));
+  await assertOpened('commit-1of1.json', '', '2of4', /without --shard was interrupted/);
   // Rows whose state is gone would be there twice.
   const out = inFolder('no-state');
   exported(out, '--format', 'csv');

@@ -45,7 +45,7 @@ const READS = {
   hold(file, then) {
     const channel = process.platform === 'linux' ? [3] : [];
     const said = JSON.stringify(`${file}.said`);
-    const program = `setTimeout(() => {}, 60_000); try { fs.writeSync(2, 'late'); } catch {} fs.writeFileSync(${said}, '')`;
+    const program = `setTimeout(() => {}, 600_000); try { fs.writeSync(2, 'late'); } catch {} fs.writeFileSync(${said}, '')`;
     const holder = spawn(process.execPath, ['-e', program], {
       detached: true,
       stdio: ['ignore', 'ignore', 'inherit', ...channel],
