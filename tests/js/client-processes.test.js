@@ -69,10 +69,11 @@ for (const [name, options, code, reason] of [
 test('the timeout begins when the turn of the file has come, and counts until the result is there', async () => {
   await readPid(one);
   await Promise.all([one.readReplay(file('sleep.4000')), one.readReplay(file('pid'), { timeout: 3500 })]);
-  const pool = new ChildPool(1, process.execPath);
+  const pool = new ChildPool(1, process.execPath, 10);
   const finish = () => Atomics.wait(new Int32Array(new SharedArrayBuffer(4)), 0, 0, 2100);
   const late = pool.run({ path: file('pid'), maxDocumentBytes: 1000 }, { timeout: 2000, finish });
   assert.equal((await failure(late)).code, 'ERR_TIMEOUT');
+  assert.ok(await eventually(() => hasEnded(children.at(-1)))); // it was idle for 10 ms
   await pool.close();
 });
 
