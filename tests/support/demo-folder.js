@@ -102,11 +102,11 @@ class Watch {
     return this.payloads.splice(0, count);
   }
 
-  // All payloads of what has happened so far. A probe is written again and again; once it has been told twice, no cycle
-  // can still miss a part of that.
+  // All payloads of what has happened so far. A probe is written again and again. The cycle that tells it first may have
+  // looked before; the next one tells all that has happened, and that has come when the probe is told for the third time.
   async settle(demo) {
     const seen = [];
-    for (let told = 0; told < 2; await sleep(50)) {
+    for (let told = 0; told < 3; await sleep(50)) {
       if (fs.existsSync(demo.path('probe.replay'))) demo.grow('probe.replay');
       else demo.write('probe.replay', PROBE);
       const payloads = this.payloads.splice(0);
