@@ -1,5 +1,8 @@
 'use strict';
-// Texts that people make with the tools that they have: Windows writes some as UTF-16, and begins others with a mark.
+// Texts that people make with the tools that they have: Windows writes some as UTF-16, and begins others with a byte order
+// mark.
+
+const evenPart = (bytes) => Buffer.from(bytes.subarray(0, bytes.length & ~1));
 
 // bytes: a Buffer.
 function textOf(bytes) {
@@ -8,7 +11,5 @@ function textOf(bytes) {
   if (first === 0xfe && second === 0xff) return evenPart(bytes).swap16().toString('utf16le', 2);
   return bytes.toString('utf8').replace(/^\ufeff/, '');
 }
-
-const evenPart = (bytes) => Buffer.from(bytes.subarray(0, bytes.length & ~1));
 
 module.exports = { textOf };

@@ -159,13 +159,12 @@ class DataSet {
     const states = new Set(fs.readdirSync(path.join(this.#folder, '_state')));
     const known = Object.entries(FORMATS);
     for (const name of names) {
-      const [, part, shard, own] = TABLE_FILE.exec(name) ?? [];
-      const [format] = known.find(([, { extension }]) => extension === own) ?? [];
+      const [, part, shard, suffix] = TABLE_FILE.exec(name) ?? [];
+      const [format] = known.find(([, { extension }]) => extension === suffix) ?? [];
       if (format === undefined) continue;
       this.#checkFormat(format);
       // Without its state a part's rows would stay beside those that are read anew.
-      const isOwn = shard === this.#shard || [shard, this.#shard].includes('1of1');
-      if (isOwn && !states.has(`${part}.json`)) {
+      if (this.#sharesReplays(shard) && !states.has(`${part}.json`)) {
         throw failureOf('ERR_OUTPUT', `${this.#stateFile(part)} is not there: ${this.#advice(part)}`);
       }
     }
@@ -228,9 +227,14 @@ class DataSet {
     }
   }
 
-  // Whether the parts of a share matter here. Other shares of the same number have other replays, and may be at work.
+  // Other shares of the same number have other replays, and may be at work.
+  #sharesReplays(shard) {
+    return shard === this.#shard || [shard, this.#shard].includes('1of1');
+  }
+
+  // Whether the parts of a share matter here.
   #concerns(shard) {
-    if ([shard, this.#shard].includes('1of1') || shard === this.#shard) return true;
+    if (this.#sharesReplays(shard)) return true;
     const [own, other] = [this.#shard, shard].map((each) => each.split('of')[1]);
     if (own === other) return false;
     throw usageFailure(

@@ -30,7 +30,10 @@ async function written(name, args, stream, terminal = { write() {} }) {
   module.define(command);
   command.parse(['-j', '1', ...args], { from: 'user' });
   const texts = [];
-  const write = (text, done) => done(texts.push(text) && null);
+  const write = (text, done) => {
+    texts.push(text);
+    done();
+  };
   const output = new Output({ ...stream, on() {}, write }, assert.fail);
   const context = { args: command.processedArgs, options: command.opts(), terminal, output };
   const status = await module.run(context);
@@ -259,9 +262,14 @@ test('a folder that a pattern cannot look into is named', async (t) => {
   t.mock.method(fs, 'readdir', guarded);
   for (const name of ['locked', 'open'])
     fs.mkdirSync(path.join(folder, 'guarded', name), { recursive: true });
+  fs.copyFileSync(truth[0].file, path.join(folder, 'guarded', 'open', 'x.replay'));
   const failures = [];
   const patterns = ['*/*.replay', '**'].map((pattern) => path.join(folder, 'guarded', pattern));
-  await replayPaths(patterns, ({ message }) => failures.push(message));
+  const found = await replayPaths(patterns, ({ message }) => failures.push(message));
+  assert.deepEqual(
+    found.map((file) => path.basename(file)),
+    ['x.replay', 'x.replay'],
+  );
   assert.deepEqual(failures, Array(2).fill('the folder cannot be read: EACCES: no'));
 });
 
