@@ -305,11 +305,9 @@ for (const extension of extensions) {
     assert.deepEqual(update(out, '--update'), [0, '0 read, 0 failed, 7 unchanged']);
     // Other rows may come of another key or other names.
     fs.writeFileSync(inFolder('names.csv'), '9999,nothing');
-    for (const other of [
-      ['--key', '0'.repeat(64)],
-      ['--damage-names', inFolder('names.csv')],
-    ])
-      assert.deepEqual(update(out, '--update', ...other), [0, '7 read, 0 failed, 0 unchanged']);
+    const other = ['--update', '--damage-names', inFolder('names.csv')];
+    assert.deepEqual(update(out, ...other), [0, '7 read, 0 failed, 0 unchanged']);
+    assert.deepEqual(update(out, ...other, '--key', '0'.repeat(64)), [0, '7 read, 0 failed, 0 unchanged']);
     update(fresh);
     await assertSameRows(out, fresh, extension);
     // Without --update all are read again, and none is there twice. Rows of a replay that is gone stay.
